@@ -1,0 +1,9 @@
+#include "platform/framework/object.h"
+
+const CRuntimeClass CObject::classCObject = {"CObject", nullptr};
+
+CObject::~CObject() = default;
+
+const CRuntimeClass* CObject::GetRuntimeClass() const {
+  return &classCObject;
+}

@@ -1,0 +1,49 @@
+// Drive letters: which directory of the host each one stands for, and what kind of drive it is.
+//
+// A library path is `d:\dvr\x.zebz`; its components are looked up without regard to case, an exact
+// match first, and `..` never leaves the drive. A path without a drive letter is the host's own and
+// passes through unchanged. `c:` stands for `/` unless mounted otherwise. Any thread may call.
+#pragma once
+
+#include <optional>
+
+#include "platform/framework/export.h"
+#include "platform/framework/types.h"
+
+namespace os {
+
+// Kinds of drives, in the operating system's own numbering.
+enum class DriveKind : UINT {
+  kUnknown = 0,
+  kNoRoot = 1,  // no such drive
+  kRemovable = 2,
+  kFixed = 3,
+  kNetwork = 4,
+  kCdRom = 5,
+  kRamDisk = 6,
+};
+
+// Puts a host directory behind a letter (A to Z in either case), replacing what was there. 1, or 0
+// for another character or an empty directory.
+ZEBX_API int MountDrive(char letter, const CString& host_directory, DriveKind kind);
+
+// Takes a letter away. Files open on it stay open.
+ZEBX_API void UnmountDrive(char letter);
+
+// Mounts every drive of a list such as "d=/srv/video1;e=/mnt/nas:network". The kind is one of
+// removable, fixed, network, cdrom and ramdisk; fixed when left out. 1, or 0 with nothing mounted
+// when any entry is not of this form.
+ZEBX_API int MountDrives(const CString& list);
+
+// The kind of the drive that a path is on; kNoRoot for an unmounted letter or a path without one.
+ZEBX_API DriveKind GetDriveType(const CString& path);
+
+// The host path behind a library path; nothing when its drive is not mounted. The file itself need
+// not exist: what is not found is taken as spelled.
+ZEBX_API std::optional<CString> HostPath(const CString& path);
+
+// The absolute form of a path: a library path keeps its letter, with `.`, `..` and repeated
+// separators folded; a host path is made absolute.
+ZEBX_API CString FullPath(const CString& path);
+
+}  // namespace os

@@ -1,0 +1,13 @@
+// Operations on whole files by name.
+#pragma once
+
+#include "platform/framework/export.h"
+#include "platform/framework/types.h"
+
+namespace os {
+
+// Deletes the file at a library path. 1, or 0 with the file left alone when it does not exist, is
+// not a regular file, has no owner write permission, or is open through a CFile of any process.
+ZEBX_API int DeleteFile(const CString& path);
+
+}  // namespace os

@@ -1,0 +1,43 @@
+// The block index of an open recording file: one entry per block, held in memory.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "platform/framework/types.h"
+
+struct BlockEntry {
+  DWORD m_offset = 0;  // of the block header in the file
+  DWORD m_frames = 0;
+  DWORD m_time_stamp = 0;  // of the first frame
+};
+
+// Invariant: Count() <= Size(). Size() starts at kInitialEntries, so that a recording of ordinary
+// length never reallocates, and is what the block queries' second bound looks at.
+class BlockIndex {
+ public:
+  // Empties the index and gives it its initial size.
+  void Start();
+  // Releases the memory.
+  void Release();
+
+  void Add(const BlockEntry& entry);
+  // Takes the last entry back.
+  void RemoveLast() { --m_count; }
+
+  int Count() const { return static_cast<int>(m_count); }
+  int Size() const { return static_cast<int>(m_entries.size()); }
+  // `block` must be at least 0 and below Count().
+  BlockEntry& operator[](int block) { return m_entries[static_cast<std::size_t>(block)]; }
+  const BlockEntry& operator[](int block) const {
+    return m_entries[static_cast<std::size_t>(block)];
+  }
+  BlockEntry& Last() { return m_entries[m_count - 1]; }
+  const BlockEntry& Last() const { return m_entries[m_count - 1]; }
+
+  static constexpr std::size_t kInitialEntries = 1024;
+
+ private:
+  std::vector<BlockEntry> m_entries;
+  std::size_t m_count = 0;
+};
