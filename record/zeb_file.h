@@ -9,6 +9,8 @@
 #include "record/block_index.h"
 #include "record/zeb_file_info.h"
 
+class CFile;
+class CFrameBlock;
 class CObList;
 class CZebFrameData;
 
@@ -98,36 +100,51 @@ class ZEBX_API CZebFile : public CZebFileInfo {
 
  private:
   enum class FrameSource { kLive, kPreAlarm };
-  struct Undo;
+  class Undo;
 
-  int Create(CZebFileInfo* info);
-  int OpenForReading(CZebFileInfo* info);
-  bool LoadIndex();
+  // Opening, closing and queries: zeb_file.cpp.
   void Detach();
   bool Reopen(UINT access);
+  bool IsKnownBlock(int block) const;
 
-  int AppendFrame(CZebFrameData* frame, FrameSource source);
+  // Writing: zeb_file_writer.cpp.
+  int Create(CZebFileInfo* info);
+  int AppendFrame(const CZebFrameData* frame, FrameSource source);
+  void Append(const CZebFrameData& frame, FrameSource source);
   bool IsFull(const CZebFrameData& frame) const;
-  void PrepareBlock(const CZebFrameData& frame, FrameSource source);
+  bool StartsBlock(const CZebFrameData& frame) const;
   void BeginFile(DWORD time_stamp, FrameSource source);
-  void StartBlock(DWORD disk_time_stamp, DWORD index_time_stamp);
+  void StartBlock(DWORD time_stamp, DWORD index_time_stamp);
+  void AppendPrepared(CFrameBlock& block);
   ULONGLONG AppendOffset() const;
   void WriteBlockHeader(ULONGLONG offset, const BlockHeader& header);
+  void WriteHeader();
+  void DropPartialFrame() noexcept;
   void Flush();
 
-  bool IsKnownBlock(int block) const;
+  // Reading: zeb_file_reader.cpp.
+  int OpenForReading(CZebFileInfo* info);
+  bool LoadIndex();
   int ReadNext(CZebFrameData& frame);
   int ReadAt(CZebFrameData& frame, int block, int index);
+  int ReadHere(CZebFrameData& frame, int block, int index);
+  bool HasFrameFrom(int block, int index) const;
+  BlockHeader ReadBlockHeader(int block);
 
+  // Clipping: zeb_file_clip.cpp.
+  bool CopyBlocks(CFile& clip, int from_block, int to_block, int to_index, DWORD& last_stamp);
   int FirstPreviewBlock(DWORD blocks) const;
+  void CopyBlockTo(CZebFile& target, int block, CTime begin_time, CZebFrameData& frame);
 
   tag_ZEBFILEMODE m_mode = kZebFileRead;
-  std::unique_ptr<CFile> m_file;  // null when detached; may be closed between create and write
-  BlockHeader m_block;            // being written, or the first of the file when reading
-  DWORD m_block_bytes = 0;        // of frames in the block being written
+  // Null when detached; closed between Open and the first frame. Every access seeks first, so its
+  // position means nothing between operations.
+  std::unique_ptr<CFile> m_file;
+  BlockHeader m_block;      // being written, or the first of the file when reading
+  DWORD m_block_bytes = 0;  // of frames in the block being written
   DWORD m_total_frames = 0;
   BlockIndex m_index;
-  DWORD m_read_position = 0;  // file offset of the next frame to read
+  ULONGLONG m_read_position = 0;  // file offset of the next frame to read
   int m_read_block = 0;
   int m_read_frame = 0;
   // I-frames in the current block, counted for RT8Port boards only. Outlives Open and Close.

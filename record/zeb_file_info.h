@@ -40,6 +40,9 @@ class ZEBX_API CZebFileInfo : public CObject {
   // reported. Write cuts texts to kMaxTextBytes.
   DWORD Read(CFile* file);
   DWORD Write(CFile* file);
+  // The same two with file errors thrown to the caller.
+  DWORD ReadFrom(CFile& file);
+  DWORD WriteTo(CFile& file);
   // The size of the file form in bytes: the offset of the first block.
   DWORD GetSize() const;
 
@@ -102,14 +105,11 @@ class ZEBX_API CZebFileInfo : public CObject {
   static constexpr DWORD kMaxTextBytes = 500;
 
  protected:
-  // Read and Write with file errors thrown to the caller.
-  DWORD ReadHeader(CFile& file);
-  DWORD WriteHeader(CFile& file);
   void SetRT8Port();
   // Moves the begin time alone: gmt stays.
   void SetBeginTimeKeepingGmt(CTime time) { m_begin_time = time; }
+  // The header size as it was last read or written.
   DWORD GetHeaderSize() const { return m_header_size; }
-  void SetHeaderSize(DWORD bytes) { m_header_size = bytes; }
   DWORD GetFlags() const { return m_flags; }
   void SetFlags(DWORD flags) { m_flags = flags; }
 

@@ -49,6 +49,8 @@ class ZEBX_API CZebFrameData {
   // Replaces both buffers, contents undefined, lengths unchanged unless the new buffers hold less.
   // 1, or 0 with nothing changed when either size is 0. Throws std::bad_alloc, nothing changed.
   int CreateBuffer(DWORD video_size, DWORD speech_size);
+  // Replaces each buffer that is too small for the frame of `header`. Throws std::bad_alloc.
+  void Reserve(const FrameHeader& header);
   // Copies everything but the texts and the rate statistics; bytes only between buffers that exist,
   // speech only with the voice flag. 1, or 0 with nothing changed when the bytes do not fit.
   int operator=(const CZebFrameData& other);

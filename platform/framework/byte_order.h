@@ -11,6 +11,11 @@
 
 #include "platform/framework/types.h"
 
+// The end of a buffer whose size nobody told: as far as the lengths inside it may lead.
+inline const BYTE* UnknownEnd(const BYTE* cursor) {
+  return cursor + 0x7FFFFFFFFFFF;
+}
+
 // Takes values from the front of a span. The first value that is not whole makes the reader fail
 // for good: it and every later one read as 0 or empty, and Ok() is false.
 class ByteReader {
