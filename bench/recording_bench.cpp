@@ -1,0 +1,244 @@
+// What recording, opening and reading cost next to a bare loop of system calls that moves the same
+// bytes. Both sides run alternately in every iteration; the counter `ratio` compares their medians.
+//
+// Files go to ZEBX_BENCH_DIR, or the system's temporary directory.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "record/block_format.h"
+#include "record/zeb_file.h"
+#include "record/zeb_frame_data.h"
+
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+constexpr int kFramesPerGroup = 25;
+
+std::string BenchFile(const std::string& name) {
+  const char* directory = std::getenv("ZEBX_BENCH_DIR");
+  const std::filesystem::path base = directory != nullptr ? std::filesystem::path(directory)
+                                                          : std::filesystem::temp_directory_path();
+  return (base / ("zebx_bench_" + std::to_string(getpid()) + "_" + name)).string();
+}
+
+void Require(bool done, const char* what) {
+  if (!done) throw std::runtime_error(what);
+}
+
+double Median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+// Times the library and the bare loop in turn, the first one alternating.
+template <typename Library, typename Bare>
+void Compare(benchmark::State& state, double items, Library&& library, Bare&& bare) {
+  std::vector<double> library_seconds;
+  std::vector<double> bare_seconds;
+  const auto time = [](auto&& run) {
+    const auto begin = std::chrono::steady_clock::now();
+    run();
+    return Seconds(std::chrono::steady_clock::now() - begin).count();
+  };
+  bool bare_first = false;
+  for (auto _ : state) {
+    if (bare_first) bare_seconds.push_back(time(bare));
+    library_seconds.push_back(time(library));
+    if (!bare_first) bare_seconds.push_back(time(bare));
+    bare_first = !bare_first;
+    state.SetIterationTime(library_seconds.back());
+  }
+  state.counters["ns_per_item"] = Median(library_seconds) / items * 1e9;
+  state.counters["bare_ns_per_item"] = Median(bare_seconds) / items * 1e9;
+  state.counters["ratio"] = Median(library_seconds) / Median(bare_seconds);
+}
+
+CZebFrameData MakeFrame(DWORD frame_bytes) {
+  CZebFrameData frame;
+  Require(frame.SetVideoLength(frame_bytes - DWORD{kFrameHeaderBytes}) == 1, "frame too large");
+  std::fill_n(frame.GetVideoBuf(), frame.GetVideoLength(), BYTE{0x5A});
+  return frame;
+}
+
+void Record(const std::string& path, DWORD frame_bytes, int frames) {
+  CZebFrameData frame = MakeFrame(frame_bytes);
+  CZebFileInfo info;
+  info.SetFileName(path);
+  CZebFile file;
+  Require(file.Open(&info, kZebFileWrite) == 1, "cannot create the recording");
+  for (int i = 0; i < frames; ++i) {
+    frame.SetFrameType(static_cast<WORD>(i % kFramesPerGroup == 0 ? 0 : 1));
+    frame.SetTimeStamp(static_cast<DWORD>(i) * 40);
+    Require(file.WriteOneFrame(&frame) == kFrameWritten, "cannot append a frame");
+  }
+  file.Close();
+}
+
+// The bytes of the same recording without its chain: what stands before the frames, so that they
+// lie across the disk's pages as they do there, and then one write a frame.
+void WriteBare(const std::string& path, DWORD frame_bytes, int frames) {
+  const std::vector<BYTE> bytes(frame_bytes, 0x5A);
+  const std::size_t before_frames = CZebFileInfo().GetSize() + kBlockHeaderBytes;
+  const int descriptor = open(path.c_str(), O_CREAT | O_TRUNC | O_RDWR | O_CLOEXEC, 0666);
+  Require(write(descriptor, bytes.data(), before_frames) > 0, "cannot write");
+  for (int i = 0; i < frames; ++i) {
+    Require(write(descriptor, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()),
+            "cannot write");
+  }
+  close(descriptor);
+}
+
+void AppendFrames(benchmark::State& state) {
+  const auto frame_bytes = static_cast<DWORD>(state.range(0));
+  const auto frames = static_cast<int>(state.range(1));
+  const std::string path = BenchFile("append");
+  Compare(
+      state, frames,
+      [&] {
+        Record(path, frame_bytes, frames);
+        std::filesystem::remove(path);
+      },
+      [&] {
+        WriteBare(path, frame_bytes, frames);
+        std::filesystem::remove(path);
+      });
+}
+BENCHMARK(AppendFrames)
+    ->Args({20 * 1024, 2500})
+    ->Args({1024, 25000})
+    ->UseManualTime()
+    ->Iterations(40)
+    ->Unit(benchmark::kMillisecond);
+
+void ReadFrames(benchmark::State& state) {
+  const auto frame_bytes = static_cast<DWORD>(state.range(0));
+  const auto frames = static_cast<int>(state.range(1));
+  const std::string path = BenchFile("read");
+  Record(path, frame_bytes, frames);
+  CZebFileInfo info;
+  info.SetFileName(path);
+  CZebFrameData frame;
+  Compare(
+      state, frames,
+      [&] {
+        CZebFile file;
+        Require(file.Open(&info, kZebFileRead) == 1, "cannot open the recording");
+        int read = 0;
+        while (file.ReadOneFrame(&frame, -1, 0) == 1) ++read;
+        Require(read == frames, "frames are missing");
+      },
+      [&] {
+        std::array<BYTE, kFrameHeaderBytes> header;
+        std::vector<BYTE> body(frame_bytes - kFrameHeaderBytes);
+        const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        for (int i = 0; i < frames; ++i) {
+          Require(read(descriptor, header.data(), header.size()) > 0, "cannot read");
+          Require(read(descriptor, body.data(), body.size()) > 0, "cannot read");
+        }
+        close(descriptor);
+      });
+  std::filesystem::remove(path);
+}
+BENCHMARK(ReadFrames)
+    ->Args({20 * 1024, 5000})
+    ->Args({1024, 50000})
+    ->UseManualTime()
+    ->Iterations(40)
+    ->Unit(benchmark::kMillisecond);
+
+// A recording of `blocks` blocks, each `block_bytes` long, as a file of holes between the block
+// headers: what opening it reads is all there.
+void MakeChain(const std::string& path, DWORD blocks, DWORD block_bytes) {
+  CZebFileInfo info;
+  info.SetFileName(path);
+  CZebFile file;
+  Require(file.Open(&info, kZebFileWrite) == 1, "cannot create the recording");
+  CZebFrameData frame = MakeFrame(1024);
+  Require(file.WriteOneFrame(&frame) == kFrameWritten, "cannot append a frame");
+  file.Close();
+
+  const DWORD first = info.GetSize();
+  std::fstream chain(path, std::ios::in | std::ios::out | std::ios::binary);
+  for (DWORD block = 0; block < blocks; ++block) {
+    const DWORD offset = first + block * block_bytes;
+    BlockHeader header;
+    header.m_previous = block == 0 ? kNoBlock : offset - block_bytes;
+    header.m_next = block + 1 == blocks ? kNoBlock : offset + block_bytes;
+    header.m_frames = 101;
+    const auto bytes = header.Format();
+    chain.seekp(offset);
+    chain.write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  }
+  chain.close();
+  std::filesystem::resize_file(path, first + std::uintmax_t{blocks} * block_bytes);
+}
+
+void OpenRecording(benchmark::State& state) {
+  const auto blocks = static_cast<DWORD>(state.range(0));
+  const auto block_bytes = static_cast<DWORD>(state.range(1));
+  const std::string path = BenchFile("open");
+  MakeChain(path, blocks, block_bytes);
+  CZebFileInfo info;
+  info.SetFileName(path);
+  const DWORD first = info.GetSize();
+  Compare(
+      state, 1,
+      [&] {
+        CZebFile file;
+        Require(file.Open(&info, kZebFileRead) == 1, "cannot open the recording");
+        benchmark::DoNotOptimize(file.GetTotalFrame());
+      },
+      [&] {
+        std::array<BYTE, kBlockHeaderBytes> bytes;
+        const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        DWORD offset = first;
+        while (offset != kNoBlock) {
+          Require(pread(descriptor, bytes.data(), bytes.size(), offset) > 0, "cannot read");
+          offset = BlockHeader::Parse(bytes).m_next;
+        }
+        close(descriptor);
+      });
+  std::filesystem::remove(path);
+}
+BENCHMARK(OpenRecording)
+    ->Args({1000, 1024 * 1024})
+    ->UseManualTime()
+    ->Iterations(300)
+    ->Unit(benchmark::kMicrosecond);
+
+// Heap bytes that an open recording holds: 12 a block and a constant.
+void MemoryOfOpenRecording(benchmark::State& state) {
+  const auto blocks = static_cast<DWORD>(state.range(0));
+  const std::string path = BenchFile("memory");
+  MakeChain(path, blocks, 8192);
+  CZebFileInfo info;
+  info.SetFileName(path);
+  for (auto _ : state) {
+    const auto before = mallinfo2();
+    CZebFile file;
+    Require(file.Open(&info, kZebFileRead) == 1, "cannot open the recording");
+    const auto after = mallinfo2();
+    const auto heap = [](const struct mallinfo2& info2) { return info2.uordblks + info2.hblkhd; };
+    state.counters["heap_bytes"] = static_cast<double>(heap(after) - heap(before));
+    state.counters["heap_bytes_per_block"] =
+        static_cast<double>(heap(after) - heap(before)) / static_cast<double>(blocks);
+  }
+  std::filesystem::remove(path);
+}
+BENCHMARK(MemoryOfOpenRecording)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(1);
+
+}  // namespace
+
+BENCHMARK_MAIN();
