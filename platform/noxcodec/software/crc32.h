@@ -1,0 +1,14 @@
+// The checksum of video packets.
+#pragma once
+
+#include <span>
+
+#include "platform/framework/export.h"
+#include "platform/framework/types.h"
+
+namespace noxcodec {
+
+// CRC-32 with the reflected polynomial 0xEDB88320, initial value and final inversion 0xFFFFFFFF.
+ZEBX_API DWORD Crc32(std::span<const BYTE> bytes);
+
+}  // namespace noxcodec

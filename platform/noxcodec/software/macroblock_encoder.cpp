@@ -1,0 +1,218 @@
+#include "platform/noxcodec/software/macroblock_encoder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+#include "platform/noxcodec/software/motion_search.h"
+#include "platform/noxcodec/software/reconstruction.h"
+#include "platform/noxcodec/software/transform.h"
+
+namespace noxcodec {
+namespace {
+
+constexpr std::array kIntraModes = {IntraMode::kMean, IntraMode::kDown, IntraMode::kAcross,
+                                    IntraMode::kGradient};
+
+// Intra coding is not tried where the best so far costs less than any intra macroblock would.
+constexpr int kLeastIntraCost = 40 * kCostOfOneBit;
+
+int SquaredDifference(const BYTE* a, int a_stride, const BYTE* b, int b_stride) {
+  int sum = 0;
+  for (int y = 0; y < kBlockSize; ++y) {
+    for (int x = 0; x < kBlockSize; ++x) {
+      const int difference = a[x] - b[x];
+      sum += difference * difference;
+    }
+    a += a_stride;
+    b += b_stride;
+  }
+  return sum;
+}
+
+// Where a block lies inside the pixels of its own macroblock.
+BlockPlace PlaceInMacroblock(int block) {
+  return PlaceOf(block, 0, 0);
+}
+
+}  // namespace
+
+MacroblockEncoder::MacroblockEncoder(FrameKind frame, int quantiser, const Picture& source,
+                                     const Picture& reference, const MacroblockMap& previous_map,
+                                     const SyntaxModel& model, Picture& target, MacroblockMap& map)
+    : m_frame(frame),
+      m_quantiser(quantiser),
+      m_rate(quantiser),
+      m_source(source),
+      m_reference(reference),
+      m_previous_map(previous_map),
+      m_model(model),
+      m_target(target),
+      m_map(map) {}
+
+Macroblock& MacroblockEncoder::Encode(int column, int row) {
+  const Site site{column,
+                  row,
+                  {m_map.At(column - 1, row), m_map.At(column, row - 1)},
+                  PredictMotion(m_map, column, row)};
+  m_best.cost = std::numeric_limits<std::int64_t>::max();
+  if (m_frame == FrameKind::kIntra) {
+    TryIntra(site);
+  } else if (!TrySkipped(site)) {
+    TryInter(site);
+    if (m_best.cost > m_rate.OfCost(kLeastIntraCost)) TryIntra(site);
+  }
+  if (m_best.macroblock.kind != MacroblockKind::kIntra) {
+    StoreMacroblock(m_best.pixels, column, row, m_target);
+  }
+  m_map.At(column, row) = m_best.macroblock;
+  return m_best.macroblock;
+}
+
+// Takes the unchanged macroblock of the picture before as the best so far. True when no other can
+// be much better: what it lacks would not survive quantising anyway.
+bool MacroblockEncoder::TrySkipped(const Site& site) {
+  static_cast<MacroblockInfo&>(m_best.macroblock) = {};
+  PredictInter(m_reference, site.column, site.row, {}, m_best.pixels);
+  const int tolerated = QuantiserStep(m_quantiser) * QuantiserStep(m_quantiser);
+  bool close = true;
+  std::int64_t squared_error = 0;
+  for (int block = 0; block < kBlocks; ++block) {
+    const BlockPlace place = PlaceOf(block, site.column, site.row);
+    const BlockPlace inside = PlaceInMacroblock(block);
+    const PlaneView source = m_source.Plane(place.plane);
+    const PlaneView pixels = m_best.pixels.Plane(place.plane);
+    const int error = SquaredDifference(source.Row(place.y) + place.x, source.stride,
+                                        pixels.Row(inside.y) + inside.x, pixels.stride);
+    close = close && error < tolerated;
+    squared_error += error;
+  }
+  m_best.cost = m_rate.Of(squared_error, 0) + CostOfKind(site, m_best.macroblock);
+  return close;
+}
+
+void MacroblockEncoder::TryInter(const Site& site) {
+  Macroblock& macroblock = m_trial.macroblock;
+  static_cast<MacroblockInfo&>(macroblock) = {};
+  macroblock.kind = MacroblockKind::kInter;
+  macroblock.motion = FindMotion(site);
+  PredictInter(m_reference, site.column, site.row, macroblock.motion, m_trial.pixels);
+  BitCounter counter;
+  CodeMotion(counter, m_model.motion, site.predicted_motion, macroblock.motion);
+  m_trial.cost = CostOfKind(site, macroblock) + m_rate.OfCost(counter.Cost());
+  for (int block = 0; block < kBlocks; ++block) {
+    const BlockPlace inside = PlaceInMacroblock(block);
+    const MutablePlaneView plane = m_trial.pixels.Plane(inside.plane);
+    BYTE* const pixels = plane.Row(inside.y) + inside.x;
+    Coefficients& levels = macroblock.levels[static_cast<std::size_t>(block)];
+    const LevelChoice choice = EncodeBlock(site, block, pixels, plane.stride, levels);
+    m_trial.cost += choice.cost;
+    if (choice.coded) {
+      macroblock.MarkCoded(block);
+      AddResidual(levels, m_quantiser, pixels, plane.stride);
+    }
+  }
+  if (m_trial.cost < m_best.cost) std::swap(m_trial, m_best);
+}
+
+// Works in the target picture, because each block is predicted from those before it.
+void MacroblockEncoder::TryIntra(const Site& site) {
+  Macroblock& macroblock = m_trial.macroblock;
+  static_cast<MacroblockInfo&>(macroblock) = {};
+  macroblock.kind = MacroblockKind::kIntra;
+  m_trial.cost = CostOfKind(site, macroblock);
+  for (int block = 0; block < kLumaBlocks; ++block) {
+    m_trial.cost += EncodeIntra(site, block, 1, m_model.luma_mode,
+                                macroblock.luma_modes[static_cast<std::size_t>(block)]);
+  }
+  m_trial.cost += EncodeIntra(site, kLumaBlocks, kBlocks - kLumaBlocks, m_model.chroma_mode,
+                              macroblock.chroma_mode);
+  if (m_trial.cost < m_best.cost) std::swap(m_trial, m_best);
+}
+
+// Codes `count` blocks from `first` on, which share a mode, in the best of all modes.
+std::int64_t MacroblockEncoder::EncodeIntra(const Site& site, int first, int count,
+                                            const IntraModeModel& model, IntraMode& chosen) {
+  Macroblock& macroblock = m_trial.macroblock;
+  const BYTE coded_before = macroblock.coded_blocks;
+  BYTE coded_best = coded_before;
+  std::int64_t best_cost = std::numeric_limits<std::int64_t>::max();
+  std::array<Coefficients, kBlocks> levels;
+  for (const IntraMode mode : kIntraModes) {
+    BitCounter counter;
+    CodeIntraMode(counter, model, mode);
+    std::int64_t cost = m_rate.OfCost(counter.Cost());
+    macroblock.coded_blocks = coded_before;
+    for (int block = first; block < first + count; ++block) {
+      const BlockPlace place = PlaceOf(block, site.column, site.row);
+      const MutablePlaneView plane = m_target.Plane(place.plane);
+      PredictIntra(plane, place.x, place.y, mode);
+      const LevelChoice choice = EncodeBlock(site, block, plane.Row(place.y) + place.x,
+                                             plane.stride, levels[static_cast<std::size_t>(block)]);
+      cost += choice.cost;
+      if (choice.coded) macroblock.MarkCoded(block);
+    }
+    if (cost >= best_cost) continue;
+    best_cost = cost;
+    coded_best = macroblock.coded_blocks;
+    chosen = mode;
+    std::copy_n(levels.begin() + first, count, macroblock.levels.begin() + first);
+  }
+  macroblock.coded_blocks = coded_best;
+  for (int block = first; block < first + count; ++block) {
+    ReconstructIntraBlock(macroblock, block, m_quantiser, site.column, site.row, m_target);
+  }
+  return best_cost;
+}
+
+// Chooses the levels of a block of the macroblock on trial that was predicted as `predicted`.
+LevelChoice MacroblockEncoder::EncodeBlock(const Site& site, int block, const BYTE* predicted,
+                                           int stride, Coefficients& levels) const {
+  const BlockPlace place = PlaceOf(block, site.column, site.row);
+  const PlaneView source = m_source.Plane(place.plane);
+  alignas(16) Coefficients residuals;
+  for (int y = 0; y < kBlockSize; ++y) {
+    const BYTE* const wanted = source.Row(place.y + y) + place.x;
+    const BYTE* const row = predicted + static_cast<std::ptrdiff_t>(y) * stride;
+    for (int x = 0; x < kBlockSize; ++x) {
+      residuals[static_cast<std::size_t>(y * kBlockSize + x)] =
+          static_cast<std::int16_t>(wanted[x] - row[x]);
+    }
+  }
+  alignas(16) Coefficients coefficients;
+  ForwardTransform(residuals, coefficients);
+  const Macroblock& macroblock = m_trial.macroblock;
+  const auto block_class = static_cast<std::size_t>(ClassOf(macroblock.kind, block));
+  const BlockContext context{m_model.blocks[block_class], m_model.escape,
+                             CodedProbability(m_model, site.neighbours, macroblock, block)};
+  return ChooseLevels(coefficients, m_quantiser, context, m_rate, levels);
+}
+
+std::int64_t MacroblockEncoder::CostOfKind(const Site& site, MacroblockInfo& macroblock) const {
+  BitCounter counter;
+  CodeKind(counter, m_model, m_frame, site.neighbours, macroblock);
+  return m_rate.OfCost(counter.Cost());
+}
+
+MotionVector MacroblockEncoder::FindMotion(const Site& site) const {
+  const MotionTask task{m_reference,
+                        m_source.Plane(kLuma),
+                        site.column,
+                        site.row,
+                        m_source.Width() / kMacroblockSize,
+                        m_source.Height() / kMacroblockSize,
+                        site.predicted_motion,
+                        m_model.motion,
+                        m_rate};
+  const std::array starts = {MotionVector{},
+                             site.predicted_motion,
+                             site.neighbours.left.motion,
+                             site.neighbours.above.motion,
+                             m_map.At(site.column + 1, site.row - 1).motion,
+                             m_previous_map.At(site.column, site.row).motion};
+  return SearchMotion(task, starts);
+}
+
+}  // namespace noxcodec
