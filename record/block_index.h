@@ -1,8 +1,7 @@
 // The block index of an open recording file: one entry per block, held in memory.
 #pragma once
 
-#include <span>
-#include <vector>
+#include <deque>
 
 #include "platform/framework/types.h"
 
@@ -13,7 +12,8 @@ struct BlockEntry {
 };
 
 // Invariant: Count() <= Size(). Size() starts at kInitialEntries, so that a recording of ordinary
-// length never reallocates, and is what the block queries' second bound looks at.
+// length allocates once, and is what the block queries' second bound looks at. Beyond that it grows
+// in small pieces that never move: a chain of millions of blocks costs no copying.
 class BlockIndex {
  public:
   // Empties the index and gives it its initial size.
@@ -38,6 +38,6 @@ class BlockIndex {
   static constexpr std::size_t kInitialEntries = 1024;
 
  private:
-  std::vector<BlockEntry> m_entries;
+  std::deque<BlockEntry> m_entries;
   std::size_t m_count = 0;
 };

@@ -1,6 +1,8 @@
 // What writer, reader and clip share: opening, closing and the block queries.
 #include "record/zeb_file.h"
 
+#include <algorithm>
+
 #include "platform/framework/error_report.h"
 #include "platform/framework/file.h"
 #include "record/frame_block.h"
@@ -12,7 +14,7 @@ CZebFile::CZebFile() = default;
 CZebFile::~CZebFile() {
   try {
     Close();
-  } catch (const CFileException& failure) {
+  } catch (const std::exception& failure) {
     ReportError(failure);
   }
 }
@@ -63,8 +65,13 @@ int CZebFile::GetFrameNumOfBlock(int block) const {
 }
 
 int CZebFile::GetFrameIndex(int block, int index) const {
-  for (int before = 0; before < block; ++before) index += GetFrameNumOfBlock(before);
-  return index;
+  // Unsigned: the counts of a damaged file may add up to anything.
+  auto number = static_cast<DWORD>(index);
+  const int end = std::min(block, GetTotalBlock());
+  for (int before = 0; before < end; ++before) {
+    number += static_cast<DWORD>(GetFrameNumOfBlock(before));
+  }
+  return static_cast<int>(number);
 }
 
 int CZebFile::GetFrameIndexOfBlock(int block) const {

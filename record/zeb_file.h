@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "platform/framework/export.h"
 #include "record/block_format.h"
@@ -59,7 +60,8 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   // to the first such frame, and the time of day is never read.
   int WritePreAlarmFrame(CZebFrameData* frame);
   // Appends prepared blocks, a list of CFrameBlock, up to the first one without frames. Only into a
-  // file whose current block is empty. 1, or 0 with nothing written. Throws CFileException.
+  // file whose current block is empty. 1, or 0 with nothing written; 0 also when a block would lead
+  // beyond what 32-bit offsets reach, the blocks before it written. Throws CFileException.
   int WriteBlock(CObList* blocks);
   // 1 while the writer accepts nothing but an I-frame.
   int IsNextIFrame() const { return m_block.m_frames == 0 ? 1 : 0; }
@@ -111,9 +113,10 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   int Create(CZebFileInfo* info);
   int AppendFrame(const CZebFrameData* frame, FrameSource source);
   void Append(const CZebFrameData& frame, FrameSource source);
+  bool Fits(ULONGLONG bytes) const;
   bool IsFull(const CZebFrameData& frame) const;
   bool StartsBlock(const CZebFrameData& frame) const;
-  void BeginFile(DWORD time_stamp, FrameSource source);
+  void BeginFile(DWORD time_stamp, std::optional<CTime> now);
   void StartBlock(DWORD time_stamp, DWORD index_time_stamp);
   void AppendPrepared(CFrameBlock& block);
   ULONGLONG AppendOffset() const;

@@ -1,5 +1,6 @@
 // The writing side of CZebFile: creating a file, appending frames and prepared blocks, finishing.
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "platform/framework/file.h"
@@ -127,17 +128,19 @@ void CZebFile::Append(const CZebFrameData& frame, FrameSource source) {
     if (frame.IsIFrame()) ++m_i_frames;
   }
   const DWORD time_stamp = frame.GetTimeStamp();
-  const CTime now = source == FrameSource::kLive ? CTime::GetCurrentTime() : GetEndTime();
+  // Read once, so that a file's times cannot straddle a second; never for frames of the past.
+  const auto now =
+      source == FrameSource::kLive ? std::optional(CTime::GetCurrentTime()) : std::nullopt;
   if (StartsBlock(frame)) {
     if (counts_i_frames) m_i_frames = 0;
     WriteHeader();
     StartBlock(time_stamp, time_stamp);
   } else if (m_block.m_frames == 0) {
-    BeginFile(time_stamp, source);
+    BeginFile(time_stamp, now);
   }
 
   ++m_total_frames;
-  if (source == FrameSource::kLive) SetEndTime(now);
+  if (now) SetEndTime(*now);
   ++m_block.m_frames;
   m_index.Last().m_frames = m_block.m_frames;
   m_file->Seek(AppendOffset());
@@ -146,10 +149,14 @@ void CZebFile::Append(const CZebFrameData& frame, FrameSource source) {
   SetLength(GetLength() + bytes);
 }
 
+bool CZebFile::Fits(ULONGLONG bytes) const {
+  return AppendOffset() + bytes < kNoBlock;
+}
+
 bool CZebFile::IsFull(const CZebFrameData& frame) const {
   if (GetLength() >= kMaxFileBytes) return true;
   // Offsets have 32 bits, and a block must be able to count its frames.
-  if (AppendOffset() + kBlockHeaderBytes + frame.GetHeader().TotalBytes() >= kNoBlock) return true;
+  if (!Fits(kBlockHeaderBytes + frame.GetHeader().TotalBytes())) return true;
   return m_block.m_frames == kMaxFramesOfBlock && !frame.IsIFrame();
 }
 
@@ -161,10 +168,10 @@ bool CZebFile::StartsBlock(const CZebFrameData& frame) const {
   return m_block.m_frames > kFramesOfFullBlock;
 }
 
-void CZebFile::BeginFile(DWORD time_stamp, FrameSource source) {
-  if (source == FrameSource::kLive) {
-    SetBeginTime(CTime::GetCurrentTime());
-    SetEndTime(GetBeginTime());
+void CZebFile::BeginFile(DWORD time_stamp, std::optional<CTime> now) {
+  if (now) {
+    SetBeginTime(*now);
+    SetEndTime(*now);
   } else if (time_stamp < GetBeginTimeStamp()) {
     // gmt stays that of the alarm's moment.
     SetBeginTimeKeepingGmt(GetBeginTime() - (GetBeginTimeStamp() - time_stamp) / 1000);
@@ -200,9 +207,12 @@ int CZebFile::WriteBlock(CObList* blocks) {
   SetBeginTime(first->GetBeginTime());
   SetEndTime(first->GetEndTime());
   SetBeginTimeStamp(first->GetTimeStamp());
+  bool fits = true;
   for (CObject* object : *blocks) {
     CFrameBlock* block = as_block(object);
     if (block == nullptr || block->GetFrameNum() == 0) break;
+    fits = Fits(kBlockHeaderBytes + block->GetDataLength());
+    if (!fits) break;
     const Undo undo(*this);
     try {
       if (block != first) {
@@ -219,7 +229,7 @@ int CZebFile::WriteBlock(CObList* blocks) {
   }
   WriteHeader();
   SetLength(static_cast<DWORD>(m_file->GetLength()));
-  return 1;
+  return fits ? 1 : 0;
 }
 
 void CZebFile::AppendPrepared(CFrameBlock& block) {
@@ -252,7 +262,7 @@ void CZebFile::WriteHeader() {
 void CZebFile::DropPartialFrame() noexcept {
   try {
     if (m_file->IsOpen()) m_file->SetLength(AppendOffset());
-  } catch (const CFileException&) {
+  } catch (const std::exception&) {
     // The disk is failing anyway; Flush writes over what is left there.
   }
 }

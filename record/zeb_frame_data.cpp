@@ -75,14 +75,17 @@ int CZebFrameData::operator=(const CZebFrameData& other) {
   const bool copies_speech = m_speech && other.m_speech && (other.m_flags & kFrameVoice) != 0;
   if (copies_video && other.m_video_length > m_video_capacity) return 0;
   if (copies_speech && other.m_speech_length > m_speech_capacity) return 0;
+  // A length that comes without its bytes is not to promise more than the buffer here holds.
+  const bool promises_video = m_video && other.m_video_length > m_video_capacity;
+  const bool promises_speech = m_speech && other.m_speech_length > m_speech_capacity;
 
   m_block_index = other.m_block_index;
   m_frame_index = other.m_frame_index;
   m_frame_type = other.m_frame_type;
   m_flags = other.m_flags;
-  m_video_length = other.m_video_length;
+  m_video_length = promises_video ? 0 : other.m_video_length;
   m_time_stamp = other.m_time_stamp;
-  m_speech_length = other.m_speech_length;
+  m_speech_length = promises_speech ? 0 : other.m_speech_length;
   if (copies_video) std::copy_n(other.m_video.get(), m_video_length, m_video.get());
   if (copies_speech) std::copy_n(other.m_speech.get(), m_speech_length, m_speech.get());
   return 1;
