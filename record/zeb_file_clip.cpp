@@ -127,13 +127,14 @@ int CZebFile::FirstPreviewBlock(DWORD blocks) const {
 }
 
 void CZebFile::CopyBlockTo(CZebFile& target, int block, CTime begin_time, CZebFrameData& frame) {
-  const ULONGLONG file_bytes = m_file->GetLength();
+  const bool is_last = block + 1 == m_index.Count();
+  const ULONGLONG end = is_last ? m_file->GetLength() : m_index[block + 1].m_offset;
   ULONGLONG position = ULONGLONG{m_index[block].m_offset} + kBlockHeaderBytes;
   const DWORD frames = m_index[block].m_frames;
   for (DWORD index = 0; index < frames; ++index) {
     m_file->Seek(position);
     const auto header = FrameHeader::Read(*m_file);
-    if (!header || position + header->TotalBytes() > file_bytes) return;  // damaged from here on
+    if (!header || position + header->TotalBytes() > end) return;  // damaged from here on
     frame.Reserve(*header);
     m_file->Seek(position);
     frame.ReadFrom(*m_file);

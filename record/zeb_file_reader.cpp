@@ -1,4 +1,5 @@
 // The reading side of CZebFile: building the block index and reading frames.
+#include <algorithm>
 #include <new>
 
 #include "platform/framework/error_report.h"
@@ -35,11 +36,20 @@ bool CZebFile::LoadIndex() {
     m_file->Seek(offset);
     if (m_file->Read(bytes) < bytes.size()) break;
     const BlockHeader header = BlockHeader::Parse(bytes);
-    m_index.Add({static_cast<DWORD>(offset), header.m_frames, header.m_time_stamp});
-    m_total_frames += header.m_frames;
-    if (header.m_next == kNoBlock || header.m_next >= file_bytes) break;
     // A chain that points backwards or into itself would never end.
-    if (header.m_next < offset + kBlockHeaderBytes) break;
+    const ULONGLONG frames_begin = offset + kBlockHeaderBytes;
+    const bool goes_on =
+        header.m_next != kNoBlock && header.m_next < file_bytes && header.m_next >= frames_begin;
+    DWORD frames = header.m_frames;
+    if (goes_on) {
+      // No more than there is room for: the work that a damaged file makes stays in proportion to
+      // its size, however many blocks claim however many frames.
+      const ULONGLONG room = (header.m_next - frames_begin) / kFrameHeaderBytes;
+      frames = static_cast<DWORD>(std::min<ULONGLONG>(frames, room));
+    }
+    m_index.Add({static_cast<DWORD>(offset), frames, header.m_time_stamp});
+    m_total_frames += frames;
+    if (!goes_on) break;
     offset = header.m_next;
   }
   return m_total_frames > 0;
