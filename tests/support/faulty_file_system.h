@@ -30,10 +30,10 @@ class FaultyFileSystem final : public FileSystem {
   // after it.
   void FailCall(unsigned kinds, std::uint64_t n, std::uint64_t times = 1,
                 CFileException::Cause cause = CFileException::Cause::kHardIo) {
-    m_plan = {kinds, n, times, cause, 0, 0};
+    m_plan = {kinds, n, times, cause, 0};
   }
-  // A failing write first puts at most `bytes` of its bytes on disk.
-  void WriteShortBeforeFailing(std::size_t bytes) { m_plan.m_prefix_bytes = bytes; }
+  // Every write that fails as planned first puts at most `bytes` of its bytes on disk.
+  void WriteShortBeforeFailing(std::size_t bytes) { m_prefix_bytes = bytes; }
   // The disk takes `bytes` more and is full then: the write that does not fit puts down what fits
   // and throws, as every later one does.
   void FillDiskAfter(std::uint64_t bytes) {
@@ -43,6 +43,7 @@ class FaultyFileSystem final : public FileSystem {
   // Everything works again.
   void Heal() {
     m_plan = {};
+    m_prefix_bytes = 0;
     m_free_bytes = kForever;
   }
 
@@ -78,7 +79,6 @@ class FaultyFileSystem final : public FileSystem {
     std::uint64_t m_n = 0;
     std::uint64_t m_times = 0;
     CFileException::Cause m_cause = CFileException::Cause::kHardIo;
-    std::size_t m_prefix_bytes = 0;
     std::uint64_t m_seen = 0;
   };
 
@@ -93,7 +93,7 @@ class FaultyFileSystem final : public FileSystem {
     }
     void WriteAt(ULONGLONG offset, Pieces pieces) override {
       if (m_owner.ShallFail(kWrite)) {
-        WritePrefix(offset, pieces, m_owner.m_plan.m_prefix_bytes);
+        WritePrefix(offset, pieces, m_owner.m_prefix_bytes);
         m_owner.Fail(m_path);
       }
       std::uint64_t bytes = 0;
@@ -153,6 +153,7 @@ class FaultyFileSystem final : public FileSystem {
   }
 
   Plan m_plan;
+  std::size_t m_prefix_bytes = 0;
   std::uint64_t m_free_bytes = kForever;
   std::uint64_t m_calls[kKinds] = {};
   std::uint64_t m_failures = 0;
