@@ -1,6 +1,7 @@
 #include "platform/framework/error_report.h"
 
 #include <cstdio>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -12,7 +13,9 @@ void PrintToStandardError(const std::exception& error) {
 
 struct SinkInForce {
   std::mutex m_mutex;
-  ErrorSink m_sink = PrintToStandardError;  // guarded by m_mutex
+  // Guarded by m_mutex. Shared, so that a report takes hold of it without an allocation: what is
+  // reported may be that memory ran out.
+  std::shared_ptr<const ErrorSink> m_sink = std::make_shared<ErrorSink>(PrintToStandardError);
 };
 
 SinkInForce& InForce() {
@@ -23,16 +26,20 @@ SinkInForce& InForce() {
 }  // namespace
 
 void ReportError(const std::exception& error) {
-  ErrorSink sink;
+  std::shared_ptr<const ErrorSink> sink;
   {
     const std::lock_guard lock(InForce().m_mutex);
     sink = InForce().m_sink;
   }
-  sink(error);  // outside the lock: a sink may replace itself
+  (*sink)(error);  // outside the lock: a sink may replace itself
 }
 
 ErrorSink SetErrorSink(ErrorSink sink) {
   if (!sink) sink = PrintToStandardError;
-  const std::lock_guard lock(InForce().m_mutex);
-  return std::exchange(InForce().m_sink, std::move(sink));
+  std::shared_ptr<const ErrorSink> exchanged = std::make_shared<ErrorSink>(std::move(sink));
+  {
+    const std::lock_guard lock(InForce().m_mutex);
+    std::swap(InForce().m_sink, exchanged);
+  }
+  return *exchanged;
 }

@@ -20,8 +20,6 @@ const char* Describe(CFileException::Cause cause) {
       return "the file is in use";
     case Cause::kInvalidFile:
       return "no file is open";
-    case Cause::kBadSeek:
-      return "a position before the start of the file was asked for";
     case Cause::kHardIo:
       return "the disk reported an error";
     case Cause::kDiskFull:

@@ -16,7 +16,6 @@ class ZEBX_API CFileException : public std::exception {
     kAccessDenied,
     kSharingViolation,
     kInvalidFile,  // the object has no open file
-    kBadSeek,
     kHardIo,
     kDiskFull,
   };

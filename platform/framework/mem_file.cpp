@@ -1,6 +1,7 @@
 #include "platform/framework/mem_file.h"
 
 #include <algorithm>
+#include <new>
 
 IMPLEMENT_DYNAMIC(CMemFile, CFile)
 
@@ -17,16 +18,19 @@ std::size_t CMemFile::Read(std::span<BYTE> into) {
 }
 
 void CMemFile::WritePieces(std::initializer_list<std::span<const BYTE>> pieces) {
-  for (const auto& piece : pieces) {
-    if (piece.empty()) continue;
-    const auto begin = static_cast<std::size_t>(m_position);
-    if (begin + piece.size() > m_bytes.size()) m_bytes.resize(begin + piece.size());
-    std::copy(piece.begin(), piece.end(), m_bytes.begin() + static_cast<std::ptrdiff_t>(begin));
-    m_position += piece.size();
-  }
+  ULONGLONG bytes = 0;
+  for (const auto& piece : pieces) bytes += piece.size();
+  if (bytes == 0) return;
+  // Grows before a byte moves, so that a write that fails changes nothing.
+  if (m_position > m_bytes.max_size()) throw std::bad_alloc();
+  if (m_position + bytes > m_bytes.size()) SetLength(m_position + bytes);
+  auto to = m_bytes.begin() + static_cast<std::ptrdiff_t>(m_position);
+  for (const auto& piece : pieces) to = std::copy(piece.begin(), piece.end(), to);
+  m_position += bytes;
 }
 
 void CMemFile::SetLength(ULONGLONG length) {
+  if (length > m_bytes.max_size()) throw std::bad_alloc();
   m_bytes.resize(static_cast<std::size_t>(length));
 }
 

@@ -122,7 +122,7 @@ std::optional<std::pair<char, Drive>> ParseMount(const CString& entry) {
 }  // namespace
 
 int MountDrive(char letter, const CString& host_directory, DriveKind kind) {
-  if (!IsLetter(letter) || host_directory.empty()) return 0;
+  if (!IsLetter(letter) || host_directory.empty() || kind == DriveKind::kNoRoot) return 0;
   SetDrive(letter, {host_directory, kind});
   return 1;
 }

@@ -24,7 +24,7 @@ enum class DriveKind : UINT {
 };
 
 // Puts a host directory behind a letter (A to Z in either case), replacing what was there. 1, or 0
-// for another character or an empty directory.
+// for another character, an empty directory or the kind of no drive.
 ZEBX_API int MountDrive(char letter, const CString& host_directory, DriveKind kind);
 
 // Takes a letter away. Files open on it stay open.

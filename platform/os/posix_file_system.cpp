@@ -151,6 +151,13 @@ int OpenFlags(const FileOpenMode& mode) {
   return flags;
 }
 
+// True when the path is a name of the file that `status` describes.
+bool LeadsTo(const CString& host_path, const struct stat& status) {
+  struct stat found {};
+  return stat(host_path.c_str(), &found) == 0 && found.st_dev == status.st_dev &&
+         found.st_ino == status.st_ino;
+}
+
 class PosixFileSystem final : public FileSystem {
  public:
   std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
@@ -163,7 +170,8 @@ class PosixFileSystem final : public FileSystem {
       handle->Lock(mode.m_exclusive);
       const struct stat status = handle->Status();
       if (!S_ISREG(status.st_mode)) throw CFileException(Cause::kAccessDenied, 0, path);
-      if (status.st_nlink == 0) continue;  // deleted between opening and locking: look again
+      // Deleted between opening and locking: look again.
+      if (status.st_nlink == 0 && !LeadsTo(*host_path, status)) continue;
       // Only now, so that a file which somebody holds exclusively keeps its bytes.
       if (mode.m_truncate && status.st_size > 0) handle->Resize(0);
       return handle;
@@ -176,10 +184,8 @@ class PosixFileSystem final : public FileSystem {
     const auto host_path = os::HostPath(path);
     const auto other_host_path = os::HostPath(other);
     struct stat status {};
-    struct stat other_status {};
     return host_path && other_host_path && stat(host_path->c_str(), &status) == 0 &&
-           stat(other_host_path->c_str(), &other_status) == 0 &&
-           status.st_dev == other_status.st_dev && status.st_ino == other_status.st_ino;
+           LeadsTo(*other_host_path, status);
   }
 };
 

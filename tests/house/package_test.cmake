@@ -1,0 +1,22 @@
+# Installs BUILD below WORK, then builds the package's host against what is there and runs it.
+cmake_minimum_required(VERSION 3.25)
+set(prefix ${WORK}/prefix)
+
+function(run)
+  execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+file(REMOVE_RECURSE ${WORK})
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+
+file(GLOB_RECURSE pkg_config_file ${prefix}/*/zebx.pc)
+cmake_path(GET pkg_config_file PARENT_PATH pkg_config_directory)
+set(ENV{PKG_CONFIG_PATH} ${pkg_config_directory})
+run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${CMAKE_CURRENT_LIST_DIR}/package -B ${WORK}/build
+    -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix})
+run(${CMAKE_COMMAND} --build ${WORK}/build)
+
+cmake_path(GET pkg_config_directory PARENT_PATH library_directory)
+run(${WORK}/build/host)
+set(ENV{LD_LIBRARY_PATH} ${library_directory})
+run(${WORK}/build/host_pkg_config)

@@ -1,0 +1,105 @@
+#include "platform/os/drives.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+class DrivesTest : public testing::Test {
+ protected:
+  DrivesTest() { os::MountDrive('d', Root(), os::DriveKind::kFixed); }
+  ~DrivesTest() override {
+    for (const char letter : {'d', 'e', 'f'}) os::UnmountDrive(letter);
+    os::MountDrive('c', "/", os::DriveKind::kFixed);
+  }
+
+  std::string Root() const { return m_directory.Path().string(); }
+  void MakeDirectory(const std::string& name) const {
+    std::filesystem::create_directories(m_directory.Path() / name);
+  }
+
+  TempDir m_directory;
+};
+
+TEST_F(DrivesTest, FindsComponentsWhateverTheirCase) {
+  MakeDirectory("Dvr/2024-01-01");
+  WriteWholeFile(m_directory.File("Dvr/2024-01-01/Cam0.Zebz"), "x");
+  const std::string file = Root() + "/Dvr/2024-01-01/Cam0.Zebz";
+  EXPECT_EQ(os::HostPath("d:\\dvr\\2024-01-01\\cam0.zebz"), file);
+  EXPECT_EQ(os::HostPath("D:/DVR//./2024-01-01\\CAM0.ZEBZ"), file);
+  EXPECT_EQ(os::HostPath("d:dvr\\2024-01-01\\Cam0.Zebz"), file);
+}
+
+TEST_F(DrivesTest, PrefersTheExactSpellingAndTheFirstInNameOrder) {
+  MakeDirectory("dvr");
+  MakeDirectory("DVR");
+  MakeDirectory("Dvr");
+  EXPECT_EQ(os::HostPath("d:\\Dvr"), Root() + "/Dvr");
+  EXPECT_EQ(os::HostPath("d:\\dvr"), Root() + "/dvr");
+  EXPECT_EQ(os::HostPath("d:\\dVR"), Root() + "/DVR");
+}
+
+TEST_F(DrivesTest, TakesWhatIsNotThereAsSpelled) {
+  MakeDirectory("Dvr");
+  EXPECT_EQ(os::HostPath("d:\\dvr\\New\\File.zebz"), Root() + "/Dvr/New/File.zebz");
+}
+
+TEST_F(DrivesTest, NeverLeavesTheDriveThroughDots) {
+  MakeDirectory("dvr");
+  WriteWholeFile(m_directory.File("x"), "x");
+  EXPECT_EQ(os::HostPath("d:\\..\\..\\..\\x"), Root() + "/x");
+  EXPECT_EQ(os::HostPath("d:\\dvr\\..\\..\\etc\\passwd"), Root() + "/etc/passwd");
+  EXPECT_EQ(os::HostPath("d:.."), Root());
+}
+
+TEST_F(DrivesTest, MakesPathsAbsolute) {
+  EXPECT_EQ(os::FullPath("d:\\dvr\\.\\a\\..\\\\b/c"), "d:\\dvr\\b\\c");
+  EXPECT_EQ(os::FullPath("D:.."), "D:\\");
+  EXPECT_EQ(os::FullPath("/srv/./video/../x"), "/srv/x");
+  EXPECT_EQ(os::FullPath("x"), (std::filesystem::current_path() / "x").string());
+}
+
+TEST_F(DrivesTest, KnowsTheKindOfMountedDrivesOnly) {
+  EXPECT_EQ(os::GetDriveType("d:\\"), os::DriveKind::kFixed);
+  EXPECT_EQ(os::GetDriveType("c:\\"), os::DriveKind::kFixed);
+  EXPECT_EQ(os::GetDriveType("f:\\x"), os::DriveKind::kNoRoot);
+  EXPECT_EQ(os::GetDriveType("/srv"), os::DriveKind::kNoRoot);
+  EXPECT_EQ(os::GetDriveType(""), os::DriveKind::kNoRoot);
+  EXPECT_FALSE(os::HostPath("f:\\x"));
+  EXPECT_EQ(os::HostPath("c:\\"), "/");
+  EXPECT_EQ(os::HostPath("1:\\x"), "1:\\x");
+
+  os::UnmountDrive('D');
+  EXPECT_EQ(os::GetDriveType("d:\\"), os::DriveKind::kNoRoot);
+  EXPECT_FALSE(os::HostPath("d:\\x"));
+}
+
+TEST_F(DrivesTest, RefusesMountsWithoutALetterADirectoryOrAKind) {
+  EXPECT_EQ(os::MountDrive('1', Root(), os::DriveKind::kFixed), 0);
+  EXPECT_EQ(os::MountDrive('e', "", os::DriveKind::kFixed), 0);
+  EXPECT_EQ(os::MountDrive('e', Root(), os::DriveKind::kNoRoot), 0);
+  EXPECT_EQ(os::GetDriveType("e:\\"), os::DriveKind::kNoRoot);
+}
+
+TEST_F(DrivesTest, MountsEveryDriveOfAList) {
+  EXPECT_EQ(os::MountDrives("E=/srv/video1;f=/mnt/nas:network;"), 1);
+  EXPECT_EQ(os::HostPath("e:\\x"), "/srv/video1/x");
+  EXPECT_EQ(os::GetDriveType("e:"), os::DriveKind::kFixed);
+  EXPECT_EQ(os::HostPath("f:\\x"), "/mnt/nas/x");
+  EXPECT_EQ(os::GetDriveType("f:"), os::DriveKind::kNetwork);
+  EXPECT_EQ(os::MountDrives(""), 1);
+}
+
+TEST_F(DrivesTest, MountsNothingOfAListWithABadEntry) {
+  for (const char* list : {"e=/srv;f", "e=/srv;f=", "e=/srv;=/mnt", "e=/srv;ff=/mnt",
+                           "e=/srv;1=/mnt", "e=/srv;;f=/mnt", "e=/srv;f=/mnt:floppy",
+                           "e=/srv;f=:network", "e=/srv;f=/mnt:", "e:/srv"}) {
+    EXPECT_EQ(os::MountDrives(list), 0) << list;
+    EXPECT_EQ(os::GetDriveType("e:\\"), os::DriveKind::kNoRoot) << list;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,26 @@
+// Everything that a host uses, in one header.
+#pragma once
+
+// Types, files, times, and where errors are reported.
+#include "platform/framework/clock.h"
+#include "platform/framework/error_report.h"
+#include "platform/framework/file.h"
+#include "platform/framework/file_exception.h"
+#include "platform/framework/mem_file.h"
+#include "platform/framework/object.h"
+#include "platform/framework/time.h"
+#include "platform/framework/types.h"
+
+// Drives, deletion, and the tick counter.
+#include "platform/os/clock.h"
+#include "platform/os/drives.h"
+#include "platform/os/files.h"
+
+// Picture formats.
+#include "capture/picture_formats.h"
+
+// Recording files.
+#include "record/frame_block.h"
+#include "record/zeb_file.h"
+#include "record/zeb_file_info.h"
+#include "record/zeb_frame_data.h"
