@@ -1,0 +1,28 @@
+#include "tools/zebtool/frame_signs.h"
+
+namespace zebtool {
+namespace {
+
+constexpr WORD kMaxFrameType = 0xFF;
+constexpr WORD kUsedFlags = kFrameVideoLost | kFrameVideoAlarm | kFrameIOAlarm |
+                            kFrameEncoderTypeMask | kFrameAlarm | kFrameRT | kFrameVoice;
+constexpr LONG kMostBackwardMs = 60 * 1000;
+constexpr LONG kMostForwardMs = 24 * 60 * 60 * 1000;
+
+}  // namespace
+
+bool LooksLikeFrame(const FrameHeader& header) {
+  if (header.m_type > kMaxFrameType || (header.m_flags & ~kUsedFlags) != 0) return false;
+  if (header.m_video_bytes > kMaxFramePartBytes || header.m_speech_bytes > kMaxFramePartBytes) {
+    return false;
+  }
+  // An I-frame of nothing is how a run of zeros reads.
+  return header.BodyBytes() > 0 || !header.IsIFrame() || (header.m_flags & kFrameVideoLost) != 0;
+}
+
+bool StampsFit(DWORD earlier, DWORD later) {
+  const auto difference = static_cast<LONG>(later - earlier);
+  return difference >= -kMostBackwardMs && difference <= kMostForwardMs;
+}
+
+}  // namespace zebtool
