@@ -1,0 +1,189 @@
+#include "record/zeb_file_info.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/framework/error_report.h"
+#include "platform/framework/mem_file.h"
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/recording_fixture.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+const std::string kFileForm = Hex(
+    "5842455a 00000000 3e000000 03000000 00000000 02 01 02 00 00ca9a3b 3cca9a3b 78563412 10000000"
+    "03000000 63616d 03000000 627264 04000000 686f7374");
+const std::string kBufferForm = Hex(
+    "02 01 40010000 f0000000 00ca9a3b 3cca9a3b 39300000 03000000 63616d 03000000 627264"
+    "02000000 6670 04000000 686f7374 10000000");
+
+CZebFileInfo GoldenInfo() {
+  CZebFileInfo info = MakeInfo("fp");
+  info.SetRemote(5);
+  info.SetClip(1);
+  info.SetBeginTime(CTime(1000000000));
+  info.SetGmt(16);
+  info.SetEndTime(CTime(1000000060));
+  info.SetBeginTimeStamp(0x12345678);
+  info.SetLength(12345);
+  return info;
+}
+
+std::string FileForm(CZebFileInfo& info) {
+  CMemFile file;
+  EXPECT_EQ(info.Write(&file), info.GetSize());
+  return {file.GetBytes().begin(), file.GetBytes().end()};
+}
+
+std::string BufferForm(const CZebFileInfo& info) {
+  std::vector<BYTE> buffer(info.GetSizeForWrite());
+  BYTE* cursor = buffer.data();
+  EXPECT_EQ(info.Write(cursor), buffer.size());
+  EXPECT_EQ(cursor, buffer.data() + buffer.size());
+  return {buffer.begin(), buffer.end()};
+}
+
+DWORD ReadFileForm(CZebFileInfo& info, const std::string& form) {
+  CMemFile file;
+  file.Write({reinterpret_cast<const BYTE*>(form.data()), form.size()});
+  file.SeekToBegin();
+  const DWORD count = info.Read(&file);
+  EXPECT_TRUE(count == 0 || file.GetPosition() == count);
+  return count;
+}
+
+DWORD ReadBufferForm(CZebFileInfo& info, std::string form) {
+  auto* const begin = reinterpret_cast<BYTE*>(form.data());
+  BYTE* cursor = begin;
+  const DWORD count = info.Read(cursor, begin + form.size());
+  EXPECT_EQ(cursor, begin + count);
+  return count;
+}
+
+TEST(ZebFileInfo, FormsAreByteForByteAndComeBack) {
+  CZebFileInfo info = GoldenInfo();
+  EXPECT_EQ(FileForm(info), kFileForm);
+  EXPECT_EQ(BufferForm(info), kBufferForm);
+
+  CZebFileInfo from_file;
+  EXPECT_EQ(ReadFileForm(from_file, kFileForm + "first block"), kFileForm.size());
+  EXPECT_EQ(FileForm(from_file), kFileForm);
+  EXPECT_EQ(from_file.GetWidth(), 320U);
+  EXPECT_EQ(from_file.GetFileName(), "");
+  CZebFileInfo from_buffer;
+  EXPECT_EQ(ReadBufferForm(from_buffer, kBufferForm), kBufferForm.size());
+  EXPECT_EQ(BufferForm(from_buffer), kBufferForm);
+  CZebFileInfo assigned;
+  assigned = info;
+  EXPECT_EQ(FileForm(assigned) + BufferForm(assigned), kFileForm + kBufferForm);
+}
+
+TEST(ZebFileInfo, AFreshHeaderIs52BytesAndEmptyTextsEmptyTheRecord) {
+  CZebFileInfo fresh;
+  EXPECT_EQ(FileForm(fresh),
+            Hex("5842455a 00000000 34000000 00000000 00000000 9f000000") + std::string(28, '\0'));
+  CZebFileInfo info = GoldenInfo();
+  EXPECT_EQ(ReadBufferForm(info, std::string(42, '\0')), 42U);
+  EXPECT_EQ(info.GetCameraName() + info.GetBoardName() + info.GetFileName() + info.GetHostName(),
+            "");
+}
+
+TEST(ZebFileInfo, FormsCutAnywhereAreRefused) {
+  for (std::size_t size = 0; size < kFileForm.size(); ++size) {
+    CZebFileInfo info;
+    EXPECT_EQ(ReadFileForm(info, kFileForm.substr(0, size)), 0U) << size;
+  }
+  for (std::size_t size = 0; size < kBufferForm.size(); ++size) {
+    CZebFileInfo info = MakeInfo("kept");
+    EXPECT_EQ(ReadBufferForm(info, kBufferForm.substr(0, size)), 0U) << size;
+    EXPECT_EQ(info.GetFileName(), "kept");
+  }
+}
+
+TEST(ZebFileInfo, TextsAreCutAt500AndLongerOnesAreNoHeader) {
+  CZebFileInfo info;
+  info.SetCameraName(std::string(600, 'c'));
+  EXPECT_EQ(info.GetSize(), 552U);
+  std::string form = FileForm(info);
+  EXPECT_EQ(form.substr(40, 8), Little(500) + "cccc");
+  CZebFileInfo read;
+  EXPECT_EQ(ReadFileForm(read, form), 552U);
+  EXPECT_EQ(read.GetCameraName(), std::string(500, 'c'));
+  form.replace(40, 4, Little(501));
+  EXPECT_EQ(ReadFileForm(read, form + std::string(100, ' ')), 0U);
+  form.replace(0, 1, "x");
+  EXPECT_EQ(ReadFileForm(read, form), 0U);
+}
+
+TEST(ZebFileInfo, GmtIsTheHourDifferenceOfTheMoment) {
+  const struct {
+    const char* m_zone;
+    DWORD m_moment;
+    int m_gmt;
+  } cases[] = {
+      {"UTC", 1000000000, 0},        {"CST-8", 1000000000, 16}, {"EST5", 1000000000, 5},
+      {"IST-5:30", 1000000000, 18},  // only the hours are looked at: 01 - 07
+      {"NPT-5:45", 1000040000, 18},  // 12:53 and 18:38
+      {"EST5EDT,M3.2.0,M11.1.0", 1000000000, 4},  // summer
+      {"EST5EDT,M3.2.0,M11.1.0", 1010000000, 5},
+  };
+  for (const auto& [zone, moment, gmt] : cases) {
+    const ScopedTimeZone scoped(zone);
+    CZebFileInfo info;
+    info.SetBeginTime(CTime(moment));
+    EXPECT_EQ(info.GetGmt(), gmt) << zone;
+  }
+}
+
+TEST(ZebFileInfo, TimeOfAStampTruncatesAndSurvivesOneWrap) {
+  CZebFileInfo info;
+  info.SetBeginTime(CTime(1000));
+  info.SetBeginTimeStamp(0xFFFFFF00);
+  EXPECT_EQ(info.GetTime(0xFFFFFF00U + 1999).GetTime(), 1001U);
+  EXPECT_EQ(info.GetTime(0xFFFFFEFF).GetTime(), 1000U + 4294967U);
+}
+
+TEST(ZebFileInfo, RT8PortRecordingsHaveSizesOfTheirOwn) {
+  const struct {
+    BYTE m_frame_size;
+    DWORD m_width, m_height;
+  } cases[] = {{3, 640, 480}, {7, 704, 480}, {131, 704, 576}, {135, 704, 576}, {2, 9, 9}};
+  for (const auto& [frame_size, width, height] : cases) {
+    std::string form = kFileForm;
+    form[12] = 4;
+    form[22] = static_cast<char>(frame_size);
+    CZebFileInfo info;
+    info.SetWidth(9);
+    info.SetHeight(9);
+    EXPECT_NE(ReadFileForm(info, form), 0U);
+    EXPECT_EQ(info.IsRT8Port(), 4);
+    EXPECT_EQ(std::pair(info.GetWidth(), info.GetHeight()), std::pair(width, height));
+  }
+}
+
+TEST(ZebFileInfo, CreateReadsTheHeaderOfAFile) {
+  const TempDir directory;
+  const std::string path = directory.File("a.zebz");
+  CZebFileInfo info;
+  EXPECT_EQ(info.Create(path), 0);
+  WriteWholeFile(path, kFileForm + "blocks");
+  EXPECT_EQ(info.Create(path), 1);
+  EXPECT_EQ(info.GetFileName(), path);
+  EXPECT_EQ(info.GetLength(), kFileForm.size() + 6);
+  EXPECT_EQ(info.GetHostName(), "host");
+  EXPECT_EQ(info.GetCameraID().m_board, 1);
+  EXPECT_EQ(info.GetCameraID().m_camera, 2);
+
+  int reports = 0;
+  const ErrorSink before = SetErrorSink([&](const std::exception&) { ++reports; });
+  FaultyFileSystem disk;
+  disk.FailCall(FaultyFileSystem::kOpen, 1);
+  EXPECT_EQ(info.Create(path), 0);
+  EXPECT_EQ(reports, 0);
+  disk.FailCall(FaultyFileSystem::kRead, 1);
+  EXPECT_EQ(info.Create(path), 0);
+  EXPECT_EQ(reports, 1);
+  SetErrorSink(before);
+}
+
+}  // namespace

@@ -1,0 +1,366 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <numeric>
+
+#include "platform/framework/mem_file.h"
+#include "platform/os/clock.h"
+#include "record/frame_block.h"
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/recording_fixture.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+constexpr DWORD kNow = 1000000000;
+constexpr DWORD kClip = 2;
+constexpr DWORD kRT8Port = 4;
+
+class ZebFileWriter : public testing::Test {
+ protected:
+  ZebFileWriter() { EXPECT_EQ(m_file.Open(&m_info, kZebFileWrite), 1); }
+
+  ParsedRecording Finish() {
+    m_file.Close();
+    return ParseRecording(ReadWholeFile(m_path));
+  }
+  // What the next reader would find if the writer died now.
+  std::vector<int> FramesOfBlocksOnDisk() {
+    CZebFile reader;
+    CZebFileInfo info = MakeInfo(m_path);
+    std::vector<int> frames;
+    if (reader.Open(&info, kZebFileRead) == 0) return frames;
+    for (int i = 0; i < reader.GetTotalBlock(); ++i) frames.push_back(reader.GetFrameNumOfBlock(i));
+    return frames;
+  }
+  int WriteIFrame(DWORD time_stamp, std::string_view video = "i") {
+    FillFrame(m_frame, 0, time_stamp, video);
+    return m_file.WriteOneFrame(&m_frame);
+  }
+
+  const ScopedTimeZone m_zone{"CST-8"};
+  os::SteppedClock m_clock{kNow, 500};
+  const TempDir m_directory;
+  const std::string m_path = m_directory.File("r.zebz");
+  CZebFileInfo m_info = MakeInfo(m_path);
+  CZebFile m_file;
+  CZebFrameData m_frame{64, 64, 64};
+};
+
+TEST_F(ZebFileWriter, StartsBlocksAtTheIFrameBehindEnoughFrames) {
+  const struct {
+    FrameRun m_run;
+    std::vector<int> m_frames_of_blocks;
+  } cases[] = {
+      {{250, 25, 0}, {125, 125, 0}},    {{100, 25, 0}, {100, 0}},
+      {{205, 1, 0}, {101, 101, 3, 0}},  {{300, 200, 0}, {200, 100, 0}},
+      {{500, 25, 2}, {225, 250, 25, 0}}, {{20, 1, 2}, {9, 10, 1, 0}},
+  };
+  for (const auto& [run, frames_of_blocks] : cases) {
+    CZebFile file;
+    ASSERT_EQ(file.Open(&m_info, kZebFileWrite), 1);
+    std::vector<int> all(static_cast<std::size_t>(run.m_frames));
+    std::iota(all.begin(), all.end(), 0);
+    EXPECT_EQ(WriteRun(file, run), all);
+    EXPECT_EQ(file.GetTotalFrame(), run.m_frames);
+    file.Close();
+    const ParsedRecording parsed = ParseRecording(ReadWholeFile(m_path));
+    EXPECT_EQ(parsed.m_fault, "");
+    EXPECT_EQ(parsed.m_frames_of_blocks, frames_of_blocks);
+    EXPECT_EQ(parsed.m_videos, NumberedVideos(all));
+    EXPECT_EQ(parsed.m_flags, run.m_encoder_type == 2 ? kRT8Port : 0);
+  }
+}
+
+TEST_F(ZebFileWriter, CountsIFramesOfRT8PortBoardsAcrossFiles) {
+  WriteRun(m_file, {5, 1, 2});
+  EXPECT_EQ(Finish().m_frames_of_blocks, (std::vector{5, 0}));
+  ASSERT_EQ(m_file.Open(&m_info, kZebFileWrite), 1);
+  WriteRun(m_file, {15, 1, 2});
+  EXPECT_EQ(Finish().m_frames_of_blocks, (std::vector{4, 10, 1, 0}));
+}
+
+TEST_F(ZebFileWriter, AWholeRecordingIsByteForByte) {
+  m_clock.Advance(2000);
+  m_frame.SetEncoderType(2);
+  std::string frames;
+  for (BYTE i = 1; i <= 9; ++i) {
+    FillFrame(m_frame, 0, 0x1000U + i, std::string(1, static_cast<char>(i)));
+    m_frame.SetEncoderType(2);
+    ASSERT_EQ(m_file.WriteOneFrame(&m_frame), 1);
+    frames += Hex("0000 2000") + static_cast<char>(i) + Hex("100000 01000000") +
+              static_cast<char>(i);
+  }
+  m_clock.Advance(1000);
+  FillFrame(m_frame, 0, 0x2000, "V", "S");
+  m_frame.SetEncoderType(2);
+  ASSERT_EQ(m_file.WriteOneFrame(&m_frame), 1);
+  m_clock.Advance(96);
+  m_file.Close();
+  EXPECT_EQ(ReadWholeFile(m_path),
+            Hex("5842455a 00000000 3e000000 04000000 00000000 02010200 02ca9a3b 03ca9a3b"
+                "01100000 10000000 03000000 63616d 03000000 627264 04000000 686f7374") +
+                Hex("ffffffff c3000000 0900 0000 01100000") + frames +
+                Hex("3e000000 e5000000 0100 0000 00200000") +
+                Hex("0000 2080 00200000 01000000 01000000 56 53") +
+                Hex("c3000000 ffffffff 0000 0000 0c0e0000"));
+}
+
+TEST_F(ZebFileWriter, TheFirstLiveFrameSetsTheTimesAndEveryFrameTheEnd) {
+  CZebFileInfo info = m_info;
+  info.SetBeginTime(CTime(5));
+  info.SetGmt(3);
+  info.SetClip(1);
+  CZebFile file;
+  ASSERT_EQ(file.Open(&info, kZebFileWrite), 1);
+  m_clock.Advance(7000);
+  WriteRun(file, {30, 25});
+  m_clock.Advance(3000);
+  WriteRun(file, {1, 1});
+  EXPECT_EQ(file.GetBeginTime().GetTime(), kNow + 7);
+  EXPECT_EQ(file.GetEndTime().GetTime(), kNow + 10);
+  EXPECT_EQ(file.GetBlockTimeStamp(0), 1000U);
+  file.Close();
+  const ParsedRecording parsed = ParseRecording(ReadWholeFile(m_path));
+  EXPECT_EQ(parsed.m_begin_time, kNow + 7);
+  EXPECT_EQ(parsed.m_end_time, kNow + 10);
+  EXPECT_EQ(parsed.m_begin_stamp, 1000U);
+  EXPECT_EQ(parsed.m_gmt, 16U);
+  EXPECT_EQ(parsed.m_flags, kClip);
+  EXPECT_EQ(parsed.m_block_stamps, (std::vector<DWORD>{1000, 10500}));
+}
+
+TEST_F(ZebFileWriter, TheFirstPreAlarmFrameMovesTheBeginBack) {
+  const struct {
+    DWORD m_stamp;
+    DWORD m_begin;
+    DWORD m_end;
+  } cases[] = {{10000 - 5500, 4995, 4995}, {10000, 5000, 6000}, {12000, 5000, 6000}};
+  for (const auto& [stamp, begin, end] : cases) {
+    CZebFileInfo info = m_info;
+    info.SetBeginTime(CTime(5000));
+    info.SetEndTime(CTime(6000));
+    info.SetBeginTimeStamp(10000);
+    info.SetGmt(11);  // of the alarm's moment: not to be computed anew
+    CZebFile file;
+    ASSERT_EQ(file.Open(&info, kZebFileWrite), 1);
+    for (int i = 0; i < 102; ++i) {
+      FillFrame(m_frame, 0, stamp + static_cast<DWORD>(i), "pre");
+      ASSERT_EQ(file.WritePreAlarmFrame(&m_frame), 1);
+    }
+    file.Close();
+    const ParsedRecording parsed = ParseRecording(ReadWholeFile(m_path));
+    EXPECT_EQ(parsed.m_begin_time, begin);
+    EXPECT_EQ(parsed.m_end_time, end);
+    EXPECT_EQ(parsed.m_begin_stamp, stamp);
+    EXPECT_EQ(parsed.m_gmt, 11U);
+    EXPECT_EQ(parsed.m_frames_of_blocks, (std::vector{101, 1, 0}));
+    EXPECT_EQ(parsed.m_block_stamps[0], stamp);
+    EXPECT_EQ(parsed.m_block_stamps[1], stamp + 101);
+  }
+}
+
+TEST_F(ZebFileWriter, ADiedWriterLeavesItsFinishedBlocks) {
+  EXPECT_TRUE(FramesOfBlocksOnDisk().empty());
+  WriteRun(m_file, {101, 1});
+  EXPECT_TRUE(FramesOfBlocksOnDisk().empty());
+  m_clock.Advance(60000);
+  WriteRun(m_file, {102, 1});
+  EXPECT_EQ(FramesOfBlocksOnDisk(), (std::vector{101, 101, 0}));
+  CZebFileInfo header;
+  EXPECT_EQ(header.Create(m_path), 1);
+  EXPECT_EQ(header.GetEndTime().GetTime(), kNow + 60);
+  EXPECT_EQ(Finish().m_frames_of_blocks, (std::vector{101, 101, 1, 0}));
+}
+
+TEST_F(ZebFileWriter, RefusedFramesChangeNothing) {
+  CZebFile detached;
+  FillFrame(m_frame, 0, 1, "i");
+  EXPECT_EQ(detached.WriteOneFrame(&m_frame), kWriteNoFile);
+  EXPECT_EQ(m_file.WriteOneFrame(nullptr), kWriteNoFile);
+  const std::string created = ReadWholeFile(m_path);
+  FillFrame(m_frame, 1, 1, "p");
+  EXPECT_EQ(m_file.WriteOneFrame(&m_frame), kFrameDropped);
+  EXPECT_EQ(m_file.WritePreAlarmFrame(&m_frame), kFrameDropped);
+  EXPECT_EQ(m_file.IsNextIFrame(), 1);
+  m_file.SetLength(0x7F000000);
+  EXPECT_EQ(WriteIFrame(1), kWriteFileFull);
+  EXPECT_EQ(ReadWholeFile(m_path), created);
+  EXPECT_EQ(m_file.GetTotalFrame(), 0);
+  m_file.SetLength(0x7EFFFFFF);
+  EXPECT_EQ(WriteIFrame(1), kFrameWritten);
+  EXPECT_EQ(m_file.GetLength(), created.size() + 13);
+  EXPECT_EQ(m_file.IsNextIFrame(), 0);
+}
+
+TEST_F(ZebFileWriter, AFileThatReceivedNothingIsDeleted) {
+  FillFrame(m_frame, 1, 1, "p");
+  m_file.WriteOneFrame(&m_frame);
+  EXPECT_EQ(m_file.GetTotalFrame(), 0);
+  m_file.Close();
+  EXPECT_FALSE(std::filesystem::exists(m_path));
+  EXPECT_EQ(WriteIFrame(1), kWriteNoFile);
+  m_file.Close();
+}
+
+TEST_F(ZebFileWriter, AFileThatDisappearedTakesNoFrame) {
+  std::filesystem::remove(m_path);
+  EXPECT_EQ(WriteIFrame(1), kWriteNoFile);
+  m_file.Close();
+  EXPECT_FALSE(std::filesystem::exists(m_path));
+}
+
+TEST_F(ZebFileWriter, OpenRefusesWhatItCannotMake) {
+  EXPECT_EQ(m_file.Open(&m_info, kZebFileWrite), 0);  // busy
+  CZebFile file;
+  EXPECT_EQ(file.Open(nullptr, kZebFileWrite), 0);
+  EXPECT_EQ(file.Open(&m_info, tag_ZEBFILEMODE{2}), 0);
+  CZebFileInfo nowhere = MakeInfo(m_directory.File("no/such.zebz"));
+  EXPECT_EQ(file.Open(&nowhere, kZebFileWrite), 0);
+  EXPECT_EQ(WriteIFrame(1), 1);
+}
+
+TEST_F(ZebFileWriter, AnAppendedFrameIsOneWrite) {
+  FaultyFileSystem disk;
+  CZebFile file;
+  ASSERT_EQ(file.Open(&m_info, kZebFileWrite), 1);
+  FillFrame(m_frame, 0, 1, "video", "speech");
+  ASSERT_EQ(file.WriteOneFrame(&m_frame), 1);
+  disk.ResetCounts();
+  for (int i = 0; i < 50; ++i) ASSERT_EQ(file.WriteOneFrame(&m_frame), 1);
+  EXPECT_EQ(disk.Calls(FaultyFileSystem::kWrite), 50U);
+  EXPECT_EQ(disk.Calls(), 50U);
+}
+
+TEST_F(ZebFileWriter, ABlockEndsWhereItsCountDoes) {
+  WriteRun(m_file, {65535, 65535});
+  FillFrame(m_frame, 1, 1, "p");
+  EXPECT_EQ(m_file.WriteOneFrame(&m_frame), kWriteFileFull);
+  EXPECT_EQ(WriteIFrame(2), kFrameWritten);
+  EXPECT_EQ(Finish().m_frames_of_blocks, (std::vector{65535, 1, 0}));
+}
+
+TEST_F(ZebFileWriter, QueriesHideTheLastEntryOfAnIndexThatIsExactlyFull) {
+  while (m_file.GetTotalBlock() < 1024) WriteRun(m_file, {10, 1, 2});
+  EXPECT_EQ(m_file.GetFrameNumOfBlock(1022), 10);
+  EXPECT_EQ(m_file.GetFrameNumOfBlock(1023), 0);
+  EXPECT_EQ(m_file.GetBlockTimeStamp(1023), 0xFFFFFFFF);
+  EXPECT_EQ(m_file.GetBlockTime(1023).GetTime(), 0U);
+  EXPECT_EQ(m_file.GetFrameIndexOfBlock(1023), 9 + 1022 * 10);
+  EXPECT_EQ(m_file.GetFrameIndexOfBlock(0x7FFFFFFF), 9 + 1022 * 10);
+  while (m_file.GetTotalBlock() < 1025) WriteRun(m_file, {10, 1, 2});
+  EXPECT_EQ(m_file.GetFrameNumOfBlock(1023), 10);
+  EXPECT_EQ(m_file.GetFrameNumOfBlock(1024), 0);
+  int block = 0;
+  int index = 0;
+  EXPECT_EQ(m_file.GetFilePos(block, index), 1);
+  EXPECT_EQ(block, 1024);
+  EXPECT_EQ(m_file.GetFrameIndex(block, index) + 1, m_file.GetTotalFrame());
+}
+
+class PreparedBlock : public CFrameBlock {
+ public:
+  PreparedBlock(DWORD time_stamp, const std::vector<std::string>& videos)
+      : m_time_stamp(time_stamp), m_frames(static_cast<DWORD>(videos.size())) {
+    CZebFrameData frame(64, 64, 64);
+    for (const std::string& video : videos) {
+      FillFrame(frame, &video == &videos[0] ? 0 : 1, time_stamp, video);
+      frame.Write(&m_stream);
+    }
+    m_bytes = static_cast<DWORD>(m_stream.GetLength());
+  }
+  DWORD GetDataLength() const override { return m_bytes; }
+  DWORD GetTimeStamp() const override { return m_time_stamp; }
+  DWORD GetFrameNum() const override { return m_frames; }
+  CTime GetBeginTime() const override { return CTime(2 * m_time_stamp); }
+  CTime GetEndTime() const override { return CTime(3 * m_time_stamp); }
+  CFile* GetStream() override { return &m_stream; }
+
+  DWORD m_time_stamp;
+  DWORD m_frames;
+  DWORD m_bytes;
+  CMemFile m_stream;
+};
+
+CObList ListOf(std::initializer_list<CObject*> blocks) {
+  CObList list;
+  for (CObject* block : blocks) list.AddTail(block);
+  return list;
+}
+
+TEST_F(ZebFileWriter, PreparedBlocksAreAppendedUpToAnEmptyOne) {
+  PreparedBlock first(7000, {"a", "b"});
+  PreparedBlock second(8000, {"c", std::string(5000, 'd')});
+  PreparedBlock empty(9000, {});
+  PreparedBlock behind(9500, {"z"});
+  CObList blocks = ListOf({&first, &second, &empty, &behind});
+  EXPECT_EQ(m_file.WriteBlock(&blocks), 1);
+  EXPECT_EQ(second.m_stream.GetPosition(), second.m_bytes);
+  EXPECT_EQ(m_file.GetBlockTimeStamp(1), m_file.GetBlockTimeStamp(0));
+  EXPECT_EQ(m_file.GetTotalFrame(), 4);
+  EXPECT_EQ(m_file.GetLength(), std::filesystem::file_size(m_path));
+  EXPECT_EQ(m_file.WriteBlock(&blocks), 0);  // the block has frames now
+  EXPECT_EQ(WriteIFrame(8100, "live"), 1);
+
+  const ParsedRecording parsed = Finish();
+  EXPECT_EQ(parsed.m_fault, "");
+  EXPECT_EQ(parsed.m_frames_of_blocks, (std::vector{2, 3, 0}));
+  EXPECT_EQ(parsed.m_block_stamps, (std::vector<DWORD>{500, 8000, 500}));
+  EXPECT_EQ(parsed.m_begin_time, 14000U);
+  EXPECT_EQ(parsed.m_begin_stamp, 7000U);
+  EXPECT_EQ(parsed.m_gmt, 16U);
+  EXPECT_EQ(parsed.m_videos.back(), "live");
+}
+
+TEST_F(ZebFileWriter, PreparedBlocksThatAreNoneAreRefused) {
+  PreparedBlock empty(9000, {});
+  PreparedBlock good(9000, {"a"});
+  CObList none;
+  CObList starts_empty = ListOf({&empty, &good});
+  CObList starts_null = ListOf({nullptr, &good});
+  CObList good_list = ListOf({&good, nullptr});
+  for (CObList* list : {static_cast<CObList*>(nullptr), &none, &starts_empty, &starts_null}) {
+    EXPECT_EQ(m_file.WriteBlock(list), 0);
+  }
+  CZebFile detached;
+  EXPECT_EQ(detached.WriteBlock(&good_list), 0);
+  EXPECT_EQ(m_file.WriteBlock(&good_list), 1);
+}
+
+TEST_F(ZebFileWriter, APreparedStreamThatEndsEarlyLeavesAWholeChain) {
+  PreparedBlock block(7000, {"a", "b"});
+  PreparedBlock short_block(8000, {"c"});
+  short_block.m_bytes += 1000;
+  PreparedBlock last(9000, {"e"});
+  CObList blocks = ListOf({&block, &short_block, &last});
+  EXPECT_EQ(m_file.WriteBlock(&blocks), 1);
+  const ParsedRecording parsed = Finish();
+  EXPECT_EQ(parsed.m_fault, "");
+  EXPECT_EQ(parsed.m_videos, (std::vector<std::string>{"a", "b", "c", "e"}));
+}
+
+TEST_F(ZebFileWriter, PreparedBlocksThatTheDiskRefusesAreTakenBack) {
+  PreparedBlock first(7000, {"a", "b"});
+  PreparedBlock second(8000, {"c"});
+  CObList blocks = ListOf({&first, &second});
+  FaultyFileSystem disk;
+  for (std::uint64_t n = 1; disk.Failures() == n - 1; ++n) {
+    SCOPED_TRACE(n);
+    CZebFile file;
+    ASSERT_EQ(file.Open(&m_info, kZebFileWrite), 1);
+    disk.FailCall(FaultyFileSystem::kWrite, n);
+    try {
+      EXPECT_EQ(file.WriteBlock(&blocks), 1);
+    } catch (const CFileException&) {
+    }
+    disk.Heal();
+    file.Close();
+    if (!std::filesystem::exists(m_path)) continue;
+    const ParsedRecording parsed = ParseRecording(ReadWholeFile(m_path));
+    EXPECT_EQ(parsed.m_fault, "");
+    EXPECT_EQ(parsed.m_videos[0], "a");
+  }
+  EXPECT_GT(disk.Failures(), 4U);
+}
+
+}  // namespace

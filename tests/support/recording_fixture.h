@@ -1,0 +1,202 @@
+// Frames and recordings with known contents, and a reader of recordings that shares no code with
+// the library's.
+#pragma once
+
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "record/zeb_file.h"
+#include "record/zeb_frame_data.h"
+
+// "01 2a ff" as bytes.
+inline std::string Hex(std::string_view digits) {
+  std::string bytes;
+  std::string pair;
+  for (const char digit : digits) {
+    if (digit == ' ') continue;
+    pair += digit;
+    if (pair.size() < 2) continue;
+    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
+    pair.clear();
+  }
+  return bytes;
+}
+
+// `count` bytes of a number, the lowest first.
+inline std::string Little(unsigned long long value, int count = 4) {
+  std::string bytes;
+  for (int i = 0; i < count; ++i, value >>= 8) bytes += static_cast<char>(value & 0xFF);
+  return bytes;
+}
+
+// A time zone in force for a scope, as the TZ variable spells it: "UTC", "EST5".
+class ScopedTimeZone {
+ public:
+  explicit ScopedTimeZone(const char* zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+  }
+  ~ScopedTimeZone() {
+    unsetenv("TZ");
+    tzset();
+  }
+  ScopedTimeZone(const ScopedTimeZone&) = delete;
+  ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
+};
+
+inline void FillFrame(CZebFrameData& frame, WORD type, DWORD time_stamp, std::string_view video,
+                      std::string_view speech = {}) {
+  frame.Reset();
+  frame.SetFrameType(type);
+  frame.SetTimeStamp(time_stamp);
+  std::copy(video.begin(), video.end(), frame.GetVideoBuf());
+  frame.SetVideoLength(static_cast<DWORD>(video.size()));
+  if (speech.empty()) return;
+  frame.SetVoice(1);
+  std::vector<BYTE> bytes(speech.begin(), speech.end());
+  frame.SetSpeechData(bytes.data(), static_cast<DWORD>(bytes.size()));
+}
+
+inline std::string VideoOf(const CZebFrameData& frame) {
+  return {frame.GetVideoBuf(), frame.GetVideoBuf() + frame.GetVideoLength()};
+}
+
+inline CZebFileInfo MakeInfo(const std::string& path) {
+  CZebFileInfo info;
+  info.SetFileName(path);
+  info.SetCameraID({1, 2});
+  info.SetFrameSize(tag_FRAMESIZE{2});
+  info.SetCameraName("cam");
+  info.SetBoardName("brd");
+  info.SetHostName("host");
+  return info;
+}
+
+// A run of frames: an I-frame every `m_gop`, the frame's number as its video bytes.
+struct FrameRun {
+  int m_frames = 0;
+  int m_gop = 25;
+  BYTE m_encoder_type = 0;
+  int m_first_number = 0;
+  DWORD m_first_stamp = 1000;
+  DWORD m_step_ms = 40;
+};
+
+// The bytes of frame `number`; their count varies with it.
+inline std::string NumberedVideo(int number) {
+  return "picture " + std::to_string(number);
+}
+
+// Offers the frames as live ones and returns the numbers of those that were written.
+inline std::vector<int> WriteRun(CZebFile& file, const FrameRun& run) {
+  CZebFrameData frame(64, 64, 64);
+  std::vector<int> written;
+  for (int i = 0; i < run.m_frames; ++i) {
+    const int number = run.m_first_number + i;
+    FillFrame(frame, i % run.m_gop == 0 ? 0 : 1,
+              run.m_first_stamp + static_cast<DWORD>(i) * run.m_step_ms, NumberedVideo(number));
+    frame.SetEncoderType(run.m_encoder_type);
+    if (file.WriteOneFrame(&frame) == kFrameWritten) written.push_back(number);
+  }
+  return written;
+}
+
+// The bytes of a finished recording without names: one block per count, the last one the
+// terminating block; frame n has the time stamp 1000 + 40 n and is the n-th of the file.
+inline std::string RawRecording(const std::vector<int>& frames_of_blocks) {
+  std::string bytes = Hex("5842455A 00000000 34000000 00000000 00000000 02010200") +
+                      Little(1000000000) + Little(1000000060) + Little(1000) + Little(0) +
+                      std::string(12, '\0');
+  DWORD previous = 0xFFFFFFFF;
+  int number = 0;
+  for (std::size_t block = 0; block < frames_of_blocks.size(); ++block) {
+    const auto offset = static_cast<DWORD>(bytes.size());
+    const auto stamp = static_cast<DWORD>(1000 + 40 * number);
+    std::string frames;
+    for (int i = 0; i < frames_of_blocks[block]; ++i, ++number) {
+      const std::string video = NumberedVideo(number);
+      frames += Little(i == 0 ? 0 : 1, 2) + Little(0, 2) +
+                Little(static_cast<DWORD>(1000 + 40 * number)) + Little(video.size()) + video;
+    }
+    const bool is_last = block + 1 == frames_of_blocks.size();
+    bytes += Little(previous) + Little(is_last ? 0xFFFFFFFF : offset + 16 + frames.size()) +
+             Little(static_cast<DWORD>(frames_of_blocks[block])) + Little(stamp) + frames;
+    previous = offset;
+  }
+  return bytes;
+}
+
+// What ParseRecording finds.
+struct ParsedRecording {
+  std::string m_fault;  // empty when every byte is where it belongs
+  std::vector<int> m_frames_of_blocks;
+  std::vector<DWORD> m_block_stamps;
+  std::vector<std::string> m_videos;
+  DWORD m_begin_time = 0;
+  DWORD m_end_time = 0;
+  DWORD m_begin_stamp = 0;
+  DWORD m_flags = 0;
+  DWORD m_gmt = 0;
+};
+
+// Walks over a finished recording and checks the header size, the chain in both directions, the
+// frames of every block and that nothing lies behind the last block, which has no frames.
+inline ParsedRecording ParseRecording(const std::string& bytes) {
+  ParsedRecording parsed;
+  const auto number = [&](std::size_t offset, int count = 4) {
+    DWORD value = 0;
+    for (int i = count; i-- > 0;) {
+      const std::size_t at = offset + static_cast<std::size_t>(i);
+      value = value << 8 | (at < bytes.size() ? static_cast<BYTE>(bytes[at]) : 0U);
+    }
+    return value;
+  };
+  const auto fault = [&](const std::string& what, std::size_t offset) {
+    parsed.m_fault = what + " at " + std::to_string(offset);
+    return parsed;
+  };
+  std::size_t offset = 40;
+  for (int text = 0; text < 3; ++text) offset += 4 + number(offset);
+  if (bytes.substr(0, 4) != "XBEZ" || number(8) != offset) return fault("header size", 8);
+  parsed.m_flags = number(12);
+  parsed.m_begin_time = number(24);
+  parsed.m_end_time = number(28);
+  parsed.m_begin_stamp = number(32);
+  parsed.m_gmt = number(36);
+
+  DWORD previous = 0xFFFFFFFF;
+  while (true) {
+    if (offset + 16 > bytes.size()) return fault("no block header", offset);
+    if (number(offset) != previous) return fault("previous block", offset);
+    const DWORD next = number(offset + 4);
+    const auto frames = static_cast<int>(number(offset + 8, 2));
+    parsed.m_frames_of_blocks.push_back(frames);
+    parsed.m_block_stamps.push_back(number(offset + 12));
+    std::size_t at = offset + 16;
+    for (int i = 0; i < frames; ++i) {
+      const bool voiced = (number(at + 2, 2) & 0x8000) != 0;
+      const std::size_t video_bytes = number(at + 8);
+      const std::size_t header_bytes = voiced ? 16 : 12;
+      if (i == 0 && number(at, 2) != 0) return fault("block starts with no I-frame", at);
+      const std::size_t end = at + header_bytes + video_bytes + (voiced ? number(at + 12) : 0);
+      if (end > bytes.size()) return fault("frame cut off", at);
+      parsed.m_videos.push_back(bytes.substr(at + header_bytes, video_bytes));
+      at = end;
+    }
+    if (frames == 0 && next == 0xFFFFFFFF) {
+      return at == bytes.size() ? parsed : fault("bytes behind the end", at);
+    }
+    if (next != at) return fault("next block", offset + 4);
+    previous = static_cast<DWORD>(offset);
+    offset = next;
+  }
+}
+
+inline std::vector<std::string> NumberedVideos(const std::vector<int>& numbers) {
+  std::vector<std::string> videos;
+  for (const int number : numbers) videos.push_back(NumberedVideo(number));
+  return videos;
+}
