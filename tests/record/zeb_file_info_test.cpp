@@ -13,9 +13,9 @@ namespace {
 const std::string kFileForm = Hex(
     "5842455a 00000000 3e000000 03000000 00000000 02 01 02 00 00ca9a3b 3cca9a3b 78563412 10000000"
     "03000000 63616d 03000000 627264 04000000 686f7374");
-const std::string kBufferForm = Hex(
-    "02 01 40010000 f0000000 00ca9a3b 3cca9a3b 39300000 03000000 63616d 03000000 627264"
-    "02000000 6670 04000000 686f7374 10000000");
+const std::string kBufferForm =
+    Hex("02 01 40010000 f0000000 00ca9a3b 3cca9a3b 39300000 03000000 63616d 03000000 627264"
+        "02000000 6670 04000000 686f7374 10000000");
 
 CZebFileInfo GoldenInfo() {
   CZebFileInfo info = MakeInfo("fp");
@@ -121,9 +121,11 @@ TEST(ZebFileInfo, GmtIsTheHourDifferenceOfTheMoment) {
     DWORD m_moment;
     int m_gmt;
   } cases[] = {
-      {"UTC", 1000000000, 0},        {"CST-8", 1000000000, 16}, {"EST5", 1000000000, 5},
-      {"IST-5:30", 1000000000, 18},  // only the hours are looked at: 01 - 07
-      {"NPT-5:45", 1000040000, 18},  // 12:53 and 18:38
+      {"UTC", 1000000000, 0},
+      {"CST-8", 1000000000, 16},
+      {"EST5", 1000000000, 5},
+      {"IST-5:30", 1000000000, 18},               // only the hours are looked at: 01 - 07
+      {"NPT-5:45", 1000040000, 18},               // 12:53 and 18:38
       {"EST5EDT,M3.2.0,M11.1.0", 1000000000, 4},  // summer
       {"EST5EDT,M3.2.0,M11.1.0", 1010000000, 5},
   };

@@ -52,8 +52,8 @@ TEST_F(ZebFileWriter, StartsBlocksAtTheIFrameBehindEnoughFrames) {
     FrameRun m_run;
     std::vector<int> m_frames_of_blocks;
   } cases[] = {
-      {{250, 25, 0}, {125, 125, 0}},    {{100, 25, 0}, {100, 0}},
-      {{205, 1, 0}, {101, 101, 3, 0}},  {{300, 200, 0}, {200, 100, 0}},
+      {{250, 25, 0}, {125, 125, 0}},     {{100, 25, 0}, {100, 0}},
+      {{205, 1, 0}, {101, 101, 3, 0}},   {{300, 200, 0}, {200, 100, 0}},
       {{500, 25, 2}, {225, 250, 25, 0}}, {{20, 1, 2}, {9, 10, 1, 0}},
   };
   for (const auto& [run, frames_of_blocks] : cases) {
@@ -88,8 +88,8 @@ TEST_F(ZebFileWriter, AWholeRecordingIsByteForByte) {
     FillFrame(m_frame, 0, 0x1000U + i, std::string(1, static_cast<char>(i)));
     m_frame.SetEncoderType(2);
     ASSERT_EQ(m_file.WriteOneFrame(&m_frame), 1);
-    frames += Hex("0000 2000") + static_cast<char>(i) + Hex("100000 01000000") +
-              static_cast<char>(i);
+    frames +=
+        Hex("0000 2000") + static_cast<char>(i) + Hex("100000 01000000") + static_cast<char>(i);
   }
   m_clock.Advance(1000);
   FillFrame(m_frame, 0, 0x2000, "V", "S");

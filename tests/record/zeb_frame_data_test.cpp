@@ -238,14 +238,12 @@ struct Rates {
 
 TEST(ZebFrameData, RateTextsFollowThePeriod) {
   const Rates cases[] = {
-      {26, 1000, 0, 0, "26f/s", "0.10KB/s"},
-      {31, 1000, 0, 0, "30f/s", "0.10KB/s"},
-      {11, 10, 1, 0, "30f/s", "0.00KB/s"},     // no I-frame: no new code rate
+      {26, 1000, 0, 0, "26f/s", "0.10KB/s"},      {31, 1000, 0, 0, "30f/s", "0.10KB/s"},
+      {11, 10, 1, 0, "30f/s", "0.00KB/s"},      // no I-frame: no new code rate
       {10, 1000, 0, 0, "0.00f/s", "0.10KB/s"},  // too few frames for a frame rate
       {12, 1201, 0, 0, "10f/s", "0.8KB/s"},     // a started frame counts, no zero padding
       {20, 0, 0, 0, "0.00f/s", "0.00KB/s"},     // no time has passed
-      {26, 1000, 0, 0x8000, "26f/s", "0.20KB/s"},
-      {26, 1000, 0, 0x0001, "26f/s", "0.0KB/s"},
+      {26, 1000, 0, 0x8000, "26f/s", "0.20KB/s"}, {26, 1000, 0, 0x0001, "26f/s", "0.0KB/s"},
   };
   for (const Rates& rates : cases) {
     SCOPED_TRACE(std::to_string(rates.m_frames) + " in " + std::to_string(rates.m_elapsed_ms));

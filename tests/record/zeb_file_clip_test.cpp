@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include "platform/os/clock.h"
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/memory_file_system.h"
+#include "tests/support/recording_fixture.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+constexpr DWORD kClip = 2;
+
+class ZebFileClip : public testing::Test {
+ protected:
+  int OpenSource(const std::string& path) {
+    m_source.Close();
+    m_info = MakeInfo(path);
+    return m_source.Open(&m_info, kZebFileRead);
+  }
+  int OpenBlocks(const std::vector<int>& frames_of_blocks) {
+    m_disk.Put("source", RawRecording(frames_of_blocks));
+    return OpenSource("source");
+  }
+  ParsedRecording Clip() const { return ParseRecording(m_disk.Get("clip")); }
+
+  const ScopedTimeZone m_zone{"EST5"};
+  MemoryFileSystem m_disk;
+  CZebFileInfo m_info;
+  CZebFile m_source;
+};
+
+TEST_F(ZebFileClip, CutsBlocksOutAndRelinksThem) {
+  ASSERT_EQ(OpenBlocks({30, 30, 30, 30, 0}), 1);  // a block lasts 1.2 s
+  const struct {
+    int m_from, m_to, m_index;
+    std::vector<int> m_frames_of_blocks;
+    DWORD m_begin, m_end;  // seconds from the recording's begin
+  } cases[] = {
+      {0, 2, 5, {30, 30, 5, 0}, 0, 2},    // frame 64 is 2.56 s on
+      {1, 1, 30, {30, 0}, 1, 2},          // frame 59 is 1.16 s behind frame 30
+      {2, 2, 1, {1, 0}, 2, 2},            //
+      {1, 3, 0, {30, 30, 0}, 1, 3},       // an empty last block needs no other to end the file
+      {1, 3, -4, {30, 30, 0}, 1, 3},      //
+      {2, 9, 7, {30, 30, 0}, 2, 4},       // beyond the end: all whole blocks
+      {3, 3, 0x7FFFFFFF, {30, 0}, 3, 4},  // more frames than there are
+  };
+  for (const auto& [from, to, index, frames_of_blocks, begin, end] : cases) {
+    SCOPED_TRACE(std::to_string(from) + " to " + std::to_string(to));
+    ASSERT_EQ(m_source.ClipFile("clip", from, to, index), 1);
+    const ParsedRecording parsed = Clip();
+    EXPECT_EQ(parsed.m_fault, "");
+    EXPECT_EQ(parsed.m_frames_of_blocks, frames_of_blocks);
+    EXPECT_EQ(parsed.m_begin_time, 1000000000 + begin);
+    EXPECT_EQ(parsed.m_end_time, 1000000000 + end);
+    EXPECT_EQ(parsed.m_begin_stamp, static_cast<DWORD>(1000 + 30 * from * 40));
+    EXPECT_EQ(parsed.m_block_stamps[0], parsed.m_begin_stamp);
+    EXPECT_EQ(parsed.m_gmt, 5U);
+    EXPECT_EQ(parsed.m_flags, kClip);
+    for (std::size_t i = 0; i < parsed.m_videos.size(); ++i) {
+      EXPECT_EQ(parsed.m_videos[i], NumberedVideo(30 * from + static_cast<int>(i)));
+    }
+  }
+}
+
+TEST_F(ZebFileClip, EndsWithAStampedTerminatingBlockBehindFramesOnly) {
+  ASSERT_EQ(OpenBlocks({2, 2, 0}), 1);
+  ASSERT_EQ(m_source.ClipFile("clip", 0, 1, 1), 1);
+  EXPECT_EQ(Clip().m_block_stamps, (std::vector<DWORD>{1000, 1080, 1080}));
+  ASSERT_EQ(m_source.ClipFile("clip", 0, 2, 0), 1);
+  EXPECT_EQ(m_disk.Get("clip").substr(12, 4), Little(kClip));
+  // The chain as it was: only flags and end time differ, and the terminating block's own stamp.
+  EXPECT_EQ(m_disk.Get("clip").substr(52), m_disk.Get("source").substr(52));
+}
+
+TEST_F(ZebFileClip, AClipOfAClipIsAClip) {
+  ASSERT_EQ(OpenBlocks({5, 5, 5, 5, 0}), 1);
+  ASSERT_EQ(m_source.ClipFile("first", 1, 3, 2), 1);
+  ASSERT_EQ(OpenSource("first"), 1);
+  ASSERT_EQ(m_source.ClipFile("clip", 1, 2, 1), 1);
+  EXPECT_EQ(Clip().m_fault, "");
+  EXPECT_EQ(Clip().m_videos, NumberedVideos({10, 11, 12, 13, 14, 15}));
+  EXPECT_EQ(Clip().m_begin_stamp, 1400U);
+}
+
+TEST_F(ZebFileClip, RefusesWhatLeavesNothingToCopy) {
+  ASSERT_EQ(OpenBlocks({3, 3, 3, 3, 0}), 1);
+  const struct {
+    const char* m_path;
+    int m_from, m_to, m_index;
+  } cases[] = {{"", 0, 1, 1},     {"none", 3, 3, 0},  {"none", 5, 9, 9}, {"none", 4, 9, 9},
+               {"none", 2, 1, 3}, {"none", -1, 2, 0}, {"none", 0, -1, 2}};
+  for (const auto& [path, from, to, index] : cases) {
+    EXPECT_EQ(m_source.ClipFile(path, from, to, index), 0);
+    EXPECT_FALSE(m_disk.Has("none"));
+  }
+  const std::string before = m_disk.Get("source");
+  EXPECT_EQ(m_source.ClipFile("source", 0, 2, 0), 0);
+  EXPECT_EQ(m_disk.Get("source"), before);
+  m_source.Close();
+  EXPECT_EQ(m_source.ClipFile("none", 0, 2, 0), 0);
+}
+
+TEST_F(ZebFileClip, ReadingGoesOnWhereItWas) {
+  ASSERT_EQ(OpenBlocks({3, 3, 0}), 1);
+  CZebFrameData frame;
+  ASSERT_EQ(m_source.ReadOneFrame(&frame, 0, 1), 1);
+  ASSERT_EQ(m_source.ClipFile("clip", 1, 2, 0), 1);
+  ASSERT_EQ(m_source.ReadOneFrame(&frame, -1, 0), 1);
+  EXPECT_EQ(VideoOf(frame), NumberedVideo(2));
+}
+
+class AlarmPreview : public ZebFileClip {
+ protected:
+  // The numbers of the frames that land in the alarm file; empty when the answer is 0.
+  std::vector<std::string> Preview(CZebFile& source, DWORD blocks) {
+    CZebFileInfo info = MakeInfo("alarm");
+    CZebFile target;
+    EXPECT_EQ(target.Open(&info, kZebFileWrite), 1);
+    if (source.AlarmPreviewData(&target, blocks) == 0) return {};
+    target.Close();
+    m_alarm = ParseRecording(m_disk.Get("alarm"));
+    EXPECT_EQ(m_alarm.m_fault, "");
+    return m_alarm.m_videos;
+  }
+
+  os::SteppedClock m_clock{1000000100, 99};
+  ParsedRecording m_alarm;
+};
+
+TEST_F(AlarmPreview, ChoosesTheBlockToStartAt) {
+  const struct {
+    std::vector<int> m_frames_of_blocks;
+    DWORD m_blocks;
+    std::vector<int> m_copied;
+  } cases[] = {
+      {{1, 1, 1, 1}, 2, {2, 3}},
+      {{1, 1, 1, 1}, 4, {0, 1, 2, 3}},
+      {{1, 1, 1, 1}, 9, {0, 1, 2, 3}},
+      {{1, 1, 0, 1}, 2, {1, 2}},  // the block before
+      {{1, 0, 0, 1}, 2, {1}},
+      {{1, 0, 0, 0, 1}, 3, {}},  // the block behind, or none
+      {{0, 1}, 5, {}},
+      {{1, 1, 0}, 1, {1}},
+      {{1, 0, 0}, 1, {}},
+  };
+  for (const auto& [frames_of_blocks, blocks, copied] : cases) {
+    SCOPED_TRACE(testing::PrintToString(frames_of_blocks) + std::to_string(blocks));
+    ASSERT_EQ(OpenBlocks(frames_of_blocks), 1);
+    EXPECT_EQ(Preview(m_source, blocks), NumberedVideos(copied));
+  }
+}
+
+TEST_F(AlarmPreview, BeginsWhenTheFirstBlockDid) {
+  ASSERT_EQ(OpenBlocks({60, 200, 0}), 1);
+  EXPECT_EQ(Preview(m_source, 2).size(), 200U);
+  EXPECT_EQ(m_alarm.m_begin_time, 1000000002U);
+  EXPECT_EQ(m_alarm.m_begin_stamp, 3400U);
+  EXPECT_EQ(m_alarm.m_gmt, 5U);
+  EXPECT_EQ(m_alarm.m_end_time, 1000000100U);
+}
+
+TEST_F(AlarmPreview, CopiesFromARecordingThatGoesOn) {
+  CZebFileInfo info = MakeInfo("recording");
+  CZebFile recording;
+  ASSERT_EQ(recording.Open(&info, kZebFileWrite), 1);
+  EXPECT_TRUE(Preview(recording, 1).empty());  // nothing written, the file is closed
+  WriteRun(recording, {104, 1});
+  EXPECT_EQ(Preview(recording, 1), NumberedVideos({101, 102, 103}));
+  CZebFrameData big(640, 480, 65536);
+  FillFrame(big, 0, 9000, std::string(500000, 'B'), "speech");
+  ASSERT_EQ(recording.WriteOneFrame(&big), 1);
+  EXPECT_EQ(Preview(recording, 1).back(), std::string(500000, 'B'));
+  recording.Close();
+  EXPECT_EQ(ParseRecording(m_disk.Get("recording")).m_fault, "");
+}
+
+TEST_F(AlarmPreview, RefusesFilesItCannotCopyBetween) {
+  ASSERT_EQ(OpenBlocks({1, 1, 0}), 1);
+  CZebFile detached;
+  EXPECT_EQ(m_source.AlarmPreviewData(nullptr, 0), 0);
+  EXPECT_EQ(m_source.AlarmPreviewData(&detached, 0), 1);
+  EXPECT_EQ(m_source.AlarmPreviewData(&detached, 1), 0);
+  EXPECT_EQ(detached.AlarmPreviewData(&m_source, 1), 0);
+  CZebFileInfo info = MakeInfo("alarm");
+  CZebFile target;
+  ASSERT_EQ(target.Open(&info, kZebFileWrite), 1);
+  WriteRun(target, {102, 1});
+  EXPECT_EQ(m_source.AlarmPreviewData(&target, 1), 0);  // more than one block already
+  EXPECT_EQ(target.AlarmPreviewData(&target, 1), 0);
+}
+
+}  // namespace

@@ -1,0 +1,236 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "platform/framework/error_report.h"
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/memory_file_system.h"
+#include "tests/support/recording_fixture.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+class ZebFileReader : public testing::Test {
+ protected:
+  int OpenBytes(const std::string& bytes) {
+    m_file.Close();
+    m_disk.Put("r.zebz", bytes);
+    m_info = CZebFileInfo();
+    m_info.SetFileName("r.zebz");
+    return m_file.Open(&m_info, kZebFileRead);
+  }
+  int OpenBlocks(const std::vector<int>& frames_of_blocks) {
+    return OpenBytes(RawRecording(frames_of_blocks));
+  }
+  // What a read yields: the frame's bytes with the place it was found at; "-" for the result 0.
+  std::string Read(int block = -1, int index = 0) {
+    if (m_file.ReadOneFrame(&m_frame, block, index) == 0) return "-";
+    return VideoOf(m_frame) + " at " + std::to_string(m_frame.GetBlockIndex()) + ":" +
+           std::to_string(m_frame.GetFrameIndex());
+  }
+  std::string Position() const {
+    int block = -7;
+    int index = -7;
+    const int result = m_file.GetFilePos(block, index);
+    return std::to_string(block) + ":" + std::to_string(index) + (result == 1 ? "" : " end");
+  }
+
+  MemoryFileSystem m_disk;
+  CZebFileInfo m_info;
+  CZebFile m_file;
+  CZebFrameData m_frame{64, 64, 64};
+};
+
+TEST_F(ZebFileReader, ReadsEveryFrameInOrderAndEnds) {
+  ASSERT_EQ(OpenBlocks({2, 0, 1, 0}), 1);
+  EXPECT_EQ(Position(), "0:0");
+  EXPECT_EQ(Read(), "picture 0 at 0:0");
+  EXPECT_EQ(Read(), "picture 1 at 0:1");
+  EXPECT_EQ(Position(), "0:2");
+  EXPECT_EQ(Read(), "picture 2 at 2:0");
+  EXPECT_EQ(Position(), "2:1 end");
+  EXPECT_EQ(Read(), "-");
+  EXPECT_EQ(Position(), "2:1 end");
+  EXPECT_EQ(Read(0, 1), "picture 1 at 0:1");
+  EXPECT_EQ(Read(), "picture 2 at 2:0");
+}
+
+TEST_F(ZebFileReader, RandomReadsFindFramesAndNextBlocks) {
+  ASSERT_EQ(OpenBlocks({3, 0, 2, 1, 0}), 1);
+  const struct {
+    int m_block;
+    int m_index;
+    const char* m_found;
+    const char* m_next;
+  } cases[] = {
+      {0, 0, "picture 0 at 0:0", "picture 1 at 0:1"},
+      {0, 2, "picture 2 at 0:2", "picture 3 at 2:0"},
+      {0, 500, "picture 3 at 2:0", "picture 4 at 2:1"},  // not 500 frames on
+      {1, 0, "picture 3 at 2:0", "picture 4 at 2:1"},
+      {2, 1, "picture 4 at 2:1", "picture 5 at 3:0"},
+      {3, 1, "-", "picture 1 at 0:1"},  // a read that fails does not move
+      {4, 0, "-", "picture 1 at 0:1"},
+      {5, 0, "-", "picture 1 at 0:1"},
+      {0, -1, "-", "picture 1 at 0:1"},
+  };
+  for (const auto& [block, index, found, next] : cases) {
+    SCOPED_TRACE(std::to_string(block) + ":" + std::to_string(index));
+    Read(0, 0);
+    EXPECT_EQ(Read(block, index), found);
+    EXPECT_EQ(Read(), next);
+  }
+}
+
+TEST_F(ZebFileReader, AnswersQuestionsAboutBlocks) {
+  ASSERT_EQ(OpenBlocks({120, 130, 0}), 1);
+  EXPECT_EQ(m_file.GetTotalBlock(), 3);
+  EXPECT_EQ(m_file.GetTotalFrame(), 250);
+  EXPECT_EQ(m_file.GetFrameIndex(2, 5), 255);
+  EXPECT_EQ(m_file.GetFrameIndex(0, 5), 5);
+  EXPECT_EQ(m_file.GetFrameIndexOfBlock(1), 120);
+  const struct {
+    int m_block;
+    int m_frames;
+    DWORD m_stamp;
+    DWORD m_time;
+  } cases[] = {{0, 120, 1000, 1000000000},
+               {1, 130, 5800, 1000000004},
+               {2, 0, 11000, 1000000010},
+               {3, 0, 0xFFFFFFFF, 0},
+               {-1, 0, 0xFFFFFFFF, 0}};
+  for (const auto& [block, frames, stamp, time] : cases) {
+    EXPECT_EQ(m_file.GetFrameNumOfBlock(block), frames);
+    EXPECT_EQ(m_file.GetBlockTimeStamp(block), stamp);
+    EXPECT_EQ(m_file.GetBlockTime(block).GetTime(), time);
+  }
+  m_file.Close();
+  EXPECT_EQ(m_file.GetTotalBlock() + m_file.GetTotalFrame() + m_file.GetFrameNumOfBlock(0), 0);
+  EXPECT_EQ(Position(), "0:0 end");
+  EXPECT_EQ(Read(0, 0), "-");
+}
+
+TEST_F(ZebFileReader, OpenHandsTheHeaderOverAndRefusesWhatHoldsNoFrames) {
+  const std::string whole = RawRecording({1, 0});
+  EXPECT_EQ(OpenBytes(whole), 1);
+  EXPECT_EQ(m_info.GetEndTime().GetTime(), 1000000060U);
+  EXPECT_EQ(m_info.GetLength(), whole.size());
+  EXPECT_EQ(m_info.GetWidth(), 320U);
+  EXPECT_EQ(m_file.Open(&m_info, kZebFileRead), 0);  // busy
+  EXPECT_EQ(m_file.Open(&m_info, kZebFileWrite), 0);
+  EXPECT_EQ(OpenBytes(RawRecording({0})), 0);
+  EXPECT_EQ(OpenBytes(RawRecording({0, 0})), 0);
+  EXPECT_EQ(OpenBytes(""), 0);
+  EXPECT_EQ(OpenBytes("x" + whole), 0);
+  EXPECT_EQ(m_file.Open(nullptr, kZebFileRead), 0);
+  CZebFileInfo missing = MakeInfo("missing");
+  EXPECT_EQ(m_file.Open(&missing, kZebFileRead), 0);
+  EXPECT_EQ(OpenBytes(whole), 1);  // none of that is held against the object
+}
+
+TEST_F(ZebFileReader, DamagedChainsEnd) {
+  const struct {
+    DWORD m_next;  // of the second of three blocks
+    int m_blocks;
+  } cases[] = {{52, 2}, {0, 2}, {110, 2}, {0xFFFFFFFE, 2}, {0xFFFFFFFF, 2}, {200, 3}};
+  const std::string whole = RawRecording({2, 2, 0});  // blocks at 52, 110 and 168
+  for (const auto& [next, blocks] : cases) {
+    std::string bytes = whole;
+    bytes.replace(110 + 4, 4, Little(next));
+    if (next == 200) bytes += std::string(60, '\0');
+    ASSERT_EQ(OpenBytes(bytes), 1);
+    EXPECT_EQ(m_file.GetTotalBlock(), blocks) << next;
+    for (int i = 0; i < 4; ++i) EXPECT_NE(Read(), "-");
+    EXPECT_EQ(Read(), "-");
+  }
+}
+
+TEST_F(ZebFileReader, BlocksCannotClaimMoreFramesThanTheyHaveRoomFor) {
+  std::string bytes = RawRecording({2, 2, 0});
+  bytes.replace(52 + 8, 2, "\xff\xff");
+  ASSERT_EQ(OpenBytes(bytes), 1);
+  EXPECT_LE(m_file.GetFrameNumOfBlock(0), 42 / 12);
+  // Counts that would overflow a frame's number.
+  bytes = RawRecording({1});
+  bytes.resize(52);
+  for (DWORD i = 0; i < 40000; ++i) {
+    const DWORD offset = 52 + 16 * i;
+    bytes += Little(0) + Little(offset + 16) + Little(0xFFFF) + Little(0);
+  }
+  ASSERT_EQ(OpenBytes(bytes), 1);
+  EXPECT_GE(m_file.GetFrameIndexOfBlock(40000), 0);
+  EXPECT_LE(m_file.GetTotalFrame(), 0xFFFF);
+}
+
+TEST_F(ZebFileReader, FramesThatCannotBeReadDoNotEndTheReading) {
+  ASSERT_EQ(OpenBlocks({1, 12, 0}), 1);
+  CZebFrameData small;
+  small.CreateBuffer(9, 1);  // "picture 9" fits, "picture 10" does not
+  for (int i = 0; i < 13; ++i) {
+    EXPECT_EQ(m_file.ReadOneFrame(&small, -1, 0), 1);
+    EXPECT_EQ(VideoOf(small), i < 10 ? NumberedVideo(i) : "");
+  }
+  EXPECT_EQ(m_file.ReadOneFrame(&small, -1, 0), 0);
+  EXPECT_EQ(m_file.ReadOneFrame(nullptr, -1, 0), 0);
+}
+
+TEST(ZebFileReaderOnDisk, ReadsARecordingThatIsBeingWritten) {
+  const TempDir directory;
+  const std::string path = directory.File("r.zebz");
+  CZebFileInfo info = MakeInfo(path);
+  CZebFile writer;
+  ASSERT_EQ(writer.Open(&info, kZebFileWrite), 1);
+  WriteRun(writer, {102, 1});
+  CZebFile early;
+  ASSERT_EQ(early.Open(&info, kZebFileRead), 1);
+  EXPECT_EQ(early.GetFileName(), path);
+  EXPECT_EQ(early.GetTotalBlock(), 2);
+  FrameRun more{100, 1};
+  more.m_first_number = 102;
+  WriteRun(writer, more);
+  writer.Close();
+  CZebFrameData frame;
+  int read = 0;
+  while (early.ReadOneFrame(&frame, -1, 0) == 1) EXPECT_EQ(VideoOf(frame), NumberedVideo(read++));
+  EXPECT_EQ(read, 101);
+  CZebFile late;
+  ASSERT_EQ(late.Open(&info, kZebFileRead), 1);
+  EXPECT_EQ(late.GetTotalFrame(), 202);
+}
+
+TEST(ZebFileReaderOnDisk, ReportsDiskErrorsAndGoesOnBehindThem) {
+  const TempDir directory;
+  const std::string path = directory.File("r.zebz");
+  WriteWholeFile(path, RawRecording({2, 1, 0}));
+  int reports = 0;
+  const ErrorSink before = SetErrorSink([&](const std::exception&) { ++reports; });
+  FaultyFileSystem disk;
+  int failed_opens = 0;
+  int failed_reads = 0;
+  for (std::uint64_t n = 1; disk.Failures() == n - 1; ++n) {
+    SCOPED_TRACE(n);
+    disk.FailCall(FaultyFileSystem::kAnyCall, n);
+    CZebFileInfo info = MakeInfo(path);
+    CZebFile file;
+    if (file.Open(&info, kZebFileRead) == 0) {
+      ++failed_opens;
+      disk.Heal();
+      ASSERT_EQ(file.Open(&info, kZebFileRead), 1);
+    }
+    CZebFrameData frame;
+    for (int i = 0; i < 3;) {
+      if (file.ReadOneFrame(&frame, -1, 0) == 0) {
+        ++failed_reads;
+        continue;
+      }
+      EXPECT_EQ(VideoOf(frame), NumberedVideo(i++));
+    }
+    EXPECT_EQ(file.ReadOneFrame(&frame, -1, 0), 0);
+    disk.Heal();
+  }
+  SetErrorSink(before);
+  EXPECT_GT(failed_opens, 4);
+  EXPECT_GE(failed_reads, 6);
+  EXPECT_EQ(reports, failed_opens - 1 + failed_reads);  // a file that does not open is no error
+}
+
+}  // namespace
