@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <array>
 
 #include "platform/framework/error_report.h"
 #include "tests/support/faulty_file_system.h"
@@ -88,18 +88,14 @@ TEST_F(ZebFileReader, AnswersQuestionsAboutBlocks) {
   EXPECT_EQ(m_file.GetFrameIndex(2, 5), 255);
   EXPECT_EQ(m_file.GetFrameIndex(0, 5), 5);
   EXPECT_EQ(m_file.GetFrameIndexOfBlock(1), 120);
-  const struct {
-    int m_block;
-    int m_frames;
-    DWORD m_stamp;
-    DWORD m_time;
-  } cases[] = {{0, 120, 1000, 1000000000},
-               {1, 130, 5800, 1000000004},
-               {2, 0, 11000, 1000000010},
-               {3, 0, 0xFFFFFFFF, 0},
-               {-1, 0, 0xFFFFFFFF, 0}};
-  for (const auto& [block, frames, stamp, time] : cases) {
-    EXPECT_EQ(m_file.GetFrameNumOfBlock(block), frames);
+  const std::array<DWORD, 4> cases[] = {{0, 120, 1000, 1000000000},
+                                        {1, 130, 5800, 1000000004},
+                                        {2, 0, 11000, 1000000010},
+                                        {3, 0, 0xFFFFFFFF, 0},
+                                        {0xFFFFFFFF, 0, 0xFFFFFFFF, 0}};
+  for (const auto& [number, frames, stamp, time] : cases) {
+    const int block = static_cast<int>(number);
+    EXPECT_EQ(m_file.GetFrameNumOfBlock(block), static_cast<int>(frames));
     EXPECT_EQ(m_file.GetBlockTimeStamp(block), stamp);
     EXPECT_EQ(m_file.GetBlockTime(block).GetTime(), time);
   }

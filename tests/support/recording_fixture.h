@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/framework/mem_file.h"
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
 
@@ -60,6 +61,27 @@ inline void FillFrame(CZebFrameData& frame, WORD type, DWORD time_stamp, std::st
   frame.SetSpeechData(bytes.data(), static_cast<DWORD>(bytes.size()));
 }
 
+// The buffer form of a frame or a header of `size` bytes, and reading one back, with the answer.
+template <typename Record>
+std::string BufferFormOf(const Record& record, DWORD size) {
+  std::string form(size, '\0');
+  auto* cursor = reinterpret_cast<BYTE*>(form.data());
+  form.resize(record.Write(cursor));
+  return form;
+}
+template <typename Record>
+DWORD ReadBufferForm(Record& record, std::string form) {
+  auto* cursor = reinterpret_cast<BYTE*>(form.data());
+  return record.Read(cursor, cursor + form.size());
+}
+
+inline void Put(CMemFile& file, const std::string& bytes) {
+  file.Write({reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
+}
+inline std::string BytesOf(const CMemFile& file) {
+  return {file.GetBytes().begin(), file.GetBytes().end()};
+}
+
 inline std::string VideoOf(const CZebFrameData& frame) {
   return {frame.GetVideoBuf(), frame.GetVideoBuf() + frame.GetVideoLength()};
 }
@@ -82,7 +104,7 @@ struct FrameRun {
   BYTE m_encoder_type = 0;
   int m_first_number = 0;
   DWORD m_first_stamp = 1000;
-  DWORD m_step_ms = 40;
+  DWORD m_step_ms = 1;
 };
 
 // The bytes of frame `number`; their count varies with it.
@@ -131,15 +153,10 @@ inline std::string RawRecording(const std::vector<int>& frames_of_blocks) {
 
 // What ParseRecording finds.
 struct ParsedRecording {
-  std::string m_fault;  // empty when every byte is where it belongs
-  std::vector<int> m_frames_of_blocks;
-  std::vector<DWORD> m_block_stamps;
+  std::string m_fault;   // empty when every byte is where it belongs
+  std::string m_header;  // begin time - end time, begin stamp, gmt, flags
+  std::string m_blocks;  // frames@stamp of every block
   std::vector<std::string> m_videos;
-  DWORD m_begin_time = 0;
-  DWORD m_end_time = 0;
-  DWORD m_begin_stamp = 0;
-  DWORD m_flags = 0;
-  DWORD m_gmt = 0;
 };
 
 // Walks over a finished recording and checks the header size, the chain in both directions, the
@@ -155,17 +172,15 @@ inline ParsedRecording ParseRecording(const std::string& bytes) {
     return value;
   };
   const auto fault = [&](const std::string& what, std::size_t offset) {
-    parsed.m_fault = what + " at " + std::to_string(offset);
+    parsed.m_blocks = parsed.m_fault = what + " at " + std::to_string(offset);
     return parsed;
   };
   std::size_t offset = 40;
   for (int text = 0; text < 3; ++text) offset += 4 + number(offset);
   if (bytes.substr(0, 4) != "XBEZ" || number(8) != offset) return fault("header size", 8);
-  parsed.m_flags = number(12);
-  parsed.m_begin_time = number(24);
-  parsed.m_end_time = number(28);
-  parsed.m_begin_stamp = number(32);
-  parsed.m_gmt = number(36);
+  parsed.m_header = std::to_string(number(24)) + "-" + std::to_string(number(28)) + ", stamp " +
+                    std::to_string(number(32)) + ", gmt " + std::to_string(number(36)) +
+                    ", flags " + std::to_string(number(12));
 
   DWORD previous = 0xFFFFFFFF;
   while (true) {
@@ -173,8 +188,8 @@ inline ParsedRecording ParseRecording(const std::string& bytes) {
     if (number(offset) != previous) return fault("previous block", offset);
     const DWORD next = number(offset + 4);
     const auto frames = static_cast<int>(number(offset + 8, 2));
-    parsed.m_frames_of_blocks.push_back(frames);
-    parsed.m_block_stamps.push_back(number(offset + 12));
+    parsed.m_blocks += (parsed.m_blocks.empty() ? "" : " ") + std::to_string(frames) + "@" +
+                       std::to_string(number(offset + 12));
     std::size_t at = offset + 16;
     for (int i = 0; i < frames; ++i) {
       const bool voiced = (number(at + 2, 2) & 0x8000) != 0;

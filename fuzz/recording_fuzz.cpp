@@ -1,0 +1,43 @@
+// Arbitrary bytes as a recording file and as the buffer forms of a header and a frame: whatever
+// they are, they are read, searched, clipped and copied within the memory they have.
+#include "platform/framework/error_report.h"
+#include "tests/support/memory_file_system.h"
+#include "tests/support/recording_exercise.h"
+
+namespace {
+
+void ReadBufferForms(std::span<const BYTE> input) {
+  // A heap copy of exactly the input's size, so that a read behind its end is seen.
+  std::vector<BYTE> bytes(input.begin(), input.end());
+  bytes.shrink_to_fit();
+  const BYTE* const end = bytes.data() + bytes.size();
+
+  CZebFrameData frame(16, 16, 256);
+  BYTE* cursor = bytes.data();
+  while (cursor != end && frame.Read(cursor, end) != 0) {
+    std::vector<BYTE> written(frame.GetSize());
+    BYTE* write_cursor = written.data();
+    frame.Write(write_cursor);
+  }
+  CZebFileInfo info;
+  cursor = bytes.data();
+  while (cursor != end && info.Read(cursor, end) != 0) {
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const BYTE* data, std::size_t size) {
+  static const bool silent = [] {
+    SetErrorSink([](const std::exception&) {});
+    return true;
+  }();
+  static_cast<void>(silent);
+
+  const std::span input(data, size);
+  ReadBufferForms(input);
+  MemoryFileSystem disk;
+  disk.Put("r", {reinterpret_cast<const char*>(data), size});
+  ExerciseRecording("r");
+  return 0;
+}
