@@ -79,15 +79,6 @@ TEST_F(ZebFileClip, RefusesWhatLeavesNothingToCopy) {
   EXPECT_EQ(m_source.ClipFile("none", 0, 2, 0), 0);
 }
 
-TEST_F(ZebFileClip, ReadingGoesOnWhereItWas) {
-  ASSERT_EQ(OpenBlocks({3, 3, 0}), 1);
-  CZebFrameData frame;
-  ASSERT_EQ(m_source.ReadOneFrame(&frame, 0, 1), 1);
-  ASSERT_EQ(m_source.ClipFile("clip", 1, 2, 0), 1);
-  ASSERT_EQ(m_source.ReadOneFrame(&frame, -1, 0), 1);
-  EXPECT_EQ(VideoOf(frame), NumberedVideo(2));
-}
-
 class AlarmPreview : public ZebFileClip {
  protected:
   // The numbers of the frames that land in the alarm file; empty when the answer is 0.

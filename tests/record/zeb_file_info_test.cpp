@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/framework/error_report.h"
-#include "tests/support/faulty_file_system.h"
 #include "tests/support/recording_fixture.h"
 #include "tests/support/temp_dir.h"
 
@@ -158,17 +156,6 @@ TEST(ZebFileInfo, CreateReadsTheHeaderOfAFile) {
   EXPECT_EQ(info.GetFileName(), path);
   EXPECT_EQ(info.GetLength(), kFileForm.size() + 6);
   EXPECT_EQ(info.GetCameraID().m_board, 1);
-
-  int reports = 0;
-  const ErrorSink before = SetErrorSink([&](const std::exception&) { ++reports; });
-  FaultyFileSystem disk;
-  disk.FailCall(FaultyFileSystem::kOpen, 1);
-  EXPECT_EQ(info.Create(path), 0);
-  EXPECT_EQ(reports, 0);
-  disk.FailCall(FaultyFileSystem::kRead, 1);
-  EXPECT_EQ(info.Create(path), 0);
-  EXPECT_EQ(reports, 1);
-  SetErrorSink(before);
 }
 
 }  // namespace
