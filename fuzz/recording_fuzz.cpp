@@ -3,6 +3,7 @@
 #include "platform/framework/error_report.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/recording_exercise.h"
+#include "tests/support/recording_fixture.h"
 
 namespace {
 
@@ -36,8 +37,12 @@ extern "C" int LLVMFuzzerTestOneInput(const BYTE* data, std::size_t size) {
 
   const std::span input(data, size);
   ReadBufferForms(input);
+  const std::string bytes(input.begin(), input.end());
   MemoryFileSystem disk;
-  disk.Put("r", {reinterpret_cast<const char*>(data), size});
+  disk.Put("r", bytes);
+  ExerciseRecording("r");
+  // Behind a good header, so that the chain is reached without guessing one.
+  disk.Put("r", RawRecording({}) + bytes);
   ExerciseRecording("r");
   return 0;
 }
