@@ -37,9 +37,10 @@ def is_allowed(symbol, names):
         symbol = symbol.split(" for ", 1)[1]
     if re.search(r"\bstd::|\b__gnu_cxx::|^operator ", symbol):
         return True
-    # The qualified name in front of the arguments, without its namespace os.
-    words = re.split(r"[(\[]", symbol)[0].removeprefix("os::").split("::")
-    return words[0].split()[-1] in names
+    # Of the qualified name in front of the arguments, any part: a class, one of its members, or a
+    # function in a namespace.
+    qualified_name = re.split(r"[(\[]", symbol)[0].split()[-1]
+    return any(part in names for part in qualified_name.split("::"))
 
 
 def main():

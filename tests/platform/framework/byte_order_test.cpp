@@ -26,7 +26,7 @@ TEST(ByteWriter, PutsValuesLittleEndianAndPacked) {
 
 TEST(ByteWriter, WritesNothingOfAValueThatDoesNotFitNorAnythingAfterIt) {
   std::array<BYTE, 4> bytes{};
-  ByteWriter writer(std::span(bytes).first(3));
+  ByteWriter writer(std::span<BYTE>(bytes).first(3));
   writer.Put(WORD{0xFFFF});
   writer.Put(DWORD{0xFFFFFFFF});
   writer.Put(BYTE{0xFF});  // would fit
@@ -44,7 +44,7 @@ TEST(ByteReader, TakesBackWhatWasPut) {
   writer.Put(LONGLONG{-1});
   writer.Put(std::numeric_limits<ULONGLONG>::max() - 1);
   writer.PutText("text");
-  ByteReader reader(std::span(bytes).first(writer.Written()));
+  ByteReader reader(std::span<const BYTE>(bytes).first(writer.Written()));
   EXPECT_EQ(reader.Get<std::int8_t>(), -2);
   EXPECT_EQ(reader.Get<std::int16_t>(), -300);
   EXPECT_EQ(reader.Get<LONG>(), std::numeric_limits<LONG>::min());
