@@ -1,4 +1,4 @@
-# Headers, library, tool, find_package(zebx) and pkg-config files.
+# Headers, library, find_package(zebx) and pkg-config files.
 include(CMakePackageConfigHelpers)
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/zebx)
@@ -24,9 +24,3 @@ foreach(folder IN ITEMS platform record capture)
           FILES_MATCHING PATTERN "*.h" PATTERN software EXCLUDE)
 endforeach()
 install(FILES zebx.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zebx)
-
-if(ZEBX_BUILD_TOOLS)
-  file(RELATIVE_PATH libraries_from_tool ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-  set_target_properties(zebtool PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_tool}")
-  install(TARGETS zebtool)
-endif()

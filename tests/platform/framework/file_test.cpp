@@ -48,10 +48,10 @@ std::optional<Cause> Thrown(Operation operation) {
 }
 
 // Write system calls of this process so far; nothing where the kernel does not count them.
-std::optional<unsigned long> WriteSystemCalls() {
+std::optional<ULONGLONG> WriteSystemCalls() {
   std::ifstream counters("/proc/self/io");
   std::string name;
-  unsigned long value = 0;
+  ULONGLONG value = 0;
   while (counters >> name >> value) {
     if (name == "syscw:") return value;
   }
@@ -60,7 +60,7 @@ std::optional<unsigned long> WriteSystemCalls() {
 
 class FileTest : public testing::Test {
  protected:
-  Cause CauseOfOpening(const std::string& path, UINT flags) {
+  static Cause CauseOfOpening(const std::string& path, UINT flags) {
     CFile file;
     CFileException error(Cause::kGeneric, 0, "");
     EXPECT_EQ(file.Open(path, flags, &error), 0) << path;
@@ -144,7 +144,7 @@ TEST_F(FileTest, ResumesAShortWriteAndKeepsItsPositionWhenTheDiskIsFull) {
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
   const auto cause = Thrown([&] { file.WritePieces({Bytes("0123"), Bytes("4567")}); });
   setrlimit(RLIMIT_FSIZE, &limit);
-  std::signal(SIGXFSZ, old_handler);
+  EXPECT_EQ(std::signal(SIGXFSZ, old_handler), SIG_IGN);
 
   EXPECT_EQ(cause, Cause::kDiskFull);
   EXPECT_EQ(file.GetPosition(), 2U);
