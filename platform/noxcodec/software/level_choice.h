@@ -18,6 +18,7 @@ struct BlockContext {
 struct LevelChoice {
   bool coded;         // false: all levels are 0
   std::int64_t cost;  // RateDistortion::Of the whole block, its coded flag included
+  int squared_error;  // of the block without any levels
 };
 
 // Finds the levels with the least sum of bits and squared error: a shortest path through the block,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -15,22 +16,6 @@ namespace {
 
 constexpr std::array kIntraModes = {IntraMode::kMean, IntraMode::kDown, IntraMode::kAcross,
                                     IntraMode::kGradient};
-
-// Intra coding is not tried where the best so far costs less than any intra macroblock would.
-constexpr int kLeastIntraCost = 40 * kCostOfOneBit;
-
-int SquaredDifference(const BYTE* a, int a_stride, const BYTE* b, int b_stride) {
-  int sum = 0;
-  for (int y = 0; y < kBlockSize; ++y) {
-    for (int x = 0; x < kBlockSize; ++x) {
-      const int difference = a[x] - b[x];
-      sum += difference * difference;
-    }
-    a += a_stride;
-    b += b_stride;
-  }
-  return sum;
-}
 
 // Where a block lies inside the pixels of its own macroblock.
 BlockPlace PlaceInMacroblock(int block) {
@@ -62,7 +47,7 @@ Macroblock& MacroblockEncoder::Encode(int column, int row) {
     TryIntra(site);
   } else if (!TrySkipped(site)) {
     TryInter(site);
-    if (m_best.cost > m_rate.OfCost(kLeastIntraCost)) TryIntra(site);
+    if (IsIntraWorthTrying(site)) TryIntra(site);
   }
   if (m_best.macroblock.kind != MacroblockKind::kIntra) {
     StoreMacroblock(m_best.pixels, column, row, m_target);
@@ -72,25 +57,43 @@ Macroblock& MacroblockEncoder::Encode(int column, int row) {
 }
 
 // Takes the unchanged macroblock of the picture before as the best so far. True when no other can
-// be much better: what it lacks would not survive quantising anyway.
+// be much better, because what it lacks would not survive quantising.
 bool MacroblockEncoder::TrySkipped(const Site& site) {
   static_cast<MacroblockInfo&>(m_best.macroblock) = {};
   PredictInter(m_reference, site.column, site.row, {}, m_best.pixels);
-  const int tolerated = QuantiserStep(m_quantiser) * QuantiserStep(m_quantiser);
-  bool close = true;
-  std::int64_t squared_error = 0;
+  m_best.squared_error = 0;
+  int largest = 0;
+  for (int block = 0; block < kBlocks; ++block) {
+    const BlockPlace inside = PlaceOf(block, 0, 0);
+    const PlaneView pixels = m_best.pixels.Plane(inside.plane);
+    Coefficients coefficients;
+    TransformDifference(site, block, pixels.Row(inside.y) + inside.x, pixels.stride, coefficients);
+    for (const std::int16_t coefficient : coefficients) {
+      m_best.squared_error += coefficient * coefficient;
+      largest = std::max(largest, std::abs(int{coefficient}));
+    }
+  }
+  m_best.cost = m_rate.Of(m_best.squared_error, 0) + CostOfKind(site, m_best.macroblock);
+  return largest < 5 * QuantiserStep(m_quantiser) / 4;
+}
+
+// Whether the picture before predicts the macroblock hardly better than its own mean would.
+bool MacroblockEncoder::IsIntraWorthTrying(const Site& site) const {
+  int activity = 0;
   for (int block = 0; block < kBlocks; ++block) {
     const BlockPlace place = PlaceOf(block, site.column, site.row);
-    const BlockPlace inside = PlaceInMacroblock(block);
     const PlaneView source = m_source.Plane(place.plane);
-    const PlaneView pixels = m_best.pixels.Plane(place.plane);
-    const int error = SquaredDifference(source.Row(place.y) + place.x, source.stride,
-                                        pixels.Row(inside.y) + inside.x, pixels.stride);
-    close = close && error < tolerated;
-    squared_error += error;
+    int sum = 0, sum_of_squares = 0;
+    for (int y = 0; y < kBlockSize; ++y) {
+      const BYTE* const row = source.Row(place.y + y) + place.x;
+      for (int x = 0; x < kBlockSize; ++x) {
+        sum += row[x];
+        sum_of_squares += row[x] * row[x];
+      }
+    }
+    activity += sum_of_squares - sum * sum / kBlockPixels;
   }
-  m_best.cost = m_rate.Of(squared_error, 0) + CostOfKind(site, m_best.macroblock);
-  return close;
+  return m_best.squared_error > activity;
 }
 
 void MacroblockEncoder::TryInter(const Site& site) {
@@ -102,13 +105,15 @@ void MacroblockEncoder::TryInter(const Site& site) {
   BitCounter counter;
   CodeMotion(counter, m_model.motion, site.predicted_motion, macroblock.motion);
   m_trial.cost = CostOfKind(site, macroblock) + m_rate.OfCost(counter.Cost());
+  m_trial.squared_error = 0;
   for (int block = 0; block < kBlocks; ++block) {
-    const BlockPlace inside = PlaceInMacroblock(block);
+    const BlockPlace inside = PlaceOf(block, 0, 0);
     const MutablePlaneView plane = m_trial.pixels.Plane(inside.plane);
     BYTE* const pixels = plane.Row(inside.y) + inside.x;
     Coefficients& levels = macroblock.levels[static_cast<std::size_t>(block)];
     const LevelChoice choice = EncodeBlock(site, block, pixels, plane.stride, levels);
     m_trial.cost += choice.cost;
+    m_trial.squared_error += choice.squared_error;
     if (choice.coded) {
       macroblock.MarkCoded(block);
       AddResidual(levels, m_quantiser, pixels, plane.stride);
@@ -167,22 +172,26 @@ std::int64_t MacroblockEncoder::EncodeIntra(const Site& site, int first, int cou
   return best_cost;
 }
 
-// Chooses the levels of a block of the macroblock on trial that was predicted as `predicted`.
-LevelChoice MacroblockEncoder::EncodeBlock(const Site& site, int block, const BYTE* predicted,
-                                           int stride, Coefficients& levels) const {
+// Transforms what a prediction of a block lacks.
+void MacroblockEncoder::TransformDifference(const Site& site, int block, const BYTE* predicted,
+                                            int stride, Coefficients& coefficients) const {
   const BlockPlace place = PlaceOf(block, site.column, site.row);
   const PlaneView source = m_source.Plane(place.plane);
-  alignas(16) Coefficients residuals;
+  Coefficients residuals;
   for (int y = 0; y < kBlockSize; ++y) {
     const BYTE* const wanted = source.Row(place.y + y) + place.x;
     const BYTE* const row = predicted + static_cast<std::ptrdiff_t>(y) * stride;
-    for (int x = 0; x < kBlockSize; ++x) {
-      residuals[static_cast<std::size_t>(y * kBlockSize + x)] =
-          static_cast<std::int16_t>(wanted[x] - row[x]);
-    }
+    std::int16_t* const out = residuals.data() + y * kBlockSize;
+    for (int x = 0; x < kBlockSize; ++x) out[x] = static_cast<std::int16_t>(wanted[x] - row[x]);
   }
-  alignas(16) Coefficients coefficients;
   ForwardTransform(residuals, coefficients);
+}
+
+// Chooses the levels of a block of the macroblock on trial that was predicted as `predicted`.
+LevelChoice MacroblockEncoder::EncodeBlock(const Site& site, int block, const BYTE* predicted,
+                                           int stride, Coefficients& levels) const {
+  Coefficients coefficients;
+  TransformDifference(site, block, predicted, stride, coefficients);
   const Macroblock& macroblock = m_trial.macroblock;
   const auto block_class = static_cast<std::size_t>(ClassOf(macroblock.kind, block));
   const BlockContext context{m_model.blocks[block_class], m_model.escape,

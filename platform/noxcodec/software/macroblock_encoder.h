@@ -26,6 +26,7 @@ class MacroblockEncoder {
     Macroblock macroblock;
     MacroblockPixels pixels;
     std::int64_t cost;
+    int squared_error;  // before levels are added
   };
   struct Site {
     int column, row;
@@ -35,9 +36,12 @@ class MacroblockEncoder {
 
   bool TrySkipped(const Site& site);
   void TryInter(const Site& site);
+  bool IsIntraWorthTrying(const Site& site) const;
   void TryIntra(const Site& site);
   std::int64_t EncodeIntra(const Site& site, int first, int count, const IntraModeModel& model,
                            IntraMode& chosen);
+  void TransformDifference(const Site& site, int block, const BYTE* predicted, int stride,
+                           Coefficients& coefficients) const;
   LevelChoice EncodeBlock(const Site& site, int block, const BYTE* predicted, int stride,
                           Coefficients& levels) const;
   std::int64_t CostOfKind(const Site& site, MacroblockInfo& macroblock) const;

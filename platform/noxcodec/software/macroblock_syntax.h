@@ -38,8 +38,8 @@ inline constexpr int kMaxLevel = 2047;
 
 struct BlockModel {
   std::array<std::array<Probability, kHistories>, kBands> ends;
-  std::array<std::array<Probability, kHistories>, kBands> zeros;
-  std::array<std::array<Probability, kHistories>, kBands> ones;
+  std::array<std::array<Probability, kHistories>, kBands> nonzeros;
+  std::array<std::array<Probability, kHistories>, kBands> large;
   std::array<std::array<Probability, kUnaryLevels>, 2> larger;
 };
 
@@ -49,7 +49,7 @@ struct NumberModel {
 };
 
 struct MotionModel {
-  Probability zero;
+  Probability nonzero;
   NumberModel magnitude;
 };
 
@@ -88,7 +88,7 @@ int CodeNumber(Coder& coder, Model& model, int value) {
 template <class Coder, class Model, class Escape>
 int CodeMagnitude(Coder& coder, Model& model, Escape& escape, std::size_t band, std::size_t history,
                   int magnitude) {
-  if (!coder.Bit(model.ones[band][history], magnitude > 1)) return 1;
+  if (!coder.Bit(model.large[band][history], magnitude > 1)) return 1;
   auto& larger = model.larger[history == 2 ? 1 : 0];
   for (int step = 0; step < kUnaryLevels; ++step) {
     if (!coder.Bit(larger[static_cast<std::size_t>(step)], magnitude > step + 2)) return step + 2;
@@ -109,7 +109,7 @@ void CodeBlock(Coder& coder, Model& model, Escape& escape, Coefficients& levels)
   for (int scan = 0; scan < kBlockPixels && !ended; ++scan) {
     std::int16_t& level = levels[kZigzag[static_cast<std::size_t>(scan)]];
     const std::size_t band = kBandOf[static_cast<std::size_t>(scan)];
-    if (!coder.Bit(model.zeros[band][history], level != 0)) {
+    if (!coder.Bit(model.nonzeros[band][history], level != 0)) {
       history = 0;
       continue;
     }
@@ -123,7 +123,7 @@ void CodeBlock(Coder& coder, Model& model, Escape& escape, Coefficients& levels)
 
 template <class Coder, class Model>
 int CodeMotionDifference(Coder& coder, Model& model, int difference) {
-  if (!coder.Bit(model.zero, difference != 0)) return 0;
+  if (!coder.Bit(model.nonzero, difference != 0)) return 0;
   const bool negative = coder.EvenBit(difference < 0);
   const int magnitude = 1 + CodeNumber(coder, model.magnitude, std::abs(difference) - 1);
   return negative ? -magnitude : magnitude;

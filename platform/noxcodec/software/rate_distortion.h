@@ -26,8 +26,8 @@ class RateDistortion {
   }
 
  private:
-  static constexpr std::int64_t kSquaredErrorPerBit = 218;
-  static constexpr std::int64_t kDifferencePerBit = 236;
+  static constexpr std::int64_t kSquaredErrorPerBit = 180;
+  static constexpr std::int64_t kDifferencePerBit = 215;
 
   std::int64_t m_squared_error_per_bit;
   std::int64_t m_difference_per_bit;

@@ -17,7 +17,7 @@ inline constexpr int kMaxCodedSize = 4096;
 // The quantiser sets the coarseness: coefficients are coded in steps of about twice its value.
 inline constexpr int kMinQuantiser = 1;
 inline constexpr int kMaxQuantiser = 31;
-inline constexpr int kDefaultQuantiserI = 8;
+inline constexpr int kDefaultQuantiserI = 6;
 inline constexpr int kDefaultQuantiserP = 8;
 
 struct VideoEncoderSettings {
