@@ -17,11 +17,6 @@ namespace {
 constexpr std::array kIntraModes = {IntraMode::kMean, IntraMode::kDown, IntraMode::kAcross,
                                     IntraMode::kGradient};
 
-// Where a block lies inside the pixels of its own macroblock.
-BlockPlace PlaceInMacroblock(int block) {
-  return PlaceOf(block, 0, 0);
-}
-
 }  // namespace
 
 MacroblockEncoder::MacroblockEncoder(FrameKind frame, int quantiser, const Picture& source,

@@ -1,0 +1,52 @@
+// Pictures to encode and measures of what comes back.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+#include "platform/noxcodec/software/picture.h"
+#include "platform/noxcodec/software/video_encoder.h"
+#include "platform/zebdev/software/street_scene.h"
+
+// The first `count` pictures of the generated street.
+inline std::vector<noxcodec::Picture> StreetPictures(int width, int height, int count) {
+  const zebdev::StreetScene scene(width, height);
+  std::vector<noxcodec::Picture> pictures(static_cast<std::size_t>(count));
+  for (DWORD i = 0; i < pictures.size(); ++i) scene.Render(i, pictures[i]);
+  return pictures;
+}
+
+using PacketBytes = std::vector<BYTE>;
+
+inline std::vector<PacketBytes> EncodeAll(const noxcodec::VideoEncoderSettings& settings,
+                                          const std::vector<noxcodec::Picture>& pictures) {
+  noxcodec::VideoEncoder encoder(settings);
+  std::vector<PacketBytes> packets;
+  for (const noxcodec::Picture& picture : pictures) {
+    const auto data = encoder.Encode(picture.View()).data;
+    packets.emplace_back(data.begin(), data.end());
+  }
+  return packets;
+}
+
+inline double SquaredError(const noxcodec::PlaneView& a, const noxcodec::PlaneView& b) {
+  double sum = 0;
+  for (int y = 0; y < a.height; ++y) {
+    for (int x = 0; x < a.width; ++x) {
+      const int difference = a.Row(y)[x] - b.Row(y)[x];
+      sum += difference * difference;
+    }
+  }
+  return sum;
+}
+
+// Peak signal to noise ratio in dB; 99 for equal planes.
+inline double Psnr(const noxcodec::PlaneView& a, const noxcodec::PlaneView& b) {
+  const double mean = SquaredError(a, b) / a.width / a.height;
+  return mean > 0 ? 10 * std::log10(255.0 * 255.0 / mean) : 99;
+}
+
+inline double LumaPsnr(const noxcodec::PictureView& a, const noxcodec::PictureView& b) {
+  return Psnr(a.planes[noxcodec::kLuma], b.planes[noxcodec::kLuma]);
+}

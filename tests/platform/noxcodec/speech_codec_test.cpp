@@ -1,0 +1,141 @@
+// Speech packets: their bytes, how close the samples come back, and bad packets.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "platform/noxcodec/noxcodec.h"
+#include "platform/noxcodec/software/speech_encoder.h"
+
+namespace {
+
+using Samples = std::vector<std::int16_t>;
+
+// A tone rich in harmonics around a moving resonance, with pauses and a little hiss: much like a
+// voice.
+Samples Voice(std::size_t count) {
+  constexpr int kHarmonics = 18;
+  Samples samples(count);
+  double phase = 0;
+  DWORD hiss = 1;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double time = static_cast<double>(i) / 8000;
+    phase += 2 * std::numbers::pi * (120 + 25 * std::sin(3 * time)) / 8000;
+    const double resonance = 5 + 3 * std::sin(5 * time);
+    double value = 0;
+    for (int harmonic = 1; harmonic <= kHarmonics; ++harmonic) {
+      value += std::sin(harmonic * phase) / (1 + std::abs(harmonic - resonance));
+    }
+    hiss = hiss * 1664525 + 1013904223;
+    value *= 4000 * std::max(0.0, std::sin(7 * time));
+    samples[i] = static_cast<std::int16_t>(value + static_cast<double>(hiss >> 24) / 8);
+  }
+  return samples;
+}
+
+class SpeechCodec : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(nxcCreateAudioDecoder(&m_decoder, 0), 0); }
+  void TearDown() override { nxcDestroyHandle(m_decoder); }
+
+  Samples Decode(std::span<const BYTE> packet) {
+    DWORD count = 0;
+    const auto length = static_cast<DWORD>(packet.size());
+    EXPECT_EQ(nxcDecodeAudio(m_decoder, nullptr, length, nullptr, &count), 0);
+    Samples samples(count);
+    DWORD decoded = 0;
+    EXPECT_EQ(nxcDecodeAudio(m_decoder, packet.data(), length, samples.data(), &decoded), 0);
+    EXPECT_EQ(decoded, count);
+    return samples;
+  }
+
+  NxcHandle m_decoder = nullptr;
+  noxcodec::SpeechEncoder m_encoder;
+};
+
+double SignalToNoise(const Samples& wanted, const Samples& got) {
+  double signal = 0, noise = 1;
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    signal += double{1} * wanted[i] * wanted[i];
+    noise += std::pow(wanted[i] - got[i], 2);
+  }
+  return 10 * std::log10(signal / noise);
+}
+
+TEST_F(SpeechCodec, KeepsItsBytesAndSamples) {
+  const Samples samples = {0, 40, 300, 900, 1500, 1300, 200, -1100, -1900, -1500, -300, 600};
+  const auto packet = m_encoder.Encode(samples);
+  const std::vector<BYTE> golden = {0x18, 0x5C, 0x8A, 0x54, 0xB3, 0xDD, 0xAD, 0x31, 0xBB,
+                                    0xA3, 0x83, 0x38, 0x77, 0x47, 0x1B, 0x51, 0x8D};
+  EXPECT_EQ(std::vector<BYTE>(packet.begin(), packet.end()), golden);
+  EXPECT_EQ(Decode(golden),
+            (Samples{-8, 43, 174, 415, 883, 1344, 204, -1146, -1943, -1502, -334, 637}));
+}
+
+TEST_F(SpeechCodec, KeepsAVoiceCloseInPacketsOfAnyLength) {
+  const Samples voice = Voice(8000);
+  for (const std::size_t length : {160U, 320U, 800U, 4000U}) {
+    Samples decoded;
+    for (std::size_t at = 0; at < voice.size(); at += length) {
+      const Samples part = Decode(m_encoder.Encode(std::span(voice).subspan(at, length)));
+      decoded.insert(decoded.end(), part.begin(), part.end());
+    }
+    EXPECT_GT(SignalToNoise(voice, decoded), 22) << length;
+  }
+}
+
+TEST_F(SpeechCodec, FollowsTheLoudestSignals) {
+  Samples clipped(800);
+  for (std::size_t i = 0; i < clipped.size(); ++i) {
+    const double value = 50000 * std::sin(static_cast<double>(i) / 9);
+    clipped[i] = static_cast<std::int16_t>(std::clamp(value, -32768.0, 32767.0));
+  }
+  EXPECT_GT(SignalToNoise(clipped, Decode(m_encoder.Encode(clipped))), 20);
+}
+
+TEST_F(SpeechCodec, PacketIsAHeaderAndAByteForTwoSamples) {
+  EXPECT_EQ(Decode(m_encoder.Encode(Samples{})).size(), 0U);
+  const auto even = m_encoder.Encode(Voice(100)).size();
+  EXPECT_EQ(even, 11U + 50U);
+  EXPECT_EQ(m_encoder.Encode(Voice(99)).size(), even) << "an odd count is made even";
+}
+
+TEST_F(SpeechCodec, TellsTheSampleCountFromTheLengthAlone) {
+  DWORD samples = 77;
+  EXPECT_EQ(nxcDecodeAudio(m_decoder, nullptr, 11, nullptr, &samples), 0);
+  EXPECT_EQ(samples, 0U);
+  EXPECT_EQ(nxcDecodeAudio(m_decoder, nullptr, 411, nullptr, &samples), 0);
+  EXPECT_EQ(samples, 800U);
+}
+
+TEST_F(SpeechCodec, BadPacketIsAnErrorThatWritesNothing) {
+  std::vector<BYTE> packet(31, 0x55);
+  Samples pcm(40, 123);
+  DWORD samples = 5;
+  packet[0] = 89;
+  EXPECT_NE(nxcDecodeAudio(m_decoder, packet.data(), 31, pcm.data(), &samples), 0) << "step";
+  packet[0] = 0;
+  EXPECT_NE(nxcDecodeAudio(m_decoder, packet.data(), 10, pcm.data(), &samples), 0) << "short";
+  EXPECT_NE(nxcDecodeAudio(m_decoder, nullptr, 10, nullptr, &samples), 0) << "short";
+  EXPECT_NE(nxcDecodeAudio(m_decoder, nullptr, 31, pcm.data(), &samples), 0);
+  EXPECT_NE(nxcDecodeAudio(m_decoder, packet.data(), 31, pcm.data(), nullptr), 0);
+  EXPECT_NE(nxcDecodeAudio(nullptr, packet.data(), 31, pcm.data(), &samples), 0);
+  EXPECT_EQ(samples, 5U);
+  EXPECT_EQ(pcm, Samples(40, 123));
+}
+
+// Predictors at the edge of stability and codes that only grow must stay within bounds.
+TEST_F(SpeechCodec, DecodesAnyCodesAndPredictors) {
+  for (int reflection = 0; reflection < 256; ++reflection) {
+    for (const BYTE codes : {BYTE{0x77}, BYTE{0xF7}, BYTE{0x00}}) {
+      std::vector<BYTE> packet(600, codes);
+      packet[0] = 88;
+      std::fill_n(packet.begin() + 1, 10, static_cast<BYTE>(reflection));
+      EXPECT_EQ(Decode(packet).size(), 1178U);
+    }
+  }
+}
+
+}  // namespace

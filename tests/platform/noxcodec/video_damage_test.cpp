@@ -1,0 +1,137 @@
+// What the video decoder does with packets that are damaged, missing or out of order.
+#include <gtest/gtest.h>
+
+#include "platform/framework/byte_order.h"
+#include "platform/noxcodec/software/crc32.h"
+#include "platform/noxcodec/software/video_decoder.h"
+#include "tests/platform/noxcodec/picture_measures.h"
+
+namespace noxcodec {
+namespace {
+
+constexpr int kWidth = 48;
+constexpr int kHeight = 32;
+
+// An I-frame, three frames that follow it, and the next I-frame.
+class VideoDamage : public testing::Test {
+ protected:
+  bool Decode(std::size_t index) {
+    return m_decoder.Decode(m_packets[index],
+                            index % 4 == 0 ? FrameKind::kIntra : FrameKind::kPredicted);
+  }
+
+  Picture Shown() const {
+    Picture copy = m_decoder.LastCodedPicture();
+    return copy;
+  }
+
+  void ExpectStillShown(const Picture& picture) const {
+    EXPECT_EQ(LumaPsnr(m_decoder.LastCodedPicture().View(), picture.View()), 99);
+  }
+
+  // Replaces the checksum so that a changed packet is taken for whole.
+  static PacketBytes Resealed(PacketBytes packet) {
+    const DWORD checksum = Crc32(std::span<const BYTE>(packet).subspan(sizeof(DWORD)));
+    ByteWriter(packet).Put(checksum);
+    return packet;
+  }
+
+  const std::vector<PacketBytes> m_packets = EncodeAll(
+      {.width = kWidth, .height = kHeight, .gop_length = 4}, StreetPictures(kWidth, kHeight, 5));
+  VideoDecoder m_decoder;
+};
+
+TEST_F(VideoDamage, FlippedBitAnywhereIsAnErrorThatKeepsTheLastPicture) {
+  ASSERT_TRUE(Decode(0));
+  const Picture before = Shown();
+  for (std::size_t i = 0; i < m_packets[1].size(); ++i) {
+    for (int bit = 0; bit < 8; ++bit) {
+      PacketBytes damaged = m_packets[1];
+      damaged[i] = static_cast<BYTE>(damaged[i] ^ (1 << bit));
+      ASSERT_FALSE(m_decoder.Decode(damaged, FrameKind::kPredicted)) << i;
+    }
+  }
+  ExpectStillShown(before);
+  EXPECT_TRUE(Decode(1));
+}
+
+TEST_F(VideoDamage, CutOrLengthenedPacketIsAnError) {
+  for (std::size_t size = 0; size < m_packets[0].size(); ++size) {
+    ASSERT_FALSE(m_decoder.Decode(std::span(m_packets[0]).first(size), FrameKind::kIntra)) << size;
+  }
+  PacketBytes longer = m_packets[0];
+  longer.push_back(0);
+  EXPECT_FALSE(m_decoder.Decode(longer, FrameKind::kIntra));
+  EXPECT_FALSE(m_decoder.HasPicture());
+}
+
+// The checksum may be right and the rest wrong: no byte of the packet may be trusted.
+TEST_F(VideoDamage, AnyBytesWithTheRightChecksumDecodeOrFailCleanly) {
+  for (const std::size_t index : {std::size_t{0}, std::size_t{1}}) {
+    for (std::size_t i = 0; i < m_packets[index].size(); ++i) {
+      for (const int value : {0x00, 0x7F, 0xFF}) {
+        ASSERT_TRUE(Decode(0));
+        PacketBytes changed = m_packets[index];
+        changed[i] = static_cast<BYTE>(value);
+        m_decoder.Decode(Resealed(changed), index == 0 ? FrameKind::kIntra : FrameKind::kPredicted);
+        ASSERT_TRUE(m_decoder.HasPicture());
+      }
+    }
+  }
+}
+
+TEST_F(VideoDamage, ContentThatEndsTooEarlyIsAnErrorThatKeepsTheLastPicture) {
+  ASSERT_TRUE(Decode(0));
+  const Picture before = Shown();
+  PacketBytes cut = m_packets[4];
+  cut.resize(cut.size() / 3);
+  EXPECT_FALSE(m_decoder.Decode(Resealed(cut), FrameKind::kIntra));
+  ExpectStillShown(before);
+  EXPECT_TRUE(Decode(1));
+}
+
+TEST_F(VideoDamage, NothingDecodesBeforeTheFirstIFrame) {
+  EXPECT_FALSE(Decode(1));
+  EXPECT_FALSE(Decode(2));
+  EXPECT_FALSE(m_decoder.HasPicture());
+  EXPECT_TRUE(Decode(0));
+}
+
+TEST_F(VideoDamage, AfterALostFrameNothingDecodesUntilTheNextIFrame) {
+  ASSERT_TRUE(Decode(0));
+  const Picture before = Shown();
+  EXPECT_FALSE(Decode(2));
+  EXPECT_FALSE(Decode(3));
+  ExpectStillShown(before);
+  EXPECT_TRUE(Decode(4));
+}
+
+TEST_F(VideoDamage, FrameDecodesOnlyOnceAndOnlyAfterItsOwnReference) {
+  ASSERT_TRUE(Decode(0));
+  ASSERT_TRUE(Decode(1));
+  EXPECT_FALSE(Decode(1));
+  EXPECT_TRUE(Decode(2));
+  ASSERT_TRUE(Decode(4));
+  EXPECT_FALSE(Decode(1)) << "its I-frame was another one";
+}
+
+TEST_F(VideoDamage, AnnouncedKindMustBeThePacketsOwn) {
+  EXPECT_FALSE(m_decoder.Decode(m_packets[0], FrameKind::kPredicted));
+  ASSERT_TRUE(Decode(0));
+  EXPECT_FALSE(m_decoder.Decode(m_packets[1], FrameKind::kIntra));
+  EXPECT_TRUE(Decode(1));
+}
+
+TEST_F(VideoDamage, StreamMayGoOnInAnotherSize) {
+  ASSERT_TRUE(Decode(0));
+  const auto larger = EncodeAll({.width = 80, .height = 64}, StreetPictures(80, 64, 2));
+  ASSERT_TRUE(m_decoder.Decode(larger[0], FrameKind::kIntra));
+  ASSERT_TRUE(m_decoder.Decode(larger[1], FrameKind::kPredicted));
+  EXPECT_EQ(m_decoder.LastPicture().Width(), 80);
+  EXPECT_FALSE(Decode(1));
+  EXPECT_TRUE(Decode(4));
+  EXPECT_EQ(m_decoder.LastPicture().Height(), kHeight);
+}
+
+}  // namespace
+}  // namespace noxcodec

@@ -1,0 +1,57 @@
+#include "platform/zebdev/software/street_scene.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/platform/noxcodec/picture_measures.h"
+
+namespace zebdev {
+namespace {
+
+using noxcodec::kLuma;
+using noxcodec::Picture;
+
+TEST(StreetScene, SameFrameOfTheSameSizeIsTheSamePicture) {
+  const StreetScene scene(176, 144), twin(176, 144);
+  Picture first, second(16, 16);
+  scene.Render(1234567, first);
+  twin.Render(7, second);
+  twin.Render(1234567, second);
+  for (int plane = 0; plane < noxcodec::kPlaneCount; ++plane) {
+    EXPECT_EQ(SquaredError(first.Plane(plane), second.Plane(plane)), 0);
+  }
+}
+
+// Figures move in some places while most of the street shows nothing but noise.
+TEST(StreetScene, FiguresMoveBeforeAStillStreet) {
+  constexpr int kColumns = 11, kRows = 9;
+  const StreetScene scene(16 * kColumns, 16 * kRows);
+  Picture before, after;
+  scene.Render(100, before);
+  scene.Render(112, after);
+  int moving = 0, still = 0;
+  for (int row = 0; row < kRows; ++row) {
+    for (int column = 0; column < kColumns; ++column) {
+      const auto tile = [&](const Picture& picture) {
+        const auto plane = picture.Plane(kLuma);
+        return noxcodec::PlaneView{plane.Row(16 * row) + 16 * column, 16, 16, plane.stride};
+      };
+      const double psnr = Psnr(tile(before), tile(after));
+      moving += psnr < 25;
+      still += psnr > 38;
+    }
+  }
+  EXPECT_GE(moving, 5);
+  EXPECT_GE(still, kColumns * kRows / 2);
+}
+
+TEST(StreetScene, DrawsInEverySize) {
+  for (const auto& [width, height] : {std::pair{1, 1}, {17, 16}, {720, 288}}) {
+    Picture picture;
+    StreetScene(width, height).Render(0xFFFFFFFF, picture);
+    EXPECT_EQ(picture.Width(), width);
+    EXPECT_EQ(picture.Height(), height);
+  }
+}
+
+}  // namespace
+}  // namespace zebdev
