@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "tools/zebtool/frame_signs.h"
+
 namespace zebtool {
 
 FrameRecovery::FrameRecovery(RecordingBytes& bytes, ULONGLONG offset, bool at_block,
@@ -57,6 +59,7 @@ std::optional<RecoveredFrame> FrameRecovery::TakeTrustedFrame() {
   --m_trusted_frames;
   const RecoveredFrame frame{m_position, *header};
   m_position += header->TotalBytes();
+  m_last_stamp = header->m_time_stamp;
   return frame;
 }
 
@@ -67,6 +70,10 @@ std::optional<RecoveredFrame> FrameRecovery::TakeFrameBySigns() {
     return std::nullopt;
   }
   const ULONGLONG end = m_position + header->TotalBytes();
+  if (IsOutOfTime(header->m_time_stamp, end)) {
+    SkipTo(m_bytes.FindSync(m_position + 1, m_limit));
+    return std::nullopt;
+  }
   if (!SomethingBegins(end)) {
     // Either what follows is damaged or this frame's length is: whichever lies before the place
     // where the file makes sense again.
@@ -79,7 +86,16 @@ std::optional<RecoveredFrame> FrameRecovery::TakeFrameBySigns() {
   }
   const RecoveredFrame frame{m_position, *header};
   m_position = end;
+  m_last_stamp = header->m_time_stamp;
   return frame;
+}
+
+// A stamp that fits neither the frame before nor the one behind is damage; with the one behind it
+// is a gap in the recording.
+bool FrameRecovery::IsOutOfTime(DWORD time_stamp, ULONGLONG end) {
+  if (!m_last_stamp || StampsFit(*m_last_stamp, time_stamp)) return false;
+  const auto next = m_bytes.FrameAt(end);
+  return !next || !StampsFit(time_stamp, next->m_time_stamp);
 }
 
 bool FrameRecovery::SomethingBegins(ULONGLONG offset) {

@@ -37,6 +37,7 @@ class FrameRecovery {
   std::optional<RecoveredFrame> TakeTrustedFrame();
   std::optional<RecoveredFrame> TakeFrameBySigns();
   bool SomethingBegins(ULONGLONG offset);
+  bool IsOutOfTime(DWORD time_stamp, ULONGLONG end);
   void SkipTo(ULONGLONG offset);
 
   RecordingBytes& m_bytes;
@@ -45,6 +46,7 @@ class FrameRecovery {
   ULONGLONG m_limit;           // where the next block header stands, as far as that is certain
   ULONGLONG m_known_sync = 0;  // where a search that went ahead of m_position has ended
   DWORD m_block = kNoBlock;    // the block that m_position is in
+  std::optional<DWORD> m_last_stamp;
   DWORD m_trusted_frames = 0;  // frames that fill the rest of the block
 };
 

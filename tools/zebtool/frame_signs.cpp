@@ -6,7 +6,7 @@ namespace {
 constexpr WORD kMaxFrameType = 0xFF;
 constexpr WORD kUsedFlags = kFrameVideoLost | kFrameVideoAlarm | kFrameIOAlarm |
                             kFrameEncoderTypeMask | kFrameAlarm | kFrameRT | kFrameVoice;
-constexpr LONG kMostBackwardMs = 60 * 1000;
+constexpr LONG kMostBackwardMs = 1000;
 constexpr LONG kMostForwardMs = 24 * 60 * 60 * 1000;
 
 }  // namespace

@@ -13,7 +13,8 @@ inline constexpr DWORD kMaxFramePartBytes = 64 << 20;
 // within reason, and something inside.
 bool LooksLikeFrame(const FrameHeader& header);
 
-// Whether `later` can be the stamp of a frame some way behind one that is stamped `earlier`.
+// Whether `later` can be the stamp of a frame some way behind one that is stamped `earlier`: up to
+// a day later, or a little earlier where the frames of an alarm were put together.
 bool StampsFit(DWORD earlier, DWORD later);
 
 }  // namespace zebtool

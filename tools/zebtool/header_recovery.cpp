@@ -91,23 +91,19 @@ CZebFileInfo Rebuild(std::span<const BYTE> header, std::vector<std::string>& rem
   return info;
 }
 
-// Where the chain begins: as the header says, where its texts end, or wherever a first block lies.
+// Where the chain begins: where the header says twice that it ends, or else wherever the first
+// block or frames are recognised.
 void FindFirstBlock(const HeaderCheck& check, RecordingBytes& bytes, RecoveredHeader& recovered) {
-  std::vector<ULONGLONG> candidates;
-  if (check.readable) candidates = {check.first_block, check.info.GetSize()};
-  for (ULONGLONG offset = kMinHeaderBytes; offset <= kMaxHeaderBytes; ++offset) {
-    candidates.push_back(offset);
-  }
-  for (const ULONGLONG offset : candidates) {
-    if (!bytes.IsBlock(offset, kNoBlock)) continue;
-    recovered.first_block = offset;
+  const bool agrees = check.readable && check.first_block == check.info.GetSize();
+  if (agrees || (check.readable && bytes.IsBlock(check.first_block, kNoBlock))) {
+    recovered.first_block = check.first_block;
     recovered.at_block = true;
-    recovered.first_block_stamp = bytes.BlockAt(offset)->m_time_stamp;
-    return;
+  } else {
+    recovered.first_block = bytes.FindSync(kMinHeaderBytes, bytes.Length());
+    recovered.at_block = bytes.IsBlock(recovered.first_block, kNoBlock);
   }
-  // A readable header is followed by the first block, damaged as that may be.
-  recovered.at_block = check.readable;
-  recovered.first_block = check.readable ? check.info.GetSize() : 0;
+  const auto block = bytes.BlockAt(recovered.first_block);
+  if (recovered.at_block && block) recovered.first_block_stamp = block->m_time_stamp;
 }
 
 }  // namespace

@@ -112,8 +112,8 @@ class Scanner {
       return;
     }
     if (body == m_length) {
-      if (block.number > 0) return;  // the terminating block
-      Unfinished(block.offset, "the recording holds no frame yet");
+      m_terminated = block.number > 0;
+      if (!m_terminated) Unfinished(block.offset, "the recording holds no frame yet");
       return;
     }
     ScanUnfinished(block, body);
@@ -230,7 +230,7 @@ class Scanner {
       }
       return;
     }
-    if (m_summary.unfinished) return;
+    if (!m_terminated) return;  // the end time is that of the whole recording
     const CTime by_stamps = info.GetTime(m_summary.last_stamp);
     const LONGLONG late = LONGLONG{info.GetEndTime().GetTime()} - by_stamps.GetTime();
     if (late > -kEndTimeSlackSeconds && late < kEndTimeSlackSeconds) return;
@@ -271,6 +271,7 @@ class Scanner {
   ScanVisitor& m_visitor;
   ULONGLONG m_length = 0;
   DWORD m_first_block_stamp = 0;
+  bool m_terminated = false;  // the chain led to its last, empty block
   ScanSummary m_summary;
 };
 

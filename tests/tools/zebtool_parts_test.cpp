@@ -1,0 +1,83 @@
+// The tool's own parts: numbers and moments as text, rates, JSON.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "tools/zebtool/frame_rate.h"
+#include "tools/zebtool/json_writer.h"
+#include "tools/zebtool/text.h"
+
+namespace zebtool {
+namespace {
+
+TEST(Text, MomentsAreTakenInThreeFormsAndNoOther) {
+  const CTime begin(2024, 5, 1, 8, 30, 0);
+  EXPECT_EQ(ParseMomentMs("2024-05-01 08:31:00", begin), 60000);
+  EXPECT_EQ(ParseMomentMs("08:29:59", begin), -1000);
+  EXPECT_EQ(ParseMomentMs("+1.5", begin), 1500);
+  EXPECT_EQ(ParseMomentMs("+0.007", begin), 7);
+  for (const char* text :
+       {"", "+", "+.", "+1.", "+1.2345", "+-1", "-1", "8:30:00", "24:00:00", "08:60:00",
+        "2024-13-01 00:00:00", "2024-04-31 00:00:00", "2024-05-01T08:30:00", "2024-05-01",
+        "1969-01-01 00:00:00", "+99999999999"}) {
+    EXPECT_EQ(ParseMomentMs(text, begin), std::nullopt) << text;
+  }
+}
+
+TEST(Text, NumbersAreGroupedByThousands) {
+  EXPECT_EQ(FormatCount(0), "0");
+  EXPECT_EQ(FormatCount(999), "999");
+  EXPECT_EQ(FormatCount(1000), "1,000");
+  EXPECT_EQ(FormatCount(1234567), "1,234,567");
+  EXPECT_EQ(FormatOffset(255), "255 (0xff)");
+}
+
+TEST(FrameRate, WellKnownRatesAreFoundBehindWholeMilliseconds) {
+  const FrameRate rates[] = {{25, 1}, {30, 1}, {30000, 1001}, {25, 2}, {15, 1},
+                             {10, 1}, {15, 2}, {1, 1},        {60, 1}};
+  for (const FrameRate& rate : rates) {
+    constexpr ULONGLONG kFrames = 1000;
+    const FrameRate found = RateOfIntervals(rate.Begin(kFrames, 1000), kFrames);
+    EXPECT_EQ(found.frames, rate.frames) << rate.ToText();
+    EXPECT_EQ(found.seconds, rate.seconds) << rate.ToText();
+  }
+  const FrameRate odd = RateOfIntervals(1000 * 77, 1000);
+  EXPECT_NEAR(odd.PerSecond(), 1000.0 / 77, 1e-9);
+  EXPECT_EQ(RateOfIntervals(0, 0).frames, 25U);
+}
+
+TEST(FrameRate, LongRecordingsStayExact) {
+  const FrameRate ntsc{30000, 1001};
+  constexpr ULONGLONG kDayOfFrames = 2589409;  // 30000 / 1001 a second, rounded down
+  EXPECT_EQ(ntsc.Begin(kDayOfFrames * 30000, 1000), kDayOfFrames * 1001 * 1000);
+  const FrameRate finest{16777213, 16777216};
+  EXPECT_TRUE(finest.IsUsable());
+  EXPECT_EQ(finest.Begin(16777212, 8000), ULONGLONG{16777212} * 16777216 * 8000 / 16777213);
+  EXPECT_FALSE((FrameRate{1, 61}).IsUsable());
+  EXPECT_FALSE((FrameRate{1001, 1}).IsUsable());
+}
+
+TEST(JsonWriter, NestsAndEscapesWhateverNamesHold) {
+  std::ostringstream out;
+  JsonWriter json(out);
+  json.BeginObject();
+  json.Value("name", "a\"b\\c\n\x7F\xFF\xC3\xBC");
+  json.BeginArray("empty");
+  json.EndArray();
+  json.BeginArray("list");
+  json.Value({}, 1);
+  json.Value({}, true);
+  json.EndArray();
+  json.Value("half", 0.5);
+  json.EndObject();
+  EXPECT_EQ(out.str(),
+            "{\n"
+            "  \"name\": \"a\\\"b\\\\c\\u000a\\u007f\\u00ff\xC3\xBC\",\n"
+            "  \"empty\": [],\n"
+            "  \"list\": [\n    1,\n    true\n  ],\n"
+            "  \"half\": 0.500\n"
+            "}\n");
+}
+
+}  // namespace
+}  // namespace zebtool
