@@ -31,18 +31,22 @@ enum : DWORD {
 
 // Creates a video decoder whose pictures are width * height pixels whatever the coded size of the
 // stream (a stream of another size is scaled). Fails for a size of 0 or above 4096 in either
-// direction and for a null `decoder`. `*decoder` is set only on success.
+// direction and for a null `decoder`. `*decoder` is set only on success. `post_processing`
+// announces what nxcGetVideo will be asked for; the software codec needs no such notice, nor the
+// encoder type.
 ZEBX_API int nxcCreateVideoDecoder(NxcHandle* decoder, DWORD encoder_type, DWORD width,
                                    DWORD height, DWORD post_processing);
 
 // Decodes one compressed frame of `length` bytes. `frame_type` 0 announces an I-frame. Fails, with
-// the last good picture kept, for a packet that is damaged or cut, and for a frame that depends on
-// an earlier one before the first I-frame.
+// the last good picture kept, for a packet that is damaged, cut or of the other kind, and for a
+// frame that depends on an earlier one unless that was the last one decoded: after a lost frame
+// nothing decodes until the next I-frame.
 ZEBX_API int nxcDecodeVideo(NxcHandle decoder, WORD frame_type, const BYTE* data, DWORD length);
 
-// Writes the last decoded picture to `destination` in one of the formats above; `pitch` is in bytes.
-// `post_processing` are the bits above, 0 for none. Fails before the first decoded picture, for an
-// unknown format and for a pitch smaller than a row; nothing is written then.
+// Writes the last decoded picture to `destination` in one of the formats above; `pitch` is in
+// bytes. `post_processing` are the bits above, 0 for none. Fails before the first decoded picture,
+// for an unknown format and for a pitch smaller than a row; nothing is written then. The X byte is
+// 255.
 ZEBX_API int nxcGetVideo(NxcHandle decoder, BYTE* destination, DWORD format, int pitch,
                          DWORD post_processing);
 
@@ -51,7 +55,8 @@ ZEBX_API int nxcGetVideo(NxcHandle decoder, BYTE* destination, DWORD format, int
 ZEBX_API int nxcCreateAudioDecoder(NxcHandle* decoder, BYTE flag);
 
 // Decodes one speech packet of `length` bytes to 16-bit samples. With `pcm` null only `*samples` is
-// set, from the packet's length alone; `data` may then be null too. `pcm` holds that many samples.
+// set, from the packet's length alone; `data` may then be null too. `pcm` holds that many samples,
+// an even number. Fails for a packet that is too short or malformed; nothing is written then.
 ZEBX_API int nxcDecodeAudio(NxcHandle decoder, const BYTE* data, DWORD length, std::int16_t* pcm,
                             DWORD* samples);
 

@@ -3,12 +3,11 @@
 
 #include <span>
 
-#include "platform/framework/export.h"
 #include "platform/framework/types.h"
 
 namespace noxcodec {
 
 // CRC-32 with the reflected polynomial 0xEDB88320, initial value and final inversion 0xFFFFFFFF.
-ZEBX_API DWORD Crc32(std::span<const BYTE> bytes);
+DWORD Crc32(std::span<const BYTE> bytes);
 
 }  // namespace noxcodec

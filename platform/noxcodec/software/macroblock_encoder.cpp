@@ -17,6 +17,9 @@ namespace {
 constexpr std::array kIntraModes = {IntraMode::kMean, IntraMode::kDown, IntraMode::kAcross,
                                     IntraMode::kGradient};
 
+// Where no coefficient reaches this many quarters of a step, bits are not worth spending.
+constexpr int kWorthwhileQuarters = 5;
+
 }  // namespace
 
 MacroblockEncoder::MacroblockEncoder(FrameKind frame, int quantiser, const Picture& source,
@@ -69,7 +72,7 @@ bool MacroblockEncoder::TrySkipped(const Site& site) {
     }
   }
   m_best.cost = m_rate.Of(m_best.squared_error, 0) + CostOfKind(site, m_best.macroblock);
-  return largest < 5 * QuantiserStep(m_quantiser) / 4;
+  return 4 * largest < kWorthwhileQuarters * QuantiserStep(m_quantiser);
 }
 
 // Whether the picture before predicts the macroblock hardly better than its own mean would.

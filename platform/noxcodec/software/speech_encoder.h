@@ -14,7 +14,7 @@ namespace noxcodec {
 // its decoder starts from, so players may begin with any of them. One thread at a time.
 class ZEBX_API SpeechEncoder {
  public:
-  // Encodes `samples` (any number) as one packet of kSpeechHeaderBytes + a byte for two samples. An
+  // Encodes `samples` (any number) as one packet: 11 bytes and then a byte for two samples. An
   // odd count is made even by repeating the last sample. Borrowed; valid until the next Encode.
   std::span<const BYTE> Encode(std::span<const std::int16_t> samples);
 
