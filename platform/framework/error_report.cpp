@@ -8,7 +8,8 @@
 namespace {
 
 void PrintToStandardError(const std::exception& error) {
-  std::fprintf(stderr, "zebx: %s\n", error.what());
+  // In one call, so that lines of several threads stay whole; nobody could be told if it failed.
+  static_cast<void>(std::fprintf(stderr, "zebx: %s\n", error.what()));
 }
 
 struct SinkInForce {
