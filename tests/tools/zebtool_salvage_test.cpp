@@ -11,6 +11,7 @@ namespace {
 class Salvage : public testing::Test {
  protected:
   ToolRun Run(const std::string& bytes) {
+    for (const std::string& path : {m_path, m_saved}) std::filesystem::remove(path);
     WriteWholeFile(m_path, bytes);
     const ToolRun run = RunTool({"salvage", m_path, m_saved, "--json"});
     EXPECT_EQ(ReadWholeFile(m_path), bytes);

@@ -5,12 +5,12 @@
 #include <optional>
 #include <vector>
 
-#include "capture/picture_formats.h"
 #include "platform/noxcodec/noxcodec.h"
 #include "record/zeb_frame_data.h"
 #include "tools/zebtool/byte_streams.h"
 #include "tools/zebtool/options.h"
 #include "tools/zebtool/picture_decoder.h"
+#include "tools/zebtool/picture_sizes.h"
 #include "tools/zebtool/progress.h"
 #include "tools/zebtool/recording_file.h"
 #include "tools/zebtool/recording_scan.h"
@@ -171,18 +171,18 @@ class Exporter {
   }
 
   Y4mHeader MakeHeader() {
-    DWORD width = 0;
-    DWORD height = 0;
-    if (zebxGetEncodeSize(m_recording.GetFrameSize(), &width, &height) == 0) {
+    const PictureSize encoded = EncodeSizeOf(m_recording);
+    const PictureSize shown = ShowSizeOf(m_recording);
+    if (encoded.width == 0) {
       throw JobError("the recording's frame size " + std::to_string(m_recording.GetFrameSize()) +
                      " does not exist; 'zebtool salvage' repairs its header");
     }
     Y4mHeader header;
-    header.width = static_cast<int>(width);
-    header.height = static_cast<int>(height);
+    header.width = static_cast<int>(encoded.width);
+    header.height = static_cast<int>(encoded.height);
     header.rate = m_survey.Rate();
-    const DWORD across = m_recording.GetWidth() * height;
-    const DWORD down = m_recording.GetHeight() * width;
+    const DWORD across = shown.width * encoded.height;
+    const DWORD down = shown.height * encoded.width;
     const DWORD divisor = std::gcd(across, down);
     header.pixel_width = across / divisor;
     header.pixel_height = down / divisor;

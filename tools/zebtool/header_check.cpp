@@ -77,23 +77,22 @@ void CheckFields(const RawFields& raw, HeaderCheck& check) {
   if (raw.version != 0)
     AddDamage(check, kVersionAt,
               "the file version is " + std::to_string(raw.version) + "; only version 0 is known");
-  if ((raw.flags & ~kKnownFlags) != 0)
+  if ((raw.flags & ~kKnownFlags) != 0) {
     AddDamage(check, kFlagsAt, "the header has flags that are not known");
-  if (raw.reserved != 0)
+  }
+  if (raw.reserved != 0) {
     AddDamage(check, kReservedWordAt, "the header has a reserved word that is not 0");
-  if (raw.reserved_byte != 0)
+  }
+  if (raw.reserved_byte != 0) {
     AddDamage(check, kReservedByteAt, "the header has a reserved byte that is not 0");
+  }
   if (zebxGetVideoStd(raw.frame_size) == kNoVideoStandard) {
     AddDamage(check, kFrameSizeAt,
               "the frame size " + std::to_string(raw.frame_size) + " does not exist");
   }
   const int gmt = check.info.GetGmt();
-  if (gmt < 0 || gmt >= kHoursOfDay)
+  if (gmt < 0 || gmt >= kHoursOfDay) {
     AddDamage(check, kGmtAt, "gmt is " + std::to_string(gmt) + " and not an hour of the day");
-  if (check.info.GetEndTime() < check.info.GetBeginTime()) {
-    AddDamage(check, kEndTimeAt,
-              "the end time " + FormatTime(check.info.GetEndTime()) + " is before the begin time " +
-                  FormatTime(check.info.GetBeginTime()));
   }
 }
 

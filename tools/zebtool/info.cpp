@@ -7,6 +7,7 @@
 #include "platform/framework/file.h"
 #include "tools/zebtool/findings.h"
 #include "tools/zebtool/options.h"
+#include "tools/zebtool/picture_sizes.h"
 #include "tools/zebtool/recording_file.h"
 #include "tools/zebtool/subcommands.h"
 #include "tools/zebtool/text.h"
@@ -32,17 +33,6 @@ struct What {
   bool blocks = false;
   bool frames = false;
 };
-
-struct Size {
-  DWORD width = 0;
-  DWORD height = 0;
-};
-
-Size EncodeSizeOf(const CZebFileInfo& info) {
-  Size size;
-  zebxGetEncodeSize(info.GetFrameSize(), &size.width, &size.height);
-  return size;
-}
 
 const char* StandardOf(const CZebFileInfo& info) {
   const DWORD standard = zebxGetVideoStd(info.GetFrameSize());
@@ -73,13 +63,14 @@ class TextReporter final : public Reporter {
   void OnHeader(const CZebFileInfo& info) override {
     Reporter::OnHeader(info);
     const auto id = info.GetCameraID();
-    const Size encoded = EncodeSizeOf(info);
+    const PictureSize encoded = EncodeSizeOf(info);
+    const PictureSize shown = ShowSizeOf(info);
     m_out << m_path << '\n'
           << "  camera     board " << id.m_board << " \"" << info.GetBoardName() << "\", camera "
           << id.m_camera << " \"" << info.GetCameraName() << "\", host \"" << info.GetHostName()
           << "\"\n"
           << "  picture    frame size " << info.GetFrameSize() << ": " << encoded.width << " x "
-          << encoded.height << ", shown " << info.GetWidth() << " x " << info.GetHeight() << ", "
+          << encoded.height << ", shown " << shown.width << " x " << shown.height << ", "
           << StandardOf(info) << '\n'
           << "  header     " << Plural(info.GetSize(), "byte") << ", version "
           << info.GetFileVersion() << (info.IsRemote() != 0 ? ", remote" : "")
@@ -160,7 +151,8 @@ class JsonReporter final : public Reporter {
   void OnHeader(const CZebFileInfo& info) override {
     Reporter::OnHeader(info);
     const auto id = info.GetCameraID();
-    const Size encoded = EncodeSizeOf(info);
+    const PictureSize encoded = EncodeSizeOf(info);
+    const PictureSize shown = ShowSizeOf(info);
     m_json.BeginObject("header");
     m_json.Value("version", info.GetFileVersion());
     m_json.Value("bytes", info.GetSize());
@@ -173,8 +165,8 @@ class JsonReporter final : public Reporter {
     m_json.Value("standard", StandardOf(info));
     m_json.Value("encode_width", encoded.width);
     m_json.Value("encode_height", encoded.height);
-    m_json.Value("show_width", info.GetWidth());
-    m_json.Value("show_height", info.GetHeight());
+    m_json.Value("show_width", shown.width);
+    m_json.Value("show_height", shown.height);
     m_json.Value("remote", info.IsRemote() != 0);
     m_json.Value("clip", info.IsClip() != 0);
     m_json.Value("rt8port", info.IsRT8Port() != 0);

@@ -55,9 +55,10 @@ class Scanner {
     m_file.Seek(offset);
     const std::size_t count = m_file.Read(bytes);
     if (count < bytes.size()) {
-      Damage(offset, "the file ends " +
-                         (count == 0 ? "where" : Plural(count, "byte") + " into where") +
-                         " the next block header should stand; 'zebtool salvage' makes it whole");
+      Unfinished(offset, "unfinished: the file ends " +
+                             (count == 0 ? "" : Plural(count, "byte") + " into ") +
+                             "where the next block header should stand; 'zebtool salvage' makes "
+                             "the recording whole");
       return std::nullopt;
     }
     const ScannedBlock block{m_summary.blocks++, offset, BlockHeader::Parse(bytes)};
@@ -87,7 +88,7 @@ class Scanner {
     if (block.header.m_frames == 0) {
       Damage(block.offset, Name(block) + " has no frames and yet a block behind it");
     }
-    if (next >= m_length) {
+    if (next > m_length) {
       const ULONGLONG end = ScanFrames(block, m_length, true);
       Damage(m_length, "the file is cut off inside " + Name(block) + ", which goes on to " +
                            FormatOffset(next) + "; " +
@@ -219,6 +220,11 @@ class Scanner {
   // that of the creation.
   void CheckTimes(const CZebFileInfo& info) {
     if (m_summary.finished_frames == 0) return;
+    if (info.GetEndTime() < info.GetBeginTime()) {
+      Damage(kEndTimeAt, "the end time " + FormatTime(info.GetEndTime()) +
+                             " is before the begin time " + FormatTime(info.GetBeginTime()));
+      return;
+    }
     const DWORD begin_stamp = info.GetBeginTimeStamp();
     if (begin_stamp != m_summary.first_stamp) {
       const std::string text = "the header's begin time stamp is " + std::to_string(begin_stamp) +

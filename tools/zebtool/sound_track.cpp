@@ -1,6 +1,8 @@
 #include "tools/zebtool/sound_track.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 #include "record/zeb_frame_data.h"
 #include "tools/zebtool/console.h"
@@ -51,11 +53,11 @@ bool SoundTrack::Add(const CZebFrameData& frame, ULONGLONG at_ms) {
 }
 
 void SoundTrack::FillUpTo(ULONGLONG at_ms) {
-  constexpr std::size_t kPieceSamples = 4096;
+  constexpr std::array<std::int16_t, 4096> kSilence{};
   const ULONGLONG wanted = at_ms * kSamplesPerMs;
   while (m_writer.Samples() < wanted) {
-    m_samples.assign(std::min<ULONGLONG>(wanted - m_writer.Samples(), kPieceSamples), 0);
-    m_writer.Write(m_samples);
+    const auto count = std::min<ULONGLONG>(wanted - m_writer.Samples(), kSilence.size());
+    m_writer.Write(std::span(kSilence).first(static_cast<std::size_t>(count)));
   }
 }
 

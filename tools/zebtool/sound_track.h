@@ -30,8 +30,8 @@ class SoundTrack {
 
   WavWriter m_writer;
   NxcHandle m_decoder = nullptr;
-  std::vector<std::int16_t> m_samples;
-  bool m_joins = false;  // the frame before had speech
+  std::vector<std::int16_t> m_samples;  // of the frame in hand
+  bool m_joins = false;                 // the frame before had speech
 };
 
 }  // namespace zebtool
