@@ -11,14 +11,14 @@ inline std::string MakePicture(int width, int height, int number) {
   std::string planes;
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
-      planes +=
-          static_cast<char>(128 + 80 * std::sin((x + 3 * number) * 0.05) * std::cos(y * 0.04));
+      const double wave = std::sin((x + 3 * number) * 0.05) * std::cos(y * 0.04);
+      planes += static_cast<char>(static_cast<unsigned char>(std::lround(128 + 80 * wave)));
     }
   }
   const std::size_t chroma =
       static_cast<std::size_t>((width + 1) / 2) * static_cast<std::size_t>((height + 1) / 2);
   planes.append(chroma, static_cast<char>(110 + number % 20));
-  planes.append(chroma, static_cast<char>(140));
+  planes.append(chroma, '\x8C');
   return planes;
 }
 

@@ -31,7 +31,7 @@ constexpr std::string_view kHelp =
     "the\n"
     "                           video's size, those of the standard of its rate first, else 130\n"
     "  --gop N                  frames from one I-frame to the next, 1 to 1000; default 25\n"
-    "  --quantiser I,P          coarseness of I-frames and of the others, 1 to 31; default 8,8\n"
+    "  --quantiser I,P          coarseness of I-frames and of the others, 1 to 31; default 6,8\n"
     "  --encoder-type N         0 to 15; default 0\n"
     "  --begin \"YYYY-MM-DD HH:MM:SS\"   local time of the first frame; default: now\n"
     "  --host NAME --board-name NAME --camera-name NAME   default: empty\n"
@@ -74,7 +74,7 @@ void ReadQuantiser(const Options& options, noxcodec::VideoEncoderSettings& encod
   encoder.quantiser_i = parse(text->substr(0, comma));
   encoder.quantiser_p = comma == std::string::npos ? 0 : parse(text->substr(comma + 1));
   if (encoder.quantiser_i == 0 || encoder.quantiser_p == 0) {
-    options.Fail("--quantiser takes two numbers from 1 to 31 such as 8,8, not '" + *text + "'");
+    options.Fail("--quantiser takes two numbers from 1 to 31 such as 6,8, not '" + *text + "'");
   }
 }
 

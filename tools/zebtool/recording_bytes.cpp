@@ -39,8 +39,7 @@ std::span<const BYTE> ByteWindow::At(ULONGLONG offset, std::size_t count) {
 }
 
 RecordingBytes::RecordingBytes(CFile& file)
-    : m_file(file),
-      m_length(file.GetLength()),
+    : m_length(file.GetLength()),
       m_near(file, kSearchBytes),
       m_far(file, kVoicedFrameHeaderBytes) {}
 

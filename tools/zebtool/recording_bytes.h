@@ -56,7 +56,6 @@ class RecordingBytes {
  private:
   bool StartsWithFrameOf(ULONGLONG block_offset, const BlockHeader& header);
 
-  CFile& m_file;
   ULONGLONG m_length;
   ByteWindow m_near;  // moves along with the search
   ByteWindow m_far;   // jumps from header to header
