@@ -19,6 +19,9 @@
 // Picture formats.
 #include "capture/picture_formats.h"
 
+// Decoding what a recording holds.
+#include "platform/noxcodec/noxcodec.h"
+
 // Recording files.
 #include "record/frame_block.h"
 #include "record/zeb_file.h"

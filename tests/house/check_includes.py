@@ -32,13 +32,14 @@ MAY_INCLUDE = {
     "tests": EVERYTHING,
     "bench": EVERYTHING,
     "fuzz": EVERYTHING,
+    "examples": [],
 }
 # Fixed tables that need nothing else of their folder.
 LEAVES = {"capture/picture_formats.h": ["record", "image"]}
 # The virtual device encodes what it shows, so its software uses the software codec.
 SOFTWARE_MAY_INCLUDE = {"platform/zebdev/software": ["platform/noxcodec"]}
 
-HOSTS = ["tools", "tests", "bench", "fuzz"]
+HOSTS = ["tools", "tests", "bench", "fuzz", "examples"]
 MAY_USE_SYSTEM_HEADERS = ["platform/os"] + HOSTS
 STANDARD_HEADERS = set("""
 algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono

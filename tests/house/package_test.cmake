@@ -20,3 +20,13 @@ cmake_path(GET pkg_config_directory PARENT_PATH library_directory)
 run(${WORK}/build/host)
 set(ENV{LD_LIBRARY_PATH} ${library_directory})
 run(${WORK}/build/host_pkg_config)
+
+# The example lists a recording that the installed tool makes: two grey pictures.
+string(REPEAT "~" 384 picture)
+file(WRITE ${WORK}/two.y4m "YUV4MPEG2 W16 H16 F25:1\nFRAME\n${picture}FRAME\n${picture}")
+run(${prefix}/bin/zebtool import ${WORK}/two.y4m ${WORK}/two.zebz)
+execute_process(COMMAND ${WORK}/build/list_recording ${WORK}/two.zebz OUTPUT_VARIABLE listed
+                COMMAND_ERROR_IS_FATAL ANY)
+if(NOT listed MATCHES "block 0 frame 0 at .* I-frame\n  decoded.*block 0 frame 1 at ")
+  message(FATAL_ERROR "the example printed:\n${listed}")
+endif()

@@ -28,7 +28,7 @@ constexpr std::string_view kHelp =
     "info,\n"
     "verify, clip, export of both, and salvage of a recording that was cut off in the middle. "
     "Files\n"
-    "of these names in DIR (default: ./demo) are replaced; about 150 MB are needed.\n";
+    "of these names in DIR (default: ./demo) are replaced; about 215 MB are needed.\n";
 
 constexpr int kWidth = 352;
 constexpr int kHeight = 288;
