@@ -3,7 +3,9 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <span>
+#include <vector>
 
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
@@ -37,6 +39,20 @@ class ZEBX_API FileHandle {
   static constexpr std::size_t kMaxPieces = 8;
 };
 
+// One name in a directory.
+struct DirectoryEntry {
+  CString m_name;
+  bool m_is_directory = false;
+};
+
+// What the disk knows of a file or directory.
+struct FileStatus {
+  bool m_is_directory = false;
+  bool m_is_read_only = false;  // the owner may not write it
+  ULONGLONG m_length = 0;       // bytes; 0 for a directory
+  DWORD m_write_time = 0;       // of the last write, seconds since 1970
+};
+
 class ZEBX_API FileSystem {
  public:
   virtual ~FileSystem();
@@ -45,6 +61,11 @@ class ZEBX_API FileSystem {
   virtual std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) = 0;
   // The absolute form of a path, without touching the disk.
   virtual CString FullPath(const CString& path) = 0;
+  // The entries of a directory, "." and ".." included, in no particular order; nothing when it is
+  // not a directory that can be read. One read of the directory: no entry is looked at.
+  virtual std::optional<std::vector<DirectoryEntry>> List(const CString& path) = 0;
+  // Nothing when there is no such file or directory.
+  virtual std::optional<FileStatus> Status(const CString& path) = 0;
   // True when both paths lead to one existing file.
   virtual bool IsSameFile(const CString& path, const CString& other) = 0;
 };

@@ -13,5 +13,16 @@ using LONG = std::int32_t;
 using LONGLONG = std::int64_t;
 using ULONGLONG = std::uint64_t;
 
+// Words that carry an address or a handle are as wide as a pointer.
+using WPARAM = std::uintptr_t;
+using LPARAM = std::intptr_t;
+using LRESULT = std::intptr_t;
+
+// Handles of the operating system: opaque, null for none. Whoever gets one by a Create or Get
+// operation gives it back by the matching Destroy, Delete or Release.
+using HWND = struct ZebxWindow*;
+using HDC = struct ZebxDeviceContext*;
+using HBITMAP = struct ZebxBitmap*;
+
 using CString = std::string;
 using CDWordArray = std::vector<DWORD>;
