@@ -16,22 +16,24 @@
 //     ... finder.GetFileName() ...
 //   }
 //
-// Entries come sorted by name without regard to case, "." and ".." first. Length and times are
-// asked of the disk only when asked for here. Used by one thread at a time.
+// Entries come sorted by name without regard to case, "." and ".." first. Finding is one read of
+// the directory; length, time and read-only mark cost a question to the disk each time they are
+// asked for. A symbolic link found inside a directory is not followed: it counts as a file. Used by
+// one thread at a time.
 class ZEBX_API CFileFind {
  public:
-  // `pattern` is a directory with "*.*" behind it (everything in it), or the path of one file or
-  // directory. 1 when something matches, else 0. Never throws.
+  // `pattern` is a directory with "\\*.*" or "/*.*" behind it (everything in it), or the path of
+  // one file or directory, a bare drive "d:" among them. 1 when something matches, else 0.
   int FindFile(const CString& pattern);
-  // 1 when another entry follows the one moved to, 0 when it is the last. Only after FindFile
-  // answered 1.
+  // Moves on. 1 when another entry follows the one moved to, 0 when it is the last.
   int FindNextFile();
 
-  // Of the entry moved to: its name, and its path (the pattern's directory, a backslash or slash as
-  // there, the name).
+  // Of the entry moved to: its name, and its path (the pattern's directory, its backslash or slash,
+  // the name; always a slash on a path without a drive, where a backslash is a letter like others).
+  // Before the first move everything is empty, 0 or false.
   CString GetFileName() const;
   CString GetFilePath() const;
-  // Bytes; 0 for a directory or an entry that has gone since.
+  // Bytes; 0 for a directory and for an entry that has gone since.
   ULONGLONG GetLength() const;
   // Time 0 for an entry that has gone since.
   CTime GetLastWriteTime() const;
@@ -42,7 +44,8 @@ class ZEBX_API CFileFind {
   bool IsReadOnly() const;
 
  private:
-  const DirectoryEntry& Entry() const { return m_entries[m_next - 1]; }
+  int FindOne(CString path);
+  const DirectoryEntry& Entry() const;
 
   CString m_directory;  // with its trailing separator
   std::vector<DirectoryEntry> m_entries;

@@ -62,9 +62,10 @@ class ZEBX_API FileSystem {
   // The absolute form of a path, without touching the disk.
   virtual CString FullPath(const CString& path) = 0;
   // The entries of a directory, "." and ".." included, in no particular order; nothing when it is
-  // not a directory that can be read. One read of the directory: no entry is looked at.
+  // not a directory that can be read. One read of the directory: no entry is looked at. A symbolic
+  // link is no directory here, whatever it leads to, so that a walk over a tree stays inside it.
   virtual std::optional<std::vector<DirectoryEntry>> List(const CString& path) = 0;
-  // Nothing when there is no such file or directory.
+  // Nothing when there is no such file or directory. Of a symbolic link, what it leads to.
   virtual std::optional<FileStatus> Status(const CString& path) = 0;
   // True when both paths lead to one existing file.
   virtual bool IsSameFile(const CString& path, const CString& other) = 0;

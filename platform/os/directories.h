@@ -9,7 +9,7 @@ namespace os {
 // Makes one directory; its parent must exist. 1, or 0 when it exists already or cannot be made.
 ZEBX_API int CreateDirectory(const CString& path);
 
-// Removes an empty directory. 1, or 0.
+// Removes an empty directory; the root of a drive stays. 1, or 0.
 ZEBX_API int RemoveDirectory(const CString& path);
 
 // 1 for an existing directory, 0 for everything else; a drive root counts.

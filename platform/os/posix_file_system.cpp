@@ -1,12 +1,15 @@
 // The host's files behind the framework's file port.
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <limits>
 #include <utility>
 
 #include "platform/framework/file_exception.h"
@@ -158,6 +161,21 @@ bool LeadsTo(const CString& host_path, const struct stat& status) {
          found.st_ino == status.st_ino;
 }
 
+struct CloseDirectory {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+
+bool IsDirectory(DIR* directory, const dirent& entry) {
+  if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+  struct stat status {};
+  return fstatat(dirfd(directory), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISDIR(status.st_mode);
+}
+
+DWORD SecondsSince1970(time_t seconds) {
+  return static_cast<DWORD>(std::clamp<LONGLONG>(seconds, 0, std::numeric_limits<DWORD>::max()));
+}
+
 class PosixFileSystem final : public FileSystem {
  public:
   std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
@@ -179,6 +197,33 @@ class PosixFileSystem final : public FileSystem {
   }
 
   CString FullPath(const CString& path) override { return os::FullPath(path); }
+
+  std::optional<std::vector<DirectoryEntry>> List(const CString& path) override {
+    const auto host_path = os::HostPath(path);
+    if (!host_path) return std::nullopt;
+    const std::unique_ptr<DIR, CloseDirectory> directory(opendir(host_path->c_str()));
+    if (directory == nullptr) return std::nullopt;
+    std::vector<DirectoryEntry> entries;
+    errno = 0;  // the end and a failure look alike but for it
+    while (const dirent* entry = readdir(directory.get())) {
+      entries.push_back({entry->d_name, IsDirectory(directory.get(), *entry)});
+      errno = 0;
+    }
+    if (errno != 0) return std::nullopt;
+    return entries;
+  }
+
+  std::optional<FileStatus> Status(const CString& path) override {
+    const auto host_path = os::HostPath(path);
+    struct stat status {};
+    if (!host_path || stat(host_path->c_str(), &status) != 0) return std::nullopt;
+    FileStatus result;
+    result.m_is_directory = S_ISDIR(status.st_mode);
+    result.m_is_read_only = (status.st_mode & S_IWUSR) == 0;
+    if (!result.m_is_directory) result.m_length = static_cast<ULONGLONG>(status.st_size);
+    result.m_write_time = SecondsSince1970(status.st_mtime);
+    return result;
+  }
 
   bool IsSameFile(const CString& path, const CString& other) override {
     const auto host_path = os::HostPath(path);

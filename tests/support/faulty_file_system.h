@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <utility>
+#include <vector>
 
 #include "platform/framework/file_exception.h"
 #include "platform/framework/file_system.h"
@@ -66,6 +68,12 @@ class FaultyFileSystem final : public FileSystem {
     return std::make_unique<Handle>(*this, NativeFileSystem().Open(path, mode), path);
   }
   CString FullPath(const CString& path) override { return NativeFileSystem().FullPath(path); }
+  std::optional<std::vector<DirectoryEntry>> List(const CString& path) override {
+    return NativeFileSystem().List(path);
+  }
+  std::optional<FileStatus> Status(const CString& path) override {
+    return NativeFileSystem().Status(path);
+  }
   bool IsSameFile(const CString& path, const CString& other) override {
     return NativeFileSystem().IsSameFile(path, other);
   }

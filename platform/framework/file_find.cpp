@@ -1,0 +1,117 @@
+#include "platform/framework/file_find.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view kEverything = "*.*";
+constexpr std::string_view kSeparators = "\\/";
+
+char LowerCase(char character) {
+  return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                              : character;
+}
+
+bool IsDotName(std::string_view name) {
+  return name == "." || name == "..";
+}
+
+// Names that differ in case alone go by their bytes, so that the order does not depend on the
+// disk's own.
+bool GoesBefore(const DirectoryEntry& a, const DirectoryEntry& b) {
+  const bool a_is_dots = IsDotName(a.m_name);
+  const bool b_is_dots = IsDotName(b.m_name);
+  if (a_is_dots != b_is_dots) return a_is_dots;
+  const auto [in_a, in_b] =
+      std::mismatch(a.m_name.begin(), a.m_name.end(), b.m_name.begin(), b.m_name.end(),
+                    [](char x, char y) { return LowerCase(x) == LowerCase(y); });
+  if (in_a != a.m_name.end() && in_b != b.m_name.end()) return LowerCase(*in_a) < LowerCase(*in_b);
+  if (a.m_name.size() != b.m_name.size()) return a.m_name.size() < b.m_name.size();
+  return a.m_name < b.m_name;
+}
+
+bool IsOnDrive(std::string_view path) {
+  return path.size() >= 2 && path[1] == ':';
+}
+
+// The directory of a pattern for everything in it, with its separator.
+std::optional<CString> DirectoryOf(std::string_view pattern) {
+  if (!pattern.ends_with(kEverything)) return std::nullopt;
+  CString directory(pattern.substr(0, pattern.size() - kEverything.size()));
+  if (directory.empty() || (kSeparators.find(directory.back()) == CString::npos &&
+                            !(directory.size() == 2 && IsOnDrive(directory)))) {
+    return std::nullopt;
+  }
+  if (!IsOnDrive(directory)) directory.back() = '/';
+  return directory;
+}
+
+}  // namespace
+
+int CFileFind::FindFile(const CString& pattern) {
+  m_entries.clear();
+  m_directory.clear();
+  m_next = 0;
+  auto directory = DirectoryOf(pattern);
+  if (!directory) return FindOne(pattern);
+  auto entries = CurrentFileSystem().List(*directory);
+  if (!entries || entries->empty()) return 0;
+  m_entries = std::move(*entries);
+  m_directory = std::move(*directory);
+  std::sort(m_entries.begin(), m_entries.end(), GoesBefore);
+  return 1;
+}
+
+// The directory or file itself, under its last name.
+int CFileFind::FindOne(CString path) {
+  const auto status = CurrentFileSystem().Status(path);
+  if (!status) return 0;
+  while (path.size() > 1 && kSeparators.find(path.back()) != CString::npos) path.pop_back();
+  const std::size_t separator = path.size() > 1 ? path.find_last_of(kSeparators) : CString::npos;
+  if (separator != CString::npos) m_directory = path.substr(0, separator + 1);
+  m_entries.push_back({path.substr(m_directory.size()), status->m_is_directory});
+  return 1;
+}
+
+int CFileFind::FindNextFile() {
+  if (m_next < m_entries.size()) ++m_next;
+  return m_next < m_entries.size() ? 1 : 0;
+}
+
+const DirectoryEntry& CFileFind::Entry() const {
+  static const DirectoryEntry kNone;
+  return m_next > 0 ? m_entries[m_next - 1] : kNone;
+}
+
+CString CFileFind::GetFileName() const {
+  return Entry().m_name;
+}
+
+CString CFileFind::GetFilePath() const {
+  return m_next > 0 ? m_directory + Entry().m_name : CString();
+}
+
+ULONGLONG CFileFind::GetLength() const {
+  const auto status = CurrentFileSystem().Status(GetFilePath());
+  return status ? status->m_length : 0;
+}
+
+CTime CFileFind::GetLastWriteTime() const {
+  const auto status = CurrentFileSystem().Status(GetFilePath());
+  return CTime(status ? status->m_write_time : 0);
+}
+
+bool CFileFind::IsDirectory() const {
+  return Entry().m_is_directory;
+}
+
+bool CFileFind::IsDots() const {
+  return IsDotName(Entry().m_name);
+}
+
+bool CFileFind::IsReadOnly() const {
+  const auto status = CurrentFileSystem().Status(GetFilePath());
+  return status && status->m_is_read_only;
+}
