@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
 #include <filesystem>
+#include <limits>
 #include <mutex>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace os {
 namespace {
@@ -14,6 +17,7 @@ namespace {
 struct Drive {
   CString m_directory;
   DriveKind m_kind = DriveKind::kNoRoot;
+  ULONGLONG m_quota_bytes = 0;  // 0 for none
 };
 
 constexpr std::size_t kLetters = 26;
@@ -22,7 +26,7 @@ struct DriveTable {
   std::mutex m_mutex;
   std::array<Drive, kLetters> m_drives;  // guarded by m_mutex
 
-  DriveTable() { m_drives['c' - 'a'] = {"/", DriveKind::kFixed}; }
+  DriveTable() { m_drives['c' - 'a'] = {"/", DriveKind::kFixed, 0}; }
 };
 
 DriveTable& Table() {
@@ -99,31 +103,63 @@ bool Exists(const std::filesystem::path& path) {
   return std::filesystem::exists(path, error);
 }
 
-std::optional<std::pair<char, Drive>> ParseMount(const CString& entry) {
-  if (entry.size() < 3 || entry[1] != '=' || !IsLetter(entry[0])) return std::nullopt;
+std::optional<DriveKind> ParseKind(std::string_view text) {
   static constexpr std::pair<std::string_view, DriveKind> kKinds[] = {
       {"removable", DriveKind::kRemovable}, {"fixed", DriveKind::kFixed},
       {"network", DriveKind::kNetwork},     {"cdrom", DriveKind::kCdRom},
       {"ramdisk", DriveKind::kRamDisk},
   };
-  Drive drive{entry.substr(2), DriveKind::kFixed};
-  if (const std::size_t colon = drive.m_directory.rfind(':'); colon != CString::npos) {
-    const CString kind_name = drive.m_directory.substr(colon + 1);
-    drive.m_directory.resize(colon);
-    drive.m_kind = DriveKind::kNoRoot;
-    for (const auto& [name, kind] : kKinds) {
-      if (kind_name == name) drive.m_kind = kind;
+  for (const auto& [name, kind] : kKinds) {
+    if (text == name) return kind;
+  }
+  return std::nullopt;
+}
+
+// A number of bytes above 0, with or without a unit.
+std::optional<ULONGLONG> ParseQuota(std::string_view text) {
+  constexpr std::string_view kUnits = "kmgt";  // each 2^10 times the one before
+  unsigned shift = 0;
+  if (!text.empty()) {
+    if (const std::size_t unit = kUnits.find(LowerCase(text.back())); unit != CString::npos) {
+      shift = 10 * static_cast<unsigned>(unit + 1);
+      text.remove_suffix(1);
     }
   }
-  if (drive.m_directory.empty() || drive.m_kind == DriveKind::kNoRoot) return std::nullopt;
+  ULONGLONG count = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+  if (error != std::errc() || end != text.data() + text.size() || count == 0 ||
+      count > std::numeric_limits<ULONGLONG>::max() >> shift) {
+    return std::nullopt;
+  }
+  return count << shift;
+}
+
+// One entry of a list of mounts: the letter, `=`, the directory, and `:` before each other part.
+std::optional<std::pair<char, Drive>> ParseMount(std::string_view entry) {
+  if (entry.size() < 3 || entry[1] != '=' || !IsLetter(entry[0])) return std::nullopt;
+  std::vector<std::string_view> parts;
+  for (std::size_t begin = 2; begin <= entry.size(); begin += parts.back().size() + 1) {
+    parts.push_back(entry.substr(begin, entry.find(':', begin) - begin));
+  }
+  Drive drive{CString(parts[0]), DriveKind::kFixed, 0};
+  std::size_t understood = 1;
+  if (const auto kind = ParseKind(understood < parts.size() ? parts[understood] : "")) {
+    drive.m_kind = *kind;
+    ++understood;
+  }
+  if (const auto quota = ParseQuota(understood < parts.size() ? parts[understood] : "")) {
+    drive.m_quota_bytes = *quota;
+    ++understood;
+  }
+  if (drive.m_directory.empty() || understood != parts.size()) return std::nullopt;
   return std::pair{entry[0], std::move(drive)};
 }
 
 }  // namespace
 
-int MountDrive(char letter, const CString& host_directory, DriveKind kind) {
+int MountDrive(char letter, const CString& host_directory, DriveKind kind, ULONGLONG quota_bytes) {
   if (!IsLetter(letter) || host_directory.empty() || kind == DriveKind::kNoRoot) return 0;
-  SetDrive(letter, {host_directory, kind});
+  SetDrive(letter, {host_directory, kind, quota_bytes});
   return 1;
 }
 
@@ -146,6 +182,10 @@ int MountDrives(const CString& list) {
 
 DriveKind GetDriveType(const CString& path) {
   return HasDriveLetter(path) ? DriveOf(path[0]).m_kind : DriveKind::kNoRoot;
+}
+
+ULONGLONG GetDriveQuota(const CString& path) {
+  return HasDriveLetter(path) ? DriveOf(path[0]).m_quota_bytes : 0;
 }
 
 std::optional<CString> HostPath(const CString& path) {

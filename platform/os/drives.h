@@ -23,20 +23,27 @@ enum class DriveKind : UINT {
   kRamDisk = 6,
 };
 
-// Puts a host directory behind a letter (A to Z in either case), replacing what was there. 1, or 0
-// for another character, an empty directory or the kind of no drive.
-ZEBX_API int MountDrive(char letter, const CString& host_directory, DriveKind kind);
+// Puts a host directory behind a letter (A to Z in either case), replacing what was there. With a
+// quota other than 0 the drive is a disk of that many bytes to os::GetDiskFreeSpaceEx. 1, or 0 for
+// another character, an empty directory or the kind of no drive.
+ZEBX_API int MountDrive(char letter, const CString& host_directory, DriveKind kind,
+                        ULONGLONG quota_bytes = 0);
 
 // Takes a letter away. Files open on it stay open.
 ZEBX_API void UnmountDrive(char letter);
 
-// Mounts every drive of a list such as "d=/srv/video1;e=/mnt/nas:network". The kind is one of
-// removable, fixed, network, cdrom and ramdisk; fixed when left out. 1, or 0 with nothing mounted
-// when any entry is not of this form.
+// Mounts every drive of a list such as "d=/srv/video1:64M;e=/mnt/nas:network:2G": a letter, a
+// directory without a colon in its name, and optionally a kind and a quota. The kind is one of
+// removable, fixed, network, cdrom and ramdisk; fixed when left out. The quota is a number of bytes
+// above 0, or of 2^10, 2^20, 2^30 or 2^40 bytes with K, M, G or T behind it. 1, or 0 with nothing
+// mounted when any entry is not of this form.
 ZEBX_API int MountDrives(const CString& list);
 
 // The kind of the drive that a path is on; kNoRoot for an unmounted letter or a path without one.
 ZEBX_API DriveKind GetDriveType(const CString& path);
+
+// The quota in bytes of the drive that a path is on; 0 when it has none.
+ZEBX_API ULONGLONG GetDriveQuota(const CString& path);
 
 // The host path behind a library path; nothing when its drive is not mounted. The file itself need
 // not exist: what is not found is taken as spelled.

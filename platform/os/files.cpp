@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 
 #include "platform/os/drives.h"
 
@@ -26,6 +27,18 @@ int DeleteFile(const CString& path) {
   const bool deleted = !in_use && unlink(host_path->c_str()) == 0;
   close(descriptor);
   return deleted ? 1 : 0;
+}
+
+int ReplaceFile(const CString& path, const CString& replacement) {
+  const auto host_path = HostPath(path);
+  const auto host_replacement = HostPath(replacement);
+  if (!host_path || !host_replacement) return 0;
+  // The bytes first: a disk may write the name down before what it names.
+  const int descriptor = open(host_replacement->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return 0;
+  const bool is_safe = fsync(descriptor) == 0;
+  close(descriptor);
+  return is_safe && std::rename(host_replacement->c_str(), host_path->c_str()) == 0 ? 1 : 0;
 }
 
 }  // namespace os

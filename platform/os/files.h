@@ -10,4 +10,9 @@ namespace os {
 // not a regular file, has no owner write permission, or is open through a CFile of any process.
 ZEBX_API int DeleteFile(const CString& path);
 
+// Puts the file at `replacement` in the place of the file at `path`, which need not exist. Both on
+// one disk. At every moment, also after the power fails, the place holds the old file or the new
+// one whole. 1, or 0 with both left alone.
+ZEBX_API int ReplaceFile(const CString& path, const CString& replacement);
+
 }  // namespace os

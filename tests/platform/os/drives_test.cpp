@@ -93,10 +93,44 @@ TEST_F(DrivesTest, MountsEveryDriveOfAList) {
   EXPECT_EQ(os::MountDrives(""), 1);
 }
 
+TEST_F(DrivesTest, TakesQuotasFromAList) {
+  EXPECT_EQ(os::MountDrives("e=/srv/video1:64M;f=/mnt/nas:network:2g"), 1);
+  EXPECT_EQ(os::HostPath("e:\\x"), "/srv/video1/x");
+  EXPECT_EQ(os::GetDriveType("e:"), os::DriveKind::kFixed);
+  EXPECT_EQ(os::GetDriveQuota("E:\\dvr"), ULONGLONG{64} << 20);
+  EXPECT_EQ(os::HostPath("f:\\x"), "/mnt/nas/x");
+  EXPECT_EQ(os::GetDriveType("f:"), os::DriveKind::kNetwork);
+  EXPECT_EQ(os::GetDriveQuota("f:\\"), ULONGLONG{2} << 30);
+  EXPECT_EQ(os::MountDrives("e=/srv:1000;f=/mnt:16777215T"), 1);
+  EXPECT_EQ(os::GetDriveQuota("e:\\"), 1000U);
+  EXPECT_EQ(os::GetDriveQuota("f:\\"), ULONGLONG{16777215} << 40);
+  EXPECT_EQ(os::MountDrives("e=/srv"), 1);
+  EXPECT_EQ(os::GetDriveQuota("e:\\"), 0U);
+  EXPECT_EQ(os::GetDriveQuota("/srv"), 0U);
+}
+
 TEST_F(DrivesTest, MountsNothingOfAListWithABadEntry) {
-  for (const char* list : {"e=/srv;f", "e=/srv;f=", "e=/srv;=/mnt", "e=/srv;ff=/mnt",
-                           "e=/srv;1=/mnt", "e=/srv;;f=/mnt", "e=/srv;f=/mnt:floppy",
-                           "e=/srv;f=:network", "e=/srv;f=/mnt:", "e:/srv"}) {
+  for (const char* list : {"e=/srv;f",
+                           "e=/srv;f=",
+                           "e=/srv;=/mnt",
+                           "e=/srv;ff=/mnt",
+                           "e=/srv;1=/mnt",
+                           "e=/srv;;f=/mnt",
+                           "e=/srv;f=/mnt:floppy",
+                           "e=/srv;f=:network",
+                           "e=/srv;f=/mnt:",
+                           "e:/srv",
+                           "e=/srv:64M:network",
+                           "e=/srv:64M:64M",
+                           "e=/srv:0",
+                           "e=/srv:M",
+                           "e=/srv:-1",
+                           "e=/srv:64MB",
+                           "e=/srv:fixed:",
+                           "e=/srv:1.5G",
+                           "e=/srv:16777216T",
+                           "e=/srv:18446744073709551616",
+                           "e=:64M"}) {
     EXPECT_EQ(os::MountDrives(list), 0) << list;
     EXPECT_EQ(os::GetDriveType("e:\\"), os::DriveKind::kNoRoot) << list;
   }

@@ -115,4 +115,22 @@ TEST_F(DeleteFileTest, LeavesWhatIsNoRegularFile) {
   }
 }
 
+TEST(ReplaceFile, PutsTheNewFileInThePlaceOfTheOldOneOrLeavesBoth) {
+  TempDir directory;
+  const std::string old_file = directory.File("dbs");
+  const std::string new_file = directory.File("dbs.new");
+  WriteWholeFile(new_file, "first");
+  EXPECT_EQ(os::ReplaceFile(old_file, new_file), 1);
+  EXPECT_EQ(ReadWholeFile(old_file), "first");
+  EXPECT_EQ(os::ReplaceFile(old_file, new_file), 0);
+  EXPECT_EQ(ReadWholeFile(old_file), "first");
+  WriteWholeFile(new_file, "second");
+  EXPECT_EQ(os::ReplaceFile(directory.File("none/dbs"), new_file), 0);
+  EXPECT_EQ(os::ReplaceFile("e:\\dbs", new_file), 0);
+  EXPECT_EQ(ReadWholeFile(new_file), "second");
+  EXPECT_EQ(os::ReplaceFile(old_file, new_file), 1);
+  EXPECT_EQ(ReadWholeFile(old_file), "second");
+  EXPECT_FALSE(std::filesystem::exists(new_file));
+}
+
 }  // namespace
