@@ -1,8 +1,12 @@
-// Windows and messages. A window belongs to the thread that created it: only that thread's message
-// loop runs its procedure. Each window has a rectangle and an off-screen picture.
+// Windows and messages. A window belongs to the thread that created it: only that thread runs its
+// procedure, from its message loop. Each window has a rectangle and an off-screen picture.
+//
+// Any thread may call any of these operations unless they say otherwise; docs/threads.md has the
+// rules by which threads wait for each other.
 #pragma once
 
 #include <functional>
+#include <span>
 
 #include "platform/framework/export.h"
 #include "platform/framework/geometry.h"
@@ -26,40 +30,71 @@ struct Message {
   LPARAM m_lparam = 0;
 };
 
+// An exception that a procedure lets out is reported, and the answer is 0.
 using WindowProcedure = std::function<LRESULT(HWND, UINT, WPARAM, LPARAM)>;
 
-// Makes a window of the calling thread. `parent` may be null; a destroyed parent destroys its
-// children. The procedure runs on the calling thread only and may create, destroy and send.
+// Makes a window of the calling thread, which ends with it at the latest. `parent` may be null, or
+// a window of any thread; a destroyed parent destroys its children. The procedure is called and
+// ends in the calling thread only and may create, destroy and send. Null without a procedure and
+// for a parent that is stale or being destroyed.
 ZEBX_API HWND CreateWindow(HWND parent, const CString& title, const CRect& rectangle,
                            WindowProcedure procedure);
-// Destroys a window and its children: kWmDestroy is sent first, waiting senders get 0, queued
-// messages and timers are dropped. 1, or 0 for a stale handle or from another thread.
+// Destroys a window of the calling thread and everything below it: kWmDestroy goes to the window
+// first, then to its children; waiting senders get 0, queued messages and timers are dropped. A
+// child of another thread is gone at once and gets kWmDestroy when its thread's loop runs next. 1,
+// or 0 for a stale handle, from another thread, and while it is being destroyed already.
+//
+// The end of a thread destroys its windows without telling them.
 ZEBX_API int DestroyWindow(HWND window);
-// Safe for any value, from any thread: handles are never used again.
+// Safe for any value: handles are never used again.
 ZEBX_API int IsWindow(HWND window);
-// In pixels of the screen. 1, or 0 for a stale handle.
+// The title; empty for a stale handle.
+ZEBX_API CString GetWindowText(HWND window);
+// In pixels of the screen, for children too: moving a parent leaves them. 1, or 0 for a stale
+// handle.
 ZEBX_API int GetWindowRect(HWND window, CRect* rectangle);
 ZEBX_API int MoveWindow(HWND window, const CRect& rectangle);
 
-// Queues a message for the window's thread. 1, or 0 for a stale handle.
+// A window's picture: rows from the top, without gaps, of pixels of four bytes: blue, green, red
+// and one that means nothing. Borrowed.
+struct WindowPicture {
+  CSize m_size;
+  std::span<BYTE> m_pixels;
+};
+
+// Hands the picture, as large as the window and black at first and after a change of size, to
+// `use`, which may draw and read until it returns. Meanwhile other users of this picture wait, so
+// `use` must not send messages, wait for anybody, or ask for the picture of a window; it may post.
+// 1, or 0 with `use` not called for a stale handle and for a window without area or of more than
+// 16384 pixels a side.
+ZEBX_API int WithWindowPicture(HWND window, const std::function<void(const WindowPicture&)>& use);
+
+// Queues a message for the window's thread. 1, or 0 for a stale handle and when 10000 messages wait
+// in that thread already.
 ZEBX_API int PostMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 // Runs the window's procedure and returns its answer: directly in the window's own thread,
-// otherwise by its message loop, while the caller waits (and answers what is sent to its own
+// otherwise from its message loop, while the caller waits (and answers what is sent to its own
 // windows). 0 for a stale handle, and when the window or its thread ends first.
 ZEBX_API LRESULT SendMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-// Sends kWmTimer with `timer` as wparam every `interval_ms` of the clock in force, from the owner's
-// loop; late ones are merged. 1, or 0 for a stale handle.
+
+// Queues kWmTimer with `timer` as wparam every `interval_ms` (at least 1) of the clock in force,
+// for as long as nothing else waits in the thread; late ones are merged. A timer of the same number
+// starts anew. 1, or 0 for a stale handle.
 ZEBX_API int SetTimer(HWND window, UINT timer, DWORD interval_ms);
+// 1, or 0 when there is no such timer. A message that is taken already is not called back.
 ZEBX_API int KillTimer(HWND window, UINT timer);
 
-// Takes the calling thread's next message, waiting for one; sent messages are answered and timers
-// fire meanwhile. 0 for the quit message, else 1.
+// Takes the calling thread's next message, waiting for one: first what was posted, then the quit
+// message, then due timers. What other threads send is answered first and meanwhile. A clock that
+// is stepped by hand is noticed within 10 ms. 0 for the quit message, else 1.
 ZEBX_API int GetMessage(Message* message);
-// The same without waiting: 0 when nothing is queued.
-ZEBX_API int PeekMessage(Message* message);
-// Runs the window's procedure for a message taken.
+// The same without waiting: 1 for every message, 0 when there is none. With a window, or with
+// message numbers from `first` to `last` unless both are 0, other messages stay queued.
+ZEBX_API int PeekMessage(Message* message, HWND window = nullptr, UINT first = 0, UINT last = 0);
+// Runs the window's procedure for a message taken and returns its answer; 0 for a window that is
+// gone or of another thread.
 ZEBX_API LRESULT DispatchMessage(const Message& message);
-// Queues the quit message for the calling thread.
+// Queues the quit message, with the exit code as wparam, for the calling thread.
 ZEBX_API void PostQuitMessage(int exit_code);
 
 }  // namespace os

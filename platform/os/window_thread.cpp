@@ -1,0 +1,64 @@
+#include "platform/os/window_thread.h"
+
+#include <exception>
+
+#include "platform/framework/error_report.h"
+
+namespace os {
+namespace {
+
+void AnswerNothing(const SentMessages& messages) {
+  for (const auto& sent : messages) MessageQueue::Answer(*sent, 0);
+}
+
+thread_local bool thread_has_ended = false;
+
+// Ends with its thread.
+struct ThreadWindows {
+  const std::shared_ptr<MessageQueue> m_queue = std::make_shared<MessageQueue>();
+
+  ThreadWindows() = default;
+  ThreadWindows(const ThreadWindows&) = delete;
+  ThreadWindows& operator=(const ThreadWindows&) = delete;
+  // The procedures are not told: what they refer to may have ended with the thread's function.
+  ~ThreadWindows() {
+    thread_has_ended = true;
+    WindowTable& table = WindowTable::Get();
+    while (const HWND window = table.AnyOfThread(*m_queue)) DestroyTree(window, *m_queue, false);
+    AnswerNothing(m_queue->Close());
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<MessageQueue> ThisThreadQueue() {
+  if (thread_has_ended) {
+    auto closed = std::make_shared<MessageQueue>();
+    closed->Close();
+    return closed;
+  }
+  thread_local const ThreadWindows windows;
+  return windows.m_queue;
+}
+
+LRESULT CallProcedure(const Window& window, const Message& message) noexcept {
+  try {
+    return window.m_procedure(window.m_handle, message.m_message, message.m_wparam,
+                              message.m_lparam);
+  } catch (const std::exception& failure) {
+    ReportError(failure);
+    return 0;
+  }
+}
+
+bool DestroyTree(HWND handle, const MessageQueue& own_queue, bool tell) {
+  WindowTable& table = WindowTable::Get();
+  if (!table.Condemn(handle)) return false;
+  const auto own = table.OfThread(handle, own_queue);
+  if (own != nullptr && tell) CallProcedure(*own, {handle, kWmDestroy, 0, 0});
+  while (const HWND child = table.TakeChild(handle)) DestroyTree(child, own_queue, tell);
+  AnswerNothing(own != nullptr ? table.Remove(handle) : table.RemoveFromOtherThread(handle));
+  return true;
+}
+
+}  // namespace os
