@@ -1,0 +1,41 @@
+// Drawing of single pictures.
+#include <algorithm>
+#include <vector>
+
+#include "platform/noxdisplay/noxdisplay.h"
+#include "platform/os/graphics.h"
+
+namespace {
+
+constexpr int kGood = 0;
+constexpr int kFailed = 1;
+constexpr WORD kBitCount = 24;
+constexpr std::size_t kPixelBytes = 3;
+
+// The rows with the padding that a DIB wants.
+std::vector<BYTE> PadRows(const BYTE* picture, const os::PixelLayout& layout) {
+  const std::size_t row_bytes = static_cast<std::size_t>(layout.m_width) * kPixelBytes;
+  std::vector<BYTE> padded(layout.TotalBytes());
+  for (std::size_t row = 0; row < static_cast<std::size_t>(layout.m_height); ++row) {
+    std::copy_n(picture + row * row_bytes, row_bytes, padded.data() + row * layout.m_pitch_bytes);
+  }
+  return padded;
+}
+
+}  // namespace
+
+int noxshowDrawDib(const BYTE* picture, const CSize* size, HDC dc, const CRect* target) {
+  if (picture == nullptr || size == nullptr || target == nullptr) return kFailed;
+  os::BitmapInfoHeader header;
+  header.m_width = size->cx;
+  header.m_height = size->cy;
+  header.m_bit_count = kBitCount;
+  const auto layout = os::PixelLayout::Of(header);
+  if (!layout || layout->m_top_down) return kFailed;
+
+  os::SetStretchBltMode(dc, os::StretchMode::kHalftone);
+  const int rows =
+      os::StretchDIBits(dc, target->left, target->top, target->Width(), target->Height(), 0, 0,
+                        size->cx, size->cy, PadRows(picture, *layout), header, {}, os::kSrcCopy);
+  return rows != os::kGdiError ? kGood : kFailed;
+}

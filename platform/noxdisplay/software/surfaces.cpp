@@ -1,0 +1,28 @@
+// The state of the display's surfaces as a whole.
+#include <atomic>
+
+#include "platform/noxdisplay/noxdisplay.h"
+#include "platform/noxdisplay/software/display_control.h"
+
+namespace {
+
+std::atomic<bool> surfaces_lost = false;
+
+}  // namespace
+
+namespace noxdisplay {
+
+void LoseSurfaces() {
+  surfaces_lost = true;
+}
+
+}  // namespace noxdisplay
+
+int noxshowIsLost() {
+  return surfaces_lost ? 1 : 0;
+}
+
+int noxshowRestore() {
+  surfaces_lost = false;
+  return 0;
+}
