@@ -2,6 +2,7 @@
 #pragma once
 
 // Types, files, times, and where errors are reported.
+#include "platform/framework/bitmap.h"
 #include "platform/framework/clock.h"
 #include "platform/framework/error_report.h"
 #include "platform/framework/file.h"
@@ -11,10 +12,12 @@
 #include "platform/framework/time.h"
 #include "platform/framework/types.h"
 
-// Drives, deletion, and the tick counter.
+// Drives, deletion, the tick counter, and drawing.
+#include "platform/os/bitmap_resources.h"
 #include "platform/os/clock.h"
 #include "platform/os/drives.h"
 #include "platform/os/files.h"
+#include "platform/os/graphics.h"
 
 // Picture formats.
 #include "capture/picture_formats.h"
@@ -23,7 +26,14 @@
 #include "platform/noxcodec/noxcodec.h"
 
 // Recording files.
+// Pictures and snapshots.
+#include "image/dib_obj.h"
+#include "image/image.h"
+
+// Recording files and face files.
 #include "record/frame_block.h"
+#include "record/mox_face.h"
+#include "record/mox_file.h"
 #include "record/zeb_file.h"
 #include "record/zeb_file_info.h"
 #include "record/zeb_frame_data.h"
