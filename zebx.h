@@ -25,7 +25,6 @@
 // Decoding what a recording holds.
 #include "platform/noxcodec/noxcodec.h"
 
-// Recording files.
 // Pictures and snapshots.
 #include "image/dib_obj.h"
 #include "image/image.h"

@@ -1,0 +1,35 @@
+#include "platform/zebdev/software/virtual_device_plan.h"
+
+#include <utility>
+
+#include "platform/zebdev/software/virtual_device_library.h"
+
+namespace zebdev {
+
+VirtualDevice MakeVirtualDevice(DWORD device_type, BYTE channels) {
+  VirtualDevice device;
+  device.m_capability.m_device_type = device_type;
+  device.m_capability.m_channels = channels;
+  device.m_capability.m_io_ports = 1;
+  device.m_capability.m_watchdog = kDeviceWatchdogBit;
+  device.m_capability.m_tv = kDeviceTvBit;
+  return device;
+}
+
+void SetDevicePlan(std::vector<VirtualDevice> devices) {
+  VirtualDeviceLibrary::Instance().SetPlan(std::move(devices));
+}
+
+void FailCall(Function function, DWORD nth) {
+  VirtualDeviceLibrary::Instance().FailCall(function, nth);
+}
+
+void StartJournal() {
+  VirtualDeviceLibrary::Instance().StartJournal();
+}
+
+std::vector<CString> TakeJournal() {
+  return VirtualDeviceLibrary::Instance().TakeJournal();
+}
+
+}  // namespace zebdev

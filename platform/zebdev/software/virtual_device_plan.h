@@ -1,0 +1,57 @@
+// What the virtual device library pretends is plugged in, which of its calls fail, and a journal of
+// the calls it gets. For tests and tools that set up the virtual device; any thread may call.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "platform/framework/export.h"
+#include "platform/zebdev/device_records.h"
+
+namespace zebdev {
+
+// One device. Its channels are numbered from 0 to the channel count of its capability record.
+struct VirtualDevice {
+  tag_DEVICECAP m_capability = {};
+  // What the device tells about itself while it is open, when that is something else.
+  std::optional<tag_DEVICECAP> m_capability_when_open;
+};
+
+// A device of the type bit with that many channels, and with TV output, watchdog and I/O ports.
+ZEBX_API VirtualDevice MakeVirtualDevice(DWORD device_type, BYTE channels);
+
+// Makes these the devices that are present, in the order of their numbers; without a plan there is
+// none. Everything starts anew: the library is not initialised, the handles of earlier devices are
+// void, the calls that were to fail and the journal are forgotten.
+ZEBX_API void SetDevicePlan(std::vector<VirtualDevice> devices);
+
+// The functions that the virtual devices implement.
+enum class Function {
+  kInitialize,
+  kInvalidate,
+  kGetDeviceNum,
+  kCreateDevice,
+  kDestroyDevice,
+  kGetDeviceCap,
+  kOpenDevice,
+  kCloseDevice,
+  kSetTVOut,
+  kIOCtl,
+  kRestore,
+  kChIsValidID,
+};
+
+inline constexpr int kFunctions = 12;
+
+// Makes the n-th call of the function from now on fail without any effect; 1 is the next one. Each
+// order stands for itself, so several calls can be told to fail.
+ZEBX_API void FailCall(Function function, DWORD nth);
+
+// Starts an empty journal: from now on every call is one line of the function's name, its device
+// number and the arguments that go in, as in `noxdevOpenDevice 0 3 d:\dev\`, with ` failed` behind
+// a call that was refused. A handle that is none is `-`.
+ZEBX_API void StartJournal();
+// The lines since the last call or the start. Empty without a journal.
+ZEBX_API std::vector<CString> TakeJournal();
+
+}  // namespace zebdev
