@@ -19,8 +19,10 @@
 #include "platform/os/files.h"
 #include "platform/os/graphics.h"
 
-// Picture formats.
+// Picture formats and capture control.
+#include "capture/notify.h"
 #include "capture/picture_formats.h"
+#include "capture/zebx.h"
 
 // Decoding what a recording holds.
 #include "platform/noxcodec/noxcodec.h"

@@ -1,0 +1,73 @@
+// The capture control functions that hosts call: the library's start and end, its boards, what they
+// can do, and the watermark.
+//
+// Results are 1 for success and 0 for failure unless said otherwise. Boards are numbered from 0
+// over all devices; a board that no device has, and a camera on such a board, is a failure. So is a
+// null pointer. The host's thread only.
+#pragma once
+
+#include "capture/notify.h"
+#include "platform/framework/export.h"
+#include "platform/framework/types.h"
+#include "record/zeb_file_info.h"
+
+extern "C" {
+
+// Initialises the library. The callback may be null; `user_data` comes back with every call of it.
+// The window is borrowed until zebxCloseZebx; the directory, without its last backslash, is copied.
+// The start-up word is the device library's own. Without any device this is 1 all the same; when
+// the library is initialised already it is 1 too, and the arguments are ignored.
+ZEBX_API int zebxInitZebx(DWORD start_up_word, ZEBX_NOTIFY_PROC notify, std::uintptr_t user_data,
+                          HWND host_window, const char* device_directory);
+// Closes every board and device. The library can be initialised again. The database and the
+// watermark settings stay.
+ZEBX_API void zebxCloseZebx();
+ZEBX_API int zebxIsZebxInit();
+
+ZEBX_API DWORD zebxGetBoardNum();
+// Cameras of the board, of all boards; 0 for a board that is not there.
+ZEBX_API DWORD zebxGetCameraNum(WORD board);
+ZEBX_API DWORD zebxGetTotalCamera();
+// 0 while the library is not initialised.
+ZEBX_API int zebxIsValidBoardIndex(WORD board);
+// The device library's own answer, not 0 when the camera's channel exists.
+ZEBX_API int zebxIsValidCameraID(const tag_ZEBCAMERAID* id);
+
+// Opens a board for pictures of the frame size at the speed (a number of the device library's own).
+// The device's first board to open takes frame sizes 3, 7, 131 and 135 only. Opening an open board
+// is 1 and changes nothing.
+ZEBX_API int zebxOpenBoard(WORD board, DWORD frame_size, DWORD speed);
+// Closes a board; a closed one is no failure. Close its cameras first: it stops no channel.
+ZEBX_API int zebxCloseBoard(WORD board);
+ZEBX_API int zebxIsBoardOpen(WORD board);
+
+// The frame size of the last opening, 0xFF before the first.
+ZEBX_API int zebxGetFrameSize(WORD board, DWORD* frame_size);
+ZEBX_API int zebxGetSpeed(WORD board, DWORD* speed);
+ZEBX_API int zebxSetSpeed(WORD board, DWORD speed);
+// The type code of the board, with 0x80 on a device's second board; 0 for none.
+ZEBX_API BYTE zebxGetBoardType(WORD board);
+// 0 for a device's first board, 1 for its second, 0xFFFFFFFF for none.
+ZEBX_API DWORD zebxGet8PortStreamIndex(WORD board);
+
+// TV output, watchdog and I/O ports are on a device's first board only. The first two answer the
+// capability bit itself.
+ZEBX_API int zebxIsTVSupport(WORD board);
+ZEBX_API int zebxIsWatchDog(WORD board);
+ZEBX_API int zebxIsIOSupport(WORD board);
+// The words and the control code go to the device unchanged.
+ZEBX_API int zebxSetTVOut(WORD board, DWORD first, DWORD second);
+ZEBX_API int zebxIOCtrl(WORD board, BYTE code, DWORD first, DWORD second);
+
+// Whether a camera has sound.
+ZEBX_API int zebxIsVoice(const tag_ZEBCAMERAID* id);
+// Fixed answers about board types, of which only the low 8 bits count; the library need not be
+// initialised. Second boards have no high quality.
+ZEBX_API int zebxIsHQSupport(DWORD board_type);
+ZEBX_API int zebxIsAudioSupport(DWORD board_type, DWORD camera_index);
+
+// The watermark takes effect when a camera is opened or set up anew. These two are always 1. Of the
+// transparency only the low byte counts; more than 128 is 128.
+ZEBX_API int zebxEnableWaterMark(int is_enabled);
+ZEBX_API int zebxSetWaterMarkTrans(DWORD transparency);
+}

@@ -1,0 +1,37 @@
+// A capture library over planned virtual devices, closed again after the test.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "capture/zebx.h"
+#include "platform/zebdev/software/virtual_device_plan.h"
+
+using zebdev::MakeVirtualDevice;
+
+class CaptureLibrary : public testing::Test {
+ protected:
+  using Lines = std::vector<CString>;
+
+  ~CaptureLibrary() override {
+    zebxCloseZebx();
+    zebdev::SetDevicePlan({});
+  }
+
+  // Plugs the devices in and keeps a journal; whoever wants calls to fail says so before
+  // Initialize.
+  static void Plan(std::vector<zebdev::VirtualDevice> devices) {
+    zebdev::SetDevicePlan(std::move(devices));
+    zebdev::StartJournal();
+  }
+
+  static int Initialize() { return zebxInitZebx(7, nullptr, 0, nullptr, "d:\\dev"); }
+
+  // Both in one, with an empty journal afterwards.
+  static void InitializeWith(std::vector<zebdev::VirtualDevice> devices) {
+    Plan(std::move(devices));
+    ASSERT_EQ(Initialize(), 1);
+    zebdev::TakeJournal();
+  }
+};
