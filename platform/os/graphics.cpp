@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "platform/framework/bitmap.h"
-#include "platform/os/window_picture.h"
 #include "platform/os/windows.h"
 
 namespace os {
@@ -101,6 +100,26 @@ HBITMAP AddBitmap(const PixelLayout& layout, std::span<BYTE>* bits) {
   return handle;
 }
 
+// The form of the screen's pictures: rows from the top, 4 bytes a pixel.
+std::optional<PixelLayout> ScreenLayout(CSize size) {
+  BitmapInfoHeader header;
+  header.m_width = size.cx;
+  header.m_height = -size.cy;
+  header.m_bit_count = 32;
+  return PixelLayout::Of(header);
+}
+
+bool WithWindowPixels(HWND window, const std::function<void(const PixelTarget&)>& draw) {
+  bool drawn = false;
+  WithWindowPicture(window, [&](const WindowPicture& picture) {
+    const auto layout = ScreenLayout(picture.m_size);
+    if (!layout) return;
+    draw({*layout, picture.m_pixels, {}});
+    drawn = true;
+  });
+  return drawn;
+}
+
 // Lets `draw` work on the picture that a context stands for. False when there is none.
 bool WithPicture(const DeviceContext& context,
                  const std::function<void(const PixelTarget&)>& draw) {
@@ -110,7 +129,7 @@ bool WithPicture(const DeviceContext& context,
       draw(context.m_picture->Target());
       return true;
     case DeviceContext::Kind::kWindow:
-      return WithWindowPicture(context.m_window, draw) != 0;
+      return WithWindowPixels(context.m_window, draw);
     case DeviceContext::Kind::kScreen:
       break;
   }
@@ -205,11 +224,7 @@ HBITMAP CreateDIBitmap(HDC dc, const BitmapInfoHeader& header, std::span<const B
                        std::span<const BYTE> color_table) {
   const auto layout = PixelLayout::Of(header);
   if (FindContext(dc) == nullptr || !layout || bits.size() < layout->TotalBytes()) return nullptr;
-  BitmapInfoHeader screen_form;
-  screen_form.m_width = layout->m_width;
-  screen_form.m_height = -layout->m_height;
-  screen_form.m_bit_count = 32;
-  const auto screen_layout = PixelLayout::Of(screen_form);
+  const auto screen_layout = ScreenLayout({layout->m_width, layout->m_height});
   if (!screen_layout) return nullptr;
 
   std::span<BYTE> screen_bits;
