@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -41,6 +42,15 @@ class MemoryFileSystem final : public FileSystem {
     return std::make_unique<Handle>(found->second);
   }
   CString FullPath(const CString& path) override { return path; }
+  // There are no directories.
+  std::optional<std::vector<DirectoryEntry>> List(const CString&) override { return std::nullopt; }
+  std::optional<FileStatus> Status(const CString& path) override {
+    const auto found = m_files.find(path);
+    if (found == m_files.end()) return std::nullopt;
+    FileStatus status;
+    status.m_length = found->second->size();
+    return status;
+  }
   bool IsSameFile(const CString& path, const CString& other) override {
     return path == other && Has(path);
   }

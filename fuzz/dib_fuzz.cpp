@@ -1,0 +1,47 @@
+// Arbitrary bytes as a BMP file and as a bitmap resource: loaded, saved, converted and drawn within
+// the memory they have.
+#include <algorithm>
+#include <string>
+
+#include "image/dib_obj.h"
+#include "platform/os/bitmap_resources.h"
+#include "platform/os/graphics.h"
+#include "tests/support/memory_file_system.h"
+
+namespace {
+
+constexpr UINT kResource = 1;
+constexpr DWORD kOutputBitCount = 24;
+
+void Exercise(CDibObj& dib, HDC canvas) {
+  const BYTE* const data = dib.GetData();
+  static_cast<void>(std::count(data, data + dib.GetDataSize(), BYTE{0}));
+  dib.SaveBmp("saved");
+  dib.Display(canvas, 0, 0, os::kSrcCopy);
+  dib.Display(canvas, -3, -3, 9, 9, 1, 1, 5, 5, os::kSrcCopy);
+  os::DeleteObject(dib.CreateBitmap());
+  dib.ConvertFormat(7, 5, kOutputBitCount);
+  dib.ConvertFormat(dib.GetWidth(), 3, kOutputBitCount);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const BYTE* bytes, std::size_t size) {
+  MemoryFileSystem disk;
+  disk.Put("in", std::string(bytes, bytes + size));
+  os::RegisterBitmapResource(kResource, {bytes, size});
+
+  os::BitmapInfoHeader header;
+  header.m_width = header.m_height = 8;
+  header.m_bit_count = kOutputBitCount;
+  std::span<BYTE> bits;
+  const HDC canvas = os::CreateCompatibleDC(os::GetDC(nullptr));
+  const HBITMAP bitmap = os::CreateDIBSection(canvas, header, &bits);
+  os::SelectObject(canvas, bitmap);
+  CDibObj dib;
+  if (dib.LoadBmp(CString("in")) == 1) Exercise(dib, canvas);
+  if (dib.LoadBmp(kResource) == 1) Exercise(dib, canvas);
+  os::DeleteDC(canvas);
+  os::DeleteObject(bitmap);
+  return 0;
+}

@@ -1,0 +1,208 @@
+#include "image/dib_obj.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/os/bitmap_resources.h"
+#include "platform/os/graphics.h"
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+// 3 * 2 pixels of 4 bits with the two colours red and green: header, colours, rows.
+const std::string kHeader =
+    "\x28\0\0\0\3\0\0\0\2\0\0\0\1\0\4\0"
+    "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\2\0\0\0\0\0\0\0"s;
+const std::string kColors = "\0\0\xFF\0\0\xFF\0\0"s;
+const std::string kRows =
+    "\x00\x10\0\0"    // bottom: red red green
+    "\x11\x00\0\0"s;  // top: green green red
+const std::string kDib = kHeader + kColors + kRows;
+const std::string kFileHeader = "BM\x46\0\0\0\0\0\0\0\x3E\0\0\0"s;
+const std::string kFile = kFileHeader + kDib;
+
+std::span<const BYTE> Bytes(const std::string& text) {
+  return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
+}
+
+std::string DataOf(const CDibObj& dib) {
+  const BYTE* data = dib.GetData();
+  return {data, data + dib.GetDataSize()};
+}
+
+std::string WithByte(std::string bytes, std::size_t at, char value) {
+  bytes[at] = value;
+  return bytes;
+}
+
+class DibObj : public testing::Test {
+ protected:
+  int Load(const std::string& bytes) {
+    WriteWholeFile(m_path, bytes);
+    return m_dib.LoadBmp(m_path);
+  }
+
+  TempDir m_dir;
+  const std::string m_path = m_dir.File("picture.bmp");
+  CDibObj m_dib;
+};
+
+TEST_F(DibObj, LoadsAndSavesAFileByteForByte) {
+  ASSERT_EQ(Load(kFile), 1);
+  EXPECT_EQ(m_dib.GetWidth(), 3U);
+  EXPECT_EQ(m_dib.GetHeight(), 2U);
+  EXPECT_EQ(m_dib.GetBitCount(), 4U);
+  EXPECT_EQ(m_dib.GetColorNumbers(), 2U);
+  EXPECT_EQ(m_dib.GetPaletteSize(), 8U);
+  EXPECT_EQ(m_dib.GetWidthBytes(), 4U);
+  EXPECT_EQ(DataOf(m_dib), kRows);
+  const std::string copy = m_dir.File("copy.bmp");
+  WriteWholeFile(copy, std::string(1000, 'x'));
+  ASSERT_EQ(m_dib.SaveBmp(copy), 1);
+  EXPECT_EQ(ReadWholeFile(copy), kFile);
+}
+
+TEST_F(DibObj, TakesPixelsToFollowTheColoursWhateverTheFileHeaderSays) {
+  const std::string gap = "\x11\x11\x11\x11";
+  ASSERT_EQ(Load(WithByte(kFileHeader, 10, '\x42') + kHeader + kColors + gap + kRows), 1);
+  EXPECT_EQ(DataOf(m_dib), gap + kRows.substr(0, 4));
+}
+
+TEST_F(DibObj, IsLeftEmptyByAFileThatIsNoWholePicture) {
+  constexpr char kNegative = '\xFF';
+  const std::string files[] = {"",
+                               "BM",
+                               WithByte(kFile, 0, 'b'),
+                               kFile.substr(0, 53),
+                               kFile.substr(0, kFile.size() - 1),
+                               WithByte(kFile, 14 + 7, kNegative),   // width
+                               WithByte(kFile, 14 + 11, kNegative),  // height
+                               WithByte(kFile, 14 + 7, '\x7F'),      // width
+                               WithByte(kFile, 14 + 11, '\x40'),     // height: rows wrap to 0 bytes
+                               WithByte(kFile, 14 + 35, kNegative)};  // colours
+  for (const std::string& file : files) {
+    ASSERT_EQ(Load(kFile), 1);
+    EXPECT_EQ(Load(file), 0) << testing::PrintToString(file);
+    EXPECT_EQ(m_dib.IsEmpty(), 1);
+  }
+  ASSERT_EQ(Load(kFile), 1);
+  EXPECT_EQ(m_dib.LoadBmp(m_dir.File("missing.bmp")), 0);
+  EXPECT_EQ(m_dib.IsEmpty(), 1);
+  EXPECT_EQ(m_dib.LoadBmp(""), 0);
+}
+
+TEST_F(DibObj, TakesADiskErrorForAFailure) {
+  FaultyFileSystem disk;
+  ASSERT_EQ(Load(kFile), 1);
+  disk.FailCall(FaultyFileSystem::kWrite, disk.Calls(FaultyFileSystem::kWrite) + 1);
+  EXPECT_EQ(m_dib.SaveBmp(m_dir.File("copy.bmp")), 0);
+  EXPECT_EQ(m_dib.SaveBmp(m_dir.File("no/such/place.bmp")), 0);
+  EXPECT_EQ(m_dib.IsEmpty(), 0);
+  disk.FailCall(FaultyFileSystem::kRead, disk.Calls(FaultyFileSystem::kRead) + 3);
+  EXPECT_EQ(m_dib.LoadBmp(m_path), 0);
+  EXPECT_EQ(m_dib.IsEmpty(), 1);
+}
+
+TEST_F(DibObj, LoadsAResourceByTheLow16BitsOfItsNumber) {
+  os::RegisterBitmapResource(101, Bytes(kDib + "behind"));
+  os::RegisterBitmapResource(102, Bytes(kDib.substr(0, kDib.size() - 1)));
+  EXPECT_EQ(m_dib.LoadBmp(0x10000U + 101), 1);
+  EXPECT_EQ(DataOf(m_dib), kRows);
+  EXPECT_EQ(m_dib.LoadBmp(102U), 0);
+  EXPECT_EQ(m_dib.IsEmpty(), 1);
+  EXPECT_EQ(m_dib.LoadBmp(103U), 0);
+}
+
+TEST_F(DibObj, ConvertsAPaletteTo24BitsAtAnotherSize) {
+  ASSERT_EQ(Load(kFile), 1);
+  ASSERT_EQ(m_dib.ConvertFormat(3, 4, 24), 1);
+  EXPECT_EQ(m_dib.GetBitCount(), 24U);
+  EXPECT_EQ(m_dib.GetPaletteSize(), 0U);
+  const std::string red = "\0\0\xFF"s;
+  const std::string green = "\0\xFF\0"s;
+  const std::string padding = "\0\0\0"s;
+  const std::string bottom = red + red + green + padding;
+  const std::string top = green + green + red + padding;
+  EXPECT_EQ(DataOf(m_dib), bottom + bottom + top + top);
+  ASSERT_EQ(m_dib.SaveBmp(m_path), 1);
+  const std::string header = "\x28\0\0\0\3\0\0\0\4\0\0\0\1\0\x18\0\0\0\0\0\x30\0\0\0"s;
+  EXPECT_EQ(ReadWholeFile(m_path),
+            "BM\x66\0\0\0\0\0\0\0\x36\0\0\0"s + header + std::string(16, '\0') + DataOf(m_dib));
+}
+
+TEST_F(DibObj, ConvertsNothingToWhatItIsAlreadyOrCannotBe) {
+  EXPECT_EQ(m_dib.ConvertFormat(3, 2, 24), 0) << "empty";
+  ASSERT_EQ(Load(kFile), 1);
+  for (const DWORD bit_count : {0U, 8U, 32U}) EXPECT_EQ(m_dib.ConvertFormat(3, 2, bit_count), 0);
+  EXPECT_EQ(m_dib.ConvertFormat(0, 2, 24), 0);
+  EXPECT_EQ(m_dib.ConvertFormat(3, 0xFFFFFFFF, 24), 0);
+  EXPECT_EQ(m_dib.ConvertFormat(0x7FFFFFFF, 0x7FFFFFFF, 24), 0);
+  EXPECT_EQ(DataOf(m_dib), kRows);
+  ASSERT_EQ(m_dib.ConvertFormat(3, 2, 24), 1);
+  const BYTE* const data = m_dib.GetData();
+  EXPECT_EQ(m_dib.ConvertFormat(3, 2, 24), 1);
+  EXPECT_EQ(m_dib.GetData(), data);
+}
+
+TEST_F(DibObj, RefusesToDrawOrConvertACompressedPicture) {
+  ASSERT_EQ(Load(WithByte(kFile, 14 + 16, 2)), 1);
+  EXPECT_EQ(m_dib.ConvertFormat(3, 2, 24), 0);
+  EXPECT_EQ(m_dib.CreateBitmap(), nullptr);
+  EXPECT_EQ(DataOf(m_dib), kRows);
+}
+
+TEST_F(DibObj, DrawsAllOrPartOfItself) {
+  constexpr DWORD kRed = 0x0000FF;
+  constexpr DWORD kGreen = 0x00FF00;
+  const HDC dc = os::CreateCompatibleDC(os::GetDC(nullptr));
+  EXPECT_EQ(m_dib.Display(dc, 0, 0, os::kSrcCopy), 0) << "empty";
+  EXPECT_EQ(m_dib.CreateBitmap(), nullptr) << "empty";
+  ASSERT_EQ(Load(kFile), 1);
+  EXPECT_EQ(m_dib.Display(dc, 0, 0, os::kSrcCopy), 0) << "nothing to draw into";
+
+  const HBITMAP canvas = m_dib.CreateBitmap();
+  os::SelectObject(dc, canvas);
+  EXPECT_EQ(os::GetPixel(dc, 2, 0), kRed);
+  EXPECT_EQ(os::GetPixel(dc, 2, 1), kGreen);
+  EXPECT_EQ(m_dib.Display(dc, 1, 1, os::kSrcCopy), 1);
+  EXPECT_EQ(os::GetPixel(dc, 0, 1), kRed);
+  EXPECT_EQ(os::GetPixel(dc, 1, 1), kGreen);
+  // The right-hand pixel of the bottom row onto everything.
+  EXPECT_EQ(m_dib.Display(dc, CRect{0, 0, 3, 2}, CRect{2, 0, 3, 1}, os::kSrcCopy), 1);
+  for (int x = 0; x < 3; ++x) EXPECT_EQ(os::GetPixel(dc, x, 0), kGreen);
+  os::DeleteDC(dc);
+  os::DeleteObject(canvas);
+}
+
+TEST(DibSizes, FollowFromAnyHeaderInMemory) {
+  const auto dib = [](char width, char height, char bits, char colors) {
+    std::string header(40, '\0');
+    header[4] = width;
+    header[8] = height;
+    header[14] = bits;
+    header[32] = colors;
+    return header;
+  };
+  const auto colors = [](const std::string& header) {
+    return CDibObj::GetColorNumbers(Bytes(header).data());
+  };
+  EXPECT_EQ(colors(dib(1, 1, 1, 0)), 2U);
+  EXPECT_EQ(colors(dib(1, 1, 4, 0)), 16U);
+  EXPECT_EQ(colors(dib(1, 1, 8, 0)), 256U);
+  for (const char bits : {char{16}, char{24}, char{32}}) EXPECT_EQ(colors(dib(1, 1, bits, 0)), 0U);
+  EXPECT_EQ(colors(dib(1, 1, 24, 7)), 7U);
+  const std::string header = dib(3, 5, 24, 7);
+  EXPECT_EQ(CDibObj::GetPaletteSize(Bytes(header).data()), 28U);
+  EXPECT_EQ(CDibObj::GetDataSize(Bytes(header).data()), 60U);
+  EXPECT_EQ(CDibObj::GetWidthBytes(1), 4U);
+  EXPECT_EQ(CDibObj::GetWidthBytes(72), 12U);
+  EXPECT_EQ(CDibObj::GetWidthBytes(96), 12U);
+}
+
+}  // namespace
