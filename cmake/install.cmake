@@ -19,7 +19,7 @@ file(RELATIVE_PATH ZEBX_INCLUDEDIR ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_
 configure_file(cmake/zebx.pc.in ${PROJECT_BINARY_DIR}/zebx.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zebx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-foreach(folder IN ITEMS platform record image capture)
+foreach(folder IN ITEMS platform record image capture storage)
   install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zebx
           FILES_MATCHING PATTERN "*.h" PATTERN software EXCLUDE)
 endforeach()

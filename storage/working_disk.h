@@ -1,0 +1,32 @@
+// Which disk new recordings go to: judging its free space, choosing another, and making room by
+// deleting the oldest days.
+#pragma once
+
+#include "platform/framework/object.h"
+#include "platform/framework/types.h"
+#include "storage/storage_messages.h"
+
+class CHddObj;
+
+// A disk list holds CHddObj in the order of their addition; an entry may be null. The working disk
+// is named by its drive root and may name none.
+
+enum : int {
+  kWorkingDiskNone = -1,
+  kWorkingDiskFine = 0,
+  kWorkingDiskFull = 1,   // below its reserved space: recycle or change it now
+  kWorkingDiskShort = 2,  // below its alarm space
+};
+
+// The first disk on the drive of `working_disk`, borrowed; null when there is none.
+CHddObj* FindWorkingDisk(const CObList& disks, const CString& working_disk);
+
+// Judges the working disk's free space by its own thresholds and answers it in `free_mb`, which is
+// untouched for kWorkingDiskNone: no such disk, or one that does not answer.
+int CheckWorkingDisk(const CObList& disks, const CString& working_disk, DWORD& free_mb);
+
+// Makes the first disk with more than its alarm space free the working disk. When there is none,
+// deletes the oldest day before today of the disks that recycle, day by day until a disk counts as
+// free, and tells the host window each day deleted. 0 with `working_disk` set, 1 with it emptied
+// when nothing can be recycled, -1 with it untouched when the list is empty.
+int ChooseWorkingDisk(const CObList& disks, HWND host_window, CString& working_disk);
