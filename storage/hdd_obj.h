@@ -175,11 +175,12 @@ class ZEBX_API CHddObj : public CObject {
   void SearchDirectory(CFileSearchInfo* info, const CString& directory);
 
  private:
-  CString DayDir(CTime time) const;
-  CString MakeDayDir(CTime time);
-  CString MakeLeafDir(const CString& name, CTime time, const char* leaf);
-  CString FindLeafDir(const CString& name, CTime time, const char* leaf) const;
   CString MakeTodayDir(const char* folder, CDWordArray& dates);
+  // `folder` with its backslash.
+  static CString MakeDayDir(const CString& folder, CTime time, CDWordArray& dates);
+  CString MakeDirs(CTime time, std::span<const CString> levels);
+  CString MakeLeafDir(const CString& name, CTime time, tag_ZEBFILETYPE type);
+  CString FindLeafDir(const CString& name, CTime time, tag_ZEBFILETYPE type) const;
   static void LoadDates(CDWordArray& dates, const CString& directory);
 
   int m_recycle = 0;

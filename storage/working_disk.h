@@ -11,11 +11,19 @@ class CHddObj;
 // A disk list holds CHddObj in the order of their addition; an entry may be null. The working disk
 // is named by its drive root and may name none.
 
+// Results of CheckWorkingDisk.
 enum : int {
   kWorkingDiskNone = -1,
   kWorkingDiskFine = 0,
   kWorkingDiskFull = 1,   // below its reserved space: recycle or change it now
   kWorkingDiskShort = 2,  // below its alarm space
+};
+
+// Results of ChooseWorkingDisk.
+enum : int {
+  kNoDiskInList = -1,
+  kWorkingDiskChosen = 0,
+  kNothingToRecycle = 1,
 };
 
 // The first disk on the drive of `working_disk`, borrowed; null when there is none.
@@ -27,6 +35,7 @@ int CheckWorkingDisk(const CObList& disks, const CString& working_disk, DWORD& f
 
 // Makes the first disk with more than its alarm space free the working disk. When there is none,
 // deletes the oldest day before today of the disks that recycle, day by day until a disk counts as
-// free, and tells the host window each day deleted. 0 with `working_disk` set, 1 with it emptied
-// when nothing can be recycled, -1 with it untouched when the list is empty.
+// free, and sends the host window (when it exists) each day deleted; from within the message the
+// host must not change the list. Sets `working_disk` when one is chosen, empties it when nothing
+// can be recycled, and leaves it when the list is empty.
 int ChooseWorkingDisk(const CObList& disks, HWND host_window, CString& working_disk);
