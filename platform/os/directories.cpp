@@ -32,4 +32,10 @@ int IsDirectory(const CString& path) {
   return host_path && stat(host_path->c_str(), &status) == 0 && S_ISDIR(status.st_mode) ? 1 : 0;
 }
 
+int IsSymbolicLink(const CString& path) {
+  const auto host_path = HostPath(path);
+  struct stat status {};
+  return host_path && lstat(host_path->c_str(), &status) == 0 && S_ISLNK(status.st_mode) ? 1 : 0;
+}
+
 }  // namespace os

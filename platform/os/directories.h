@@ -15,4 +15,7 @@ ZEBX_API int RemoveDirectory(const CString& path);
 // 1 for an existing directory, 0 for everything else; a drive root counts.
 ZEBX_API int IsDirectory(const CString& path);
 
+// 1 for a symbolic link, whatever it leads to.
+ZEBX_API int IsSymbolicLink(const CString& path);
+
 }  // namespace os

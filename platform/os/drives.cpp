@@ -98,9 +98,11 @@ CString FindEntry(const std::filesystem::path& directory, const CString& name) {
   return found.empty() ? name : found;
 }
 
+// A link is there even when what it leads to is not.
 bool Exists(const std::filesystem::path& path) {
   std::error_code error;
-  return std::filesystem::exists(path, error);
+  return std::filesystem::symlink_status(path, error).type() !=
+         std::filesystem::file_type::not_found;
 }
 
 std::optional<DriveKind> ParseKind(std::string_view text) {

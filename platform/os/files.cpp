@@ -12,21 +12,35 @@
 
 namespace os {
 
-int DeleteFile(const CString& path) {
-  const auto host_path = HostPath(path);
-  if (!host_path) return 0;
-  struct stat status {};
-  if (stat(host_path->c_str(), &status) != 0) return 0;
-  if (!S_ISREG(status.st_mode) || (status.st_mode & S_IWUSR) == 0) return 0;
+namespace {
 
-  // Whoever has it open through CFile holds a shared lock; a newcomer that locks after us finds the
-  // file unlinked and looks again.
-  const int descriptor = open(host_path->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return 0;
+// Whoever has the file open through CFile holds a shared lock; a newcomer that locks after us finds
+// the file unlinked and looks again.
+bool DeleteUnlessInUse(const CString& host_path) {
+  const int descriptor = open(host_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
+  if (descriptor < 0) return false;
   const bool in_use = flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-  const bool deleted = !in_use && unlink(host_path->c_str()) == 0;
+  const bool deleted = !in_use && unlink(host_path.c_str()) == 0;
   close(descriptor);
-  return deleted ? 1 : 0;
+  return deleted;
+}
+
+}  // namespace
+
+int DeleteFile(const CString& path, ULONGLONG* length_bytes) {
+  const auto host_path = HostPath(path);
+  struct stat status {};
+  if (!host_path || lstat(host_path->c_str(), &status) != 0) return 0;
+  ULONGLONG length = 0;
+  if (S_ISLNK(status.st_mode)) {
+    if (unlink(host_path->c_str()) != 0) return 0;
+  } else {
+    if (!S_ISREG(status.st_mode) || (status.st_mode & S_IWUSR) == 0) return 0;
+    if (!DeleteUnlessInUse(*host_path)) return 0;
+    length = static_cast<ULONGLONG>(status.st_size);
+  }
+  if (length_bytes != nullptr) *length_bytes = length;
+  return 1;
 }
 
 int ReplaceFile(const CString& path, const CString& replacement) {

@@ -6,9 +6,11 @@
 
 namespace os {
 
-// Deletes the file at a library path. 1, or 0 with the file left alone when it does not exist, is
-// not a regular file, has no owner write permission, or is open through a CFile of any process.
-ZEBX_API int DeleteFile(const CString& path);
+// Deletes the file at a library path; a symbolic link goes as such, whatever it leads to. 1, or 0
+// with the file left alone when it does not exist, is not a regular file, has no owner write
+// permission, or is open through a CFile of any process. `length_bytes`, when not null, becomes the
+// length of what was deleted: 0 for a link.
+ZEBX_API int DeleteFile(const CString& path, ULONGLONG* length_bytes = nullptr);
 
 // Puts the file at `replacement` in the place of the file at `path`, which need not exist. Both on
 // one disk. At every moment, also after the power fails, the place holds the old file or the new

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/framework/file.h"
+#include "platform/os/directories.h"
 #include "platform/os/drives.h"
 #include "tests/support/temp_dir.h"
 
@@ -113,6 +114,34 @@ TEST_F(DeleteFileTest, LeavesWhatIsNoRegularFile) {
     EXPECT_EQ(os::DeleteFile(path), 0) << path;
     EXPECT_TRUE(std::filesystem::exists(path)) << path;
   }
+}
+
+TEST_F(DeleteFileTest, DeletesALinkAndNotWhatItLeadsTo) {
+  namespace fs = std::filesystem;
+  os::MountDrive('d', m_directory.Path().string(), os::DriveKind::kFixed);
+  fs::create_directory(m_directory.File("directory"));
+  WriteWholeFile(m_directory.File("LINK"), "not the link");
+  for (const char* target : {"Cam0.zebz", "directory", "nothing", "link"}) {
+    fs::create_symlink(target, m_directory.Path() / "link");
+    EXPECT_EQ(os::IsSymbolicLink("d:\link"), 1) << target;
+    ULONGLONG length_bytes = 1;
+    EXPECT_EQ(os::DeleteFile("d:\link", &length_bytes), 1) << target;
+    EXPECT_EQ(length_bytes, 0U) << target;
+    EXPECT_FALSE(fs::is_symlink(m_directory.Path() / "link")) << target;
+  }
+  EXPECT_TRUE(Exists());
+  EXPECT_TRUE(fs::exists(m_directory.File("directory")));
+  EXPECT_TRUE(fs::exists(m_directory.File("LINK")));
+  EXPECT_EQ(os::IsSymbolicLink("d:\LINK"), 0);
+  os::UnmountDrive('d');
+}
+
+TEST_F(DeleteFileTest, TellsTheLengthOfWhatIsGone) {
+  ULONGLONG length_bytes = 77;
+  EXPECT_EQ(os::DeleteFile(m_directory.File("none"), &length_bytes), 0);
+  EXPECT_EQ(length_bytes, 77U);
+  EXPECT_EQ(os::DeleteFile(m_path, &length_bytes), 1);
+  EXPECT_EQ(length_bytes, 9U);
 }
 
 TEST(ReplaceFile, PutsTheNewFileInThePlaceOfTheOldOneOrLeavesBoth) {
