@@ -5,7 +5,7 @@
 
 #include "platform/framework/archive.h"
 #include "platform/framework/byte_order.h"
-#include "platform/framework/file_find.h"
+#include "platform/framework/file_system.h"
 #include "platform/os/directories.h"
 #include "platform/os/drives.h"
 #include "storage/day_directory.h"
@@ -260,14 +260,12 @@ void CHddObj::GetDirStruct(CDWordArray* list, const CString& directory) {
     const os::DriveKind kind = os::GetDriveType(directory);
     if (kind != os::DriveKind::kFixed && kind != os::DriveKind::kRemovable) return;
   }
-  CFileFind finder;
-  int more = finder.FindFile(directory + "\\*.*");
-  while (more != 0) {
-    more = finder.FindNextFile();
-    if (!finder.IsDirectory()) continue;
-    if (const auto date = ParseDayDirectoryName(finder.GetFileName())) {
-      list->push_back(date->GetTime());
-    }
+  // Not through the finder: its order of names is of no use here and costs as much as the rest.
+  const auto entries = CurrentFileSystem().List(directory);
+  if (!entries) return;
+  for (const DirectoryEntry& entry : *entries) {
+    if (!entry.m_is_directory) continue;
+    if (const auto date = ParseDayDirectoryName(entry.m_name)) list->push_back(date->GetTime());
   }
 }
 

@@ -28,10 +28,10 @@ bool OpenDirectory(std::vector<OpenLevel>& levels, const CString& directory) {
   return true;
 }
 
-bool DeleteOneFile(const CFileFind& file, DWORD& freed_bytes) {
-  const auto length = static_cast<DWORD>(file.GetLength());
-  if (os::DeleteFile(file.GetFilePath()) == 0) return false;
-  freed_bytes += length;
+bool DeleteOneFile(const CString& path, DWORD& freed_bytes) {
+  ULONGLONG length_bytes;
+  if (os::DeleteFile(path, &length_bytes) == 0) return false;
+  freed_bytes += static_cast<DWORD>(length_bytes);
   return true;
 }
 
@@ -48,6 +48,8 @@ int CHddObj::FindOldestDir(DWORD& date, DWORD after) const {
 // disk decides how deep the tree is.
 int CHddObj::DeleteDir(const CString& directory, DWORD& freed_bytes) {
   freed_bytes = 0;
+  // Inside the tree the finder takes a link for a file, so nothing outside is reached.
+  if (os::IsSymbolicLink(directory) != 0) return 0;
   std::vector<OpenLevel> levels;
   if (!OpenDirectory(levels, directory)) return 0;
   while (!levels.empty()) {
@@ -61,7 +63,7 @@ int CHddObj::DeleteDir(const CString& directory, DWORD& freed_bytes) {
     if (level.m_finder.IsDots()) continue;
     if (level.m_finder.IsDirectory()) {
       if (!OpenDirectory(levels, level.m_finder.GetFilePath())) return 0;
-    } else if (!DeleteOneFile(level.m_finder, freed_bytes)) {
+    } else if (!DeleteOneFile(level.m_finder.GetFilePath(), freed_bytes)) {
       return 0;
     }
   }
