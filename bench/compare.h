@@ -4,10 +4,23 @@
 
 #include <benchmark/benchmark.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
+#include <string>
 #include <vector>
+
+// A path of this process's own, below ZEBX_BENCH_DIR or the system's temporary directory.
+inline std::string BenchPath(const std::string& name) {
+  const char* directory = std::getenv("ZEBX_BENCH_DIR");
+  const std::filesystem::path base = directory != nullptr ? std::filesystem::path(directory)
+                                                          : std::filesystem::temp_directory_path();
+  return (base / ("zebx_bench_" + std::to_string(getpid()) + "_" + name)).string();
+}
 
 inline void Require(bool done, const char* what) {
   if (!done) throw std::runtime_error(what);
@@ -42,4 +55,10 @@ void Compare(benchmark::State& state, double items, Prepare&& prepare, Library&&
   state.counters["ns_per_item"] = Median(library_seconds) / items * 1e9;
   state.counters["bare_ns_per_item"] = Median(bare_seconds) / items * 1e9;
   state.counters["ratio"] = Median(library_seconds) / Median(bare_seconds);
+}
+
+template <typename Library, typename Bare>
+void Compare(benchmark::State& state, double items, Library&& library, Bare&& bare) {
+  Compare(
+      state, items, [] {}, library, bare);
 }

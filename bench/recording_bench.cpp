@@ -1,7 +1,5 @@
 // What recording, opening and reading cost next to a bare loop of system calls that moves the same
-// bytes. Both sides run alternately in every iteration; the counter `ratio` compares their medians.
-//
-// Files go to ZEBX_BENCH_DIR, or the system's temporary directory.
+// bytes.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <malloc.h>
@@ -9,61 +7,17 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
 
+#include "bench/compare.h"
 #include "record/block_format.h"
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
 
 namespace {
 
-using Seconds = std::chrono::duration<double>;
-
 constexpr int kFramesPerGroup = 25;
-
-std::string BenchFile(const std::string& name) {
-  const char* directory = std::getenv("ZEBX_BENCH_DIR");
-  const std::filesystem::path base = directory != nullptr ? std::filesystem::path(directory)
-                                                          : std::filesystem::temp_directory_path();
-  return (base / ("zebx_bench_" + std::to_string(getpid()) + "_" + name)).string();
-}
-
-void Require(bool done, const char* what) {
-  if (!done) throw std::runtime_error(what);
-}
-
-double Median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
-// Times the library and the bare loop in turn, the first one alternating.
-template <typename Library, typename Bare>
-void Compare(benchmark::State& state, double items, Library&& library, Bare&& bare) {
-  std::vector<double> library_seconds;
-  std::vector<double> bare_seconds;
-  const auto time = [](auto&& run) {
-    const auto begin = std::chrono::steady_clock::now();
-    run();
-    return Seconds(std::chrono::steady_clock::now() - begin).count();
-  };
-  bool bare_first = false;
-  for (auto _ : state) {
-    if (bare_first) bare_seconds.push_back(time(bare));
-    library_seconds.push_back(time(library));
-    if (!bare_first) bare_seconds.push_back(time(bare));
-    bare_first = !bare_first;
-    state.SetIterationTime(library_seconds.back());
-  }
-  state.counters["ns_per_item"] = Median(library_seconds) / items * 1e9;
-  state.counters["bare_ns_per_item"] = Median(bare_seconds) / items * 1e9;
-  state.counters["ratio"] = Median(library_seconds) / Median(bare_seconds);
-}
 
 CZebFrameData MakeFrame(DWORD frame_bytes) {
   CZebFrameData frame;
@@ -103,7 +57,7 @@ void WriteBare(const std::string& path, DWORD frame_bytes, int frames) {
 void AppendFrames(benchmark::State& state) {
   const auto frame_bytes = static_cast<DWORD>(state.range(0));
   const auto frames = static_cast<int>(state.range(1));
-  const std::string path = BenchFile("append");
+  const std::string path = BenchPath("append");
   Compare(
       state, frames,
       [&] {
@@ -125,7 +79,7 @@ BENCHMARK(AppendFrames)
 void ReadFrames(benchmark::State& state) {
   const auto frame_bytes = static_cast<DWORD>(state.range(0));
   const auto frames = static_cast<int>(state.range(1));
-  const std::string path = BenchFile("read");
+  const std::string path = BenchPath("read");
   Record(path, frame_bytes, frames);
   CZebFileInfo info;
   info.SetFileName(path);
@@ -188,7 +142,7 @@ void MakeChain(const std::string& path, DWORD blocks, DWORD block_bytes) {
 void OpenRecording(benchmark::State& state) {
   const auto blocks = static_cast<DWORD>(state.range(0));
   const auto block_bytes = static_cast<DWORD>(state.range(1));
-  const std::string path = BenchFile("open");
+  const std::string path = BenchPath("open");
   MakeChain(path, blocks, block_bytes);
   CZebFileInfo info;
   info.SetFileName(path);
@@ -221,7 +175,7 @@ BENCHMARK(OpenRecording)
 // Heap bytes that an open recording holds: 12 a block and a constant.
 void MemoryOfOpenRecording(benchmark::State& state) {
   const auto blocks = static_cast<DWORD>(state.range(0));
-  const std::string path = BenchFile("memory");
+  const std::string path = BenchPath("memory");
   MakeChain(path, blocks, 8192);
   CZebFileInfo info;
   info.SetFileName(path);

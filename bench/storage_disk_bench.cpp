@@ -1,14 +1,12 @@
 // What a disk's day list and its recycling cost next to the bare calls for the same.
-//
-// Directories go to ZEBX_BENCH_DIR, or the system's temporary directory.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 
@@ -29,9 +27,6 @@ constexpr std::size_t kFileBytes = 4096;
 class BenchDrive {
  public:
   BenchDrive() {
-    const char* parent = std::getenv("ZEBX_BENCH_DIR");
-    m_path = (parent != nullptr ? fs::path(parent) : fs::temp_directory_path()) /
-             ("zebx_bench_" + std::to_string(getpid()) + "_disk");
     fs::create_directories(m_path);
     os::MountDrive('v', m_path.string(), os::DriveKind::kFixed);
     tag_HDDPARAM param;
@@ -61,7 +56,7 @@ class BenchDrive {
   }
 
  private:
-  fs::path m_path;
+  const fs::path m_path = BenchPath("disk");
   CHddObj m_disk;
 };
 
@@ -93,7 +88,7 @@ void LoadDayList(benchmark::State& state) {
   BenchDrive drive;
   drive.MakeDays(CTime(2015, 1, 1, 0, 0, 0), kDays);
   Compare(
-      state, kDays, [] {},
+      state, kDays,
       [&] {
         drive.Disk().Refresh();
         Require(drive.Disk().GetDirNum(0) == kDays, "days are missing");
