@@ -12,6 +12,8 @@ class CFile;
 struct tag_ZEBCAMERAID {
   WORD m_board = 0;
   WORD m_camera = 0;
+
+  bool operator==(const tag_ZEBCAMERAID&) const = default;
 };
 
 // A value: the header at the start of every recording file, the record that searches pass around,

@@ -1,0 +1,220 @@
+// The search of one disk: which directories the criteria lead to, and which of their files are
+// found.
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "image/image.h"
+#include "platform/framework/file_exception.h"
+#include "platform/framework/file_find.h"
+#include "record/mox_file.h"
+#include "storage/day_directory.h"
+#include "storage/disk_path.h"
+#include "storage/file_search_info.h"
+#include "storage/hdd_obj.h"
+
+namespace {
+
+constexpr LONGLONG kSecondsPerDay = 86400;
+constexpr char kEverything[] = "*.*";
+constexpr std::string_view kAlarmLog = "alarmlog.alg";
+constexpr std::string_view kUserLog = "userlog.ulg";
+
+using DirectoryGetter = CString (CHddObj::*)(const CString&, CTime) const;
+
+struct KindDirectory {
+  DWORD m_kind;
+  DirectoryGetter m_getter;
+};
+
+// The first kind that the criteria have decides. A search around a moment tests them in an order of
+// its own, and knows no logs.
+constexpr KindDirectory kKindsOfDay[] = {
+    {kSearchPicture, &CHddObj::GetPictureDirInfo}, {kSearchClip, &CHddObj::GetClipDirInfo},
+    {kSearchLog, &CHddObj::GetLogDirInfo},         {kSearchAlarm, &CHddObj::GetAlarmDirInfo},
+    {kSearchFace, &CHddObj::GetFaceDirInfo},
+};
+constexpr KindDirectory kKindsOfMoment[] = {
+    {kSearchPicture, &CHddObj::GetPictureDirInfo},
+    {kSearchClip, &CHddObj::GetClipDirInfo},
+    {kSearchFace, &CHddObj::GetFaceDirInfo},
+    {kSearchAlarm, &CHddObj::GetAlarmDirInfo},
+};
+
+DirectoryGetter DirectoryOfKind(std::span<const KindDirectory> kinds,
+                                const CSearchParam& criteria) {
+  for (const KindDirectory& kind : kinds) {
+    if (criteria.IsSearch(kind.m_kind) != 0) return kind.m_getter;
+  }
+  return &CHddObj::GetVideoDirInfo;
+}
+
+// Days are compared as signed numbers.
+LONGLONG DayNumber(CTime time) {
+  return static_cast<LONG>(MidnightOf(time).GetTime());
+}
+
+// Hands every file that the pattern matches to `step`, with whether it is the last entry of all,
+// directories included. A file that cannot be read, or that memory does not suffice for, is as if
+// it were not there.
+template <typename Step>
+void ForEachFile(const CString& pattern, Step&& step) {
+  CFileFind finder;
+  int more = finder.FindFile(pattern);
+  while (more != 0) {
+    more = finder.FindNextFile();
+    if (finder.IsDirectory()) continue;
+    try {
+      step(finder, more == 0);
+    } catch (const CFileException&) {
+    } catch (const std::bad_alloc&) {
+    }
+  }
+}
+
+using Header = std::unique_ptr<CZebFileInfo>;
+
+// Each of these makes a header of what the file itself holds; null for a file that is none of its
+// kind.
+Header ReadRecording(const CString& path) {
+  auto header = std::make_unique<CZebFileInfo>();
+  return header->Create(path) != 0 ? std::move(header) : nullptr;
+}
+
+// The end time stays 0, so that a time range finds no picture.
+Header ReadPicture(const CString& path) {
+  CImage image;
+  if (image.LoadImageAs(kImageBmp, path) == 0 || image.GetHostName().empty()) return nullptr;
+  auto header = std::make_unique<CZebFileInfo>();
+  header->SetHostName(image.GetHostName());
+  header->SetBeginTime(CTime(image.GetTimeStamp()));
+  header->SetBoardName(image.GetBoardName());
+  header->SetCameraName(image.GetCameraName());
+  header->SetGmt(image.GetGmt());
+  header->SetFileName(path);
+  header->SetLength(image.GetLength());
+  header->SetHeight(image.GetImageHeight());
+  header->SetWidth(image.GetImageWidth());
+  return header;
+}
+
+Header ReadFaceFile(const CFileFind& entry) {
+  const CString path = entry.GetFilePath();
+  CMoxFile file;
+  if (file.Open(path.c_str(), 0) == 0 || file.GetHostName().empty()) return nullptr;
+  auto header = std::make_unique<CZebFileInfo>();
+  header->SetHostName(file.GetHostName());
+  header->SetBeginTime(CTime(file.GetStartTime()));
+  header->SetEndTime(CTime(file.GetEndTime()));
+  header->SetBoardName(file.GetBoardName());
+  header->SetCameraName(file.GetCameraName());
+  header->SetGmt(file.GetGmt());
+  header->SetFileName(path);
+  header->SetLength(static_cast<DWORD>(entry.GetLength()));
+  header->SetHeight(static_cast<DWORD>(file.GetImageSize().cy));
+  header->SetWidth(static_cast<DWORD>(file.GetImageSize().cx));
+  header->SetCameraID({file.GetBoardIndex(), file.GetCameraIndex()});
+  return header;
+}
+
+Header ReadLog(const CFileFind& entry) {
+  const CString name = MakeLower(entry.GetFileName());
+  if (name != kAlarmLog && name != kUserLog) return nullptr;
+  auto header = std::make_unique<CZebFileInfo>();
+  header->SetFileName(entry.GetFilePath());
+  header->SetBeginTime(entry.GetLastWriteTime());
+  return header;
+}
+
+// Another camera than the criteria's.
+bool IsOtherCamera(const CSearchParam& criteria, const CZebFileInfo& header) {
+  tag_ZEBCAMERAID camera;
+  return criteria.GetCameraID(camera) != 0 && !(camera == header.GetCameraID());
+}
+
+bool Passes(const CSearchParam& criteria, const CZebFileInfo& header) {
+  CString name;
+  if (criteria.GetBoardName(name) != 0 && name != header.GetBoardName()) return false;
+  if (criteria.GetCameraName(name) != 0 && name != header.GetCameraName()) return false;
+  if (IsOtherCamera(criteria, header)) return false;
+  CTime time;
+  if (criteria.GetBeginTime(time) != 0 && time > header.GetEndTime()) return false;
+  if (criteria.GetEndTime(time) != 0 && time < header.GetBeginTime()) return false;
+  tag_FRAMESIZE frame_size{};
+  return criteria.GetFrameSize(frame_size) == 0 || frame_size == header.GetFrameSize();
+}
+
+// The header of a file that is found; else null. Of several kinds in the criteria this order
+// decides, which is not that of the directories.
+Header FindFile(const CSearchParam& criteria, const CFileFind& entry) {
+  Header header;
+  if (criteria.IsSearch(kSearchPicture) != 0) {
+    header = ReadPicture(entry.GetFilePath());
+  } else if (criteria.IsSearch(kSearchFace) != 0) {
+    header = ReadFaceFile(entry);
+  } else if (criteria.IsSearch(kSearchLog) != 0) {
+    return ReadLog(entry);  // whatever the other criteria
+  } else {
+    header = ReadRecording(entry.GetFilePath());
+  }
+  return header != nullptr && Passes(criteria, *header) ? std::move(header) : nullptr;
+}
+
+}  // namespace
+
+void CHddObj::SearchFile(CFileSearchInfo* info) {
+  if (info == nullptr || info->GetSearchParam() == nullptr) return;
+  const CSearchParam& criteria = *info->GetSearchParam();
+  CString host, disk_name;
+  if (criteria.GetHostName(host) == 0) return;
+  if (criteria.GetDbsName(disk_name) != 0 && disk_name != GetDbsName()) return;
+
+  const DirectoryGetter directory_of_day = DirectoryOfKind(kKindsOfDay, criteria);
+  const auto search_day = [&](CTime day) {
+    const CString directory = (this->*directory_of_day)(host, day);
+    if (!directory.empty()) SearchDirectory(info, directory + "\\");
+  };
+  DWORD date = 0;
+  CTime begin, end, moment;
+  if (criteria.GetDate(date) != 0) {
+    search_day(CTime(date));
+  } else if (criteria.GetBeginTime(begin) != 0) {
+    LONGLONG last_day = DayNumber(CTime::GetCurrentTime());
+    if (criteria.GetEndTime(end) != 0) last_day = std::min(last_day, DayNumber(end));
+    // Steps of 24 hours on purpose, which hosts allow for: behind a day of 25 hours each step is at
+    // 23:00 of the day before, behind one of 23 hours at 01:00.
+    for (LONGLONG day = DayNumber(begin); day <= last_day; day += kSecondsPerDay) {
+      search_day(CTime(static_cast<DWORD>(day)));
+    }
+  } else if (criteria.GetTimeBegin(moment) != 0) {
+    const CString directory = (this->*DirectoryOfKind(kKindsOfMoment, criteria))(host, moment);
+    if (!directory.empty()) SearchVideoFileByTime(info, directory);
+  }
+}
+
+void CHddObj::SearchDirectory(CFileSearchInfo* info, const CString& directory) {
+  if (info == nullptr || info->GetSearchParam() == nullptr) return;
+  const CSearchParam& criteria = *info->GetSearchParam();
+  ForEachFile(directory + kEverything, [&](const CFileFind& entry, bool) {
+    if (auto header = FindFile(criteria, entry)) info->Append(std::move(header));
+  });
+}
+
+void CHddObj::SearchVideoFileByTime(CFileSearchInfo* info, const CString& directory) {
+  if (info == nullptr || info->GetSearchParam() == nullptr) return;
+  const CSearchParam& criteria = *info->GetSearchParam();
+  ForEachFile(directory + "\\" + kEverything, [&](const CFileFind& entry, bool is_last) {
+    auto header = ReadRecording(entry.GetFilePath());
+    if (header == nullptr || IsOtherCamera(criteria, *header)) return;
+    CTime moment;
+    if (criteria.GetTimeBegin(moment) != 0) {
+      // A file that ends at the very moment is found in the last place only, on purpose.
+      const CTime end = header->GetEndTime();
+      if (is_last ? moment > end : moment >= end) return;
+    }
+    info->Append(std::move(header));
+  });
+}
