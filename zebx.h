@@ -38,3 +38,10 @@
 #include "record/zeb_file.h"
 #include "record/zeb_file_info.h"
 #include "record/zeb_frame_data.h"
+
+// Storage: disks, the database, and searches.
+#include "storage/dbs.h"
+#include "storage/file_search_info.h"
+#include "storage/hdd_obj.h"
+#include "storage/search_param.h"
+#include "storage/storage_messages.h"

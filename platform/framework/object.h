@@ -67,6 +67,8 @@ class CObList {
     m_objects.pop_front();
     return head;
   }
+  // Takes out the entry that an iterator of this list stands at.
+  void RemoveAt(std::list<CObject*>::const_iterator entry) { m_objects.erase(entry); }
   void RemoveAll() { m_objects.clear(); }
   bool IsEmpty() const { return m_objects.empty(); }
   std::size_t GetCount() const { return m_objects.size(); }
