@@ -7,7 +7,7 @@ CCaptureCamera::~CCaptureCamera() = default;
 
 int CCaptureCamera::Bind(const CCaptureBoard* board, DWORD device_channel, tag_ZEBCAMERAID id) {
   if (board == nullptr || board->GetDevice() == nullptr) return 0;
-  const NoxdevHandle device = board->GetDevice()->GetHandle();
+  NoxdevHandle device = board->GetDevice()->GetHandle();
   if (device == nullptr) return 0;
   m_id = CameraIdWord(id);
   m_device_channel = device_channel;

@@ -11,6 +11,8 @@
 #include "platform/framework/types.h"
 #include "record/zeb_file_info.h"
 
+class CDibObj;
+
 extern "C" {
 
 // Initialises the library. The callback may be null; `user_data` comes back with every call of it.
@@ -70,4 +72,10 @@ ZEBX_API int zebxIsAudioSupport(DWORD board_type, DWORD camera_index);
 // transparency only the low byte counts; more than 128 is 128.
 ZEBX_API int zebxEnableWaterMark(int is_enabled);
 ZEBX_API int zebxSetWaterMarkTrans(DWORD transparency);
+// Gives the display library the watermark's picture, of 24 bits; the pixels are copied.
+ZEBX_API int zebxSetWaterMark(const CDibObj* picture);
+
+// Restores the display's surfaces and lets every device draw again when they were lost. 1 when that
+// was so, 0 when nothing was lost. Call it whenever the screen may have changed its mode.
+ZEBX_API int zebxCheckDrawSurface();
 }
