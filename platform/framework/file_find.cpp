@@ -36,12 +36,15 @@ bool IsOnDrive(std::string_view path) {
   return path.size() >= 2 && path[1] == ':';
 }
 
-// The directory of a pattern for everything in it, with its separator.
+// The directory of a pattern for everything in it, with its separator. A lone separator names none:
+// it is what is left when a caller's directory is empty, and the host's root must not be walked
+// (and deleted) in its place.
 std::optional<CString> DirectoryOf(std::string_view pattern) {
   if (!pattern.ends_with(kEverything)) return std::nullopt;
   CString directory(pattern.substr(0, pattern.size() - kEverything.size()));
-  if (directory.empty() || (kSeparators.find(directory.back()) == CString::npos &&
-                            !(directory.size() == 2 && IsOnDrive(directory)))) {
+  if (directory.find_first_not_of(kSeparators) == CString::npos) return std::nullopt;
+  if (kSeparators.find(directory.back()) == CString::npos &&
+      !(directory.size() == 2 && IsOnDrive(directory))) {
     return std::nullopt;
   }
   if (!IsOnDrive(directory)) directory.back() = '/';

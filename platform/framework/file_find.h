@@ -22,8 +22,10 @@
 // one thread at a time.
 class ZEBX_API CFileFind {
  public:
-  // `pattern` is a directory with "\\*.*" or "/*.*" behind it (everything in it), or the path of
-  // one file or directory, a bare drive "d:" among them. 1 when something matches, else 0.
+  // `pattern` is a directory with "\*.*" or "/*.*" behind it (everything in it), or the path of one
+  // file or directory, a bare drive "d:" among them. 1 when something matches, else 0. Nothing does
+  // without a directory before the separator, so that an empty one never stands for the host's
+  // root.
   int FindFile(const CString& pattern);
   // Moves on. 1 when another entry follows the one moved to, 0 when it is the last.
   int FindNextFile();

@@ -92,6 +92,10 @@ TEST_F(FileFindTest, TakesEveryFormOfAPattern) {
            {"e:\\*.*", {}},
            {"e:", {}},
            {"", {}},
+           {"*.*", {}},
+           {"\\*.*", {}},
+           {"/*.*", {}},
+           {"\\/\\*.*", {}},
        }) {
     EXPECT_EQ(Walk(pattern), found) << pattern;
   }
