@@ -150,8 +150,9 @@ class ZEBX_API CHddObj : public CObject {
 
   // The first local date later than `after` (0: the oldest of all). 1, or 0 with date 0.
   int FindOldestDir(DWORD& date, DWORD after) const;
-  // Deletes a directory with everything in it, links as such. `freed_bytes` (modulo 2^32) counts
-  // the files deleted, also when the first entry that cannot be deleted ends it. 1, or 0.
+  // Deletes a directory below the root of a drive with everything in it, links as such; any other
+  // path fails untouched. `freed_bytes` (modulo 2^32) counts the files deleted, also when the first
+  // entry that cannot be deleted ends it. 1, or 0.
   static int DeleteDir(const CString& directory, DWORD& freed_bytes);
   // Takes the day out of the local dates, then deletes its directory. 1 when anything was freed,
   // although files may have stayed: the next Refresh brings such a day back. Else 0.

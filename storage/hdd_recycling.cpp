@@ -4,15 +4,18 @@
 
 #include "platform/framework/file_find.h"
 #include "platform/os/directories.h"
+#include "platform/os/drives.h"
 #include "platform/os/files.h"
 #include "storage/day_directory.h"
+#include "storage/disk_path.h"
 #include "storage/hdd_obj.h"
 
 namespace {
 
 constexpr char kEverything[] = "\\*.*";
+constexpr char kEverythingOnHost[] = "/*.*";
 
-// A directory that is being emptied.
+// A directory that is being emptied, by its host path.
 struct OpenLevel {
   CString m_directory;
   CFileFind m_finder;
@@ -22,10 +25,17 @@ struct OpenLevel {
 bool OpenDirectory(std::vector<OpenLevel>& levels, const CString& directory) {
   OpenLevel level;
   level.m_directory = directory;
-  level.m_more = level.m_finder.FindFile(directory + kEverything);
+  level.m_more = level.m_finder.FindFile(directory + kEverythingOnHost);
   if (level.m_more == 0) return false;
   levels.push_back(std::move(level));
   return true;
+}
+
+// Only what lies below the root of a drive is ever deleted: an empty path, a host path or one that
+// folds to a root is a slip whose price would be a whole disk.
+bool IsBelowDriveRoot(const CString& directory) {
+  return os::GetDriveType(directory) != os::DriveKind::kNoRoot &&
+         os::FullPath(directory).size() > kDriveRootChars;
 }
 
 bool DeleteOneFile(const CString& path, DWORD& freed_bytes) {
@@ -44,14 +54,17 @@ int CHddObj::FindOldestDir(DWORD& date, DWORD after) const {
   return found != m_local_dates.end() ? 1 : 0;
 }
 
-// Keeps the directories on the way down in a list instead of on the stack: whoever can write to the
-// disk decides how deep the tree is.
+// Whoever can write to the disk decides on names and depth. So the walk goes by host paths, in
+// which a backslash inside a name leads nowhere, and keeps the directories on the way down in a
+// list instead of on the stack.
 int CHddObj::DeleteDir(const CString& directory, DWORD& freed_bytes) {
   freed_bytes = 0;
+  if (!IsBelowDriveRoot(directory)) return 0;
+  const auto host_path = os::HostPath(directory);
   // Inside the tree the finder takes a link for a file, so nothing outside is reached.
-  if (os::IsSymbolicLink(directory) != 0) return 0;
+  if (!host_path || os::IsSymbolicLink(*host_path) != 0) return 0;
   std::vector<OpenLevel> levels;
-  if (!OpenDirectory(levels, directory)) return 0;
+  if (!OpenDirectory(levels, *host_path)) return 0;
   while (!levels.empty()) {
     OpenLevel& level = levels.back();
     if (level.m_more == 0) {
@@ -82,6 +95,7 @@ int CHddObj::DeleteDate(DWORD date, DWORD& freed_bytes) {
 }
 
 int CHddObj::IsAnyFile(const CString& directory) {
+  if (os::IsDirectory(directory) == 0) return 0;
   CFileFind finder;
   int more = finder.FindFile(directory + kEverything);
   while (more != 0) {
