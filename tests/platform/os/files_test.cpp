@@ -123,16 +123,16 @@ TEST_F(DeleteFileTest, DeletesALinkAndNotWhatItLeadsTo) {
   WriteWholeFile(m_directory.File("LINK"), "not the link");
   for (const char* target : {"Cam0.zebz", "directory", "nothing", "link"}) {
     fs::create_symlink(target, m_directory.Path() / "link");
-    EXPECT_EQ(os::IsSymbolicLink("d:\link"), 1) << target;
+    EXPECT_EQ(os::IsSymbolicLink("d:\\link"), 1) << target;
     ULONGLONG length_bytes = 1;
-    EXPECT_EQ(os::DeleteFile("d:\link", &length_bytes), 1) << target;
+    EXPECT_EQ(os::DeleteFile("d:\\link", &length_bytes), 1) << target;
     EXPECT_EQ(length_bytes, 0U) << target;
     EXPECT_FALSE(fs::is_symlink(m_directory.Path() / "link")) << target;
   }
   EXPECT_TRUE(Exists());
   EXPECT_TRUE(fs::exists(m_directory.File("directory")));
   EXPECT_TRUE(fs::exists(m_directory.File("LINK")));
-  EXPECT_EQ(os::IsSymbolicLink("d:\LINK"), 0);
+  EXPECT_EQ(os::IsSymbolicLink("d:\\LINK"), 0);
   os::UnmountDrive('d');
 }
 
