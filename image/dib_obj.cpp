@@ -131,8 +131,9 @@ int CDibObj::ConvertFormat(DWORD width, DWORD height, DWORD bit_count) {
   new_header.m_height = static_cast<LONG>(height);
   new_header.m_bit_count = kOutputBitCount;
   const Section old_section(old_header);
+  if (!old_section.IsMade() || new_header.m_height < 0) return 0;
   const Section new_section(new_header);
-  if (!old_section.IsMade() || !new_section.IsMade() || new_header.m_height < 0) return 0;
+  if (!new_section.IsMade()) return 0;
 
   std::ranges::copy(PixelRows(), old_section.Bits().begin());
   os::SetDIBColorTable(old_section.Context(), 0, ColorTable());
