@@ -68,7 +68,7 @@ class WaitingSender {
   explicit WaitingSender(HWND target) {
     std::promise<HWND> made;
     auto window = made.get_future();
-    m_answer = std::async(std::launch::async, [this, target, &made] {
+    m_answer = std::async(std::launch::async, [target, &made] {
       made.set_value(MakeWindow(Add));
       return os::SendMessage(target, kAdd, 3, 4);
     });
