@@ -33,8 +33,7 @@ TEST(PictureFormats, OtherFrameSizesLeaveTheOutputsUntouched) {
   for (const DWORD frame_size : {9U, 127U, 137U, 256U, 0xFFFFFFFFU}) {
     EXPECT_EQ(zebxGetVideoStd(frame_size), 0xFFFFFFFF);
     for (const auto lookup : kLookups) {
-      DWORD width = 11;
-      DWORD height = 22;
+      DWORD width = 11, height = 22;
       EXPECT_EQ(lookup(frame_size, &width, &height), 0);
       EXPECT_EQ(width + height, 33U);
     }

@@ -15,8 +15,7 @@ class ZebFileReader : public testing::Test {
   int OpenBytes(const std::string& bytes) {
     m_file.Close();
     m_disk.Put("r.zebz", bytes);
-    m_info = CZebFileInfo();
-    m_info.SetFileName("r.zebz");
+    m_info = MakeInfo("r.zebz");
     return m_file.Open(&m_info, kZebFileRead);
   }
   int OpenBlocks(const std::vector<int>& frames_of_blocks) {
@@ -41,42 +40,30 @@ class ZebFileReader : public testing::Test {
   CZebFrameData m_frame{64, 64, 64};
 };
 
-TEST_F(ZebFileReader, ReadsEveryFrameInOrderAndEnds) {
-  ASSERT_EQ(OpenBlocks({2, 0, 1, 0}), 1);
-  EXPECT_EQ(Position(), "0:0");
-  EXPECT_EQ(Read(), "picture 0 at 0:0");
-  EXPECT_EQ(Read(), "picture 1 at 0:1");
-  EXPECT_EQ(Position(), "0:2");
-  EXPECT_EQ(Read(), "picture 2 at 2:0");
-  EXPECT_EQ(Position(), "2:1 end");
-  EXPECT_EQ(Read(), "-");
-  EXPECT_EQ(Position(), "2:1 end");
-  EXPECT_EQ(Read(0, 1), "picture 1 at 0:1");
-  EXPECT_EQ(Read(), "picture 2 at 2:0");
-}
-
-TEST_F(ZebFileReader, RandomReadsFindFramesAndNextBlocks) {
+TEST_F(ZebFileReader, ReadsFramesInOrderAndAtRandom) {
   ASSERT_EQ(OpenBlocks({3, 0, 2, 1, 0}), 1);
+  EXPECT_EQ(Position(), "0:0");
   const struct {
-    int m_block;
-    int m_index;
-    const char* m_found;
-    const char* m_next;
+    int m_block, m_index;
+    const char *m_found, *m_position, *m_next;
   } cases[] = {
-      {0, 0, "picture 0 at 0:0", "picture 1 at 0:1"},
-      {0, 2, "picture 2 at 0:2", "picture 3 at 2:0"},
-      {0, 500, "picture 3 at 2:0", "picture 4 at 2:1"},  // not 500 frames on
-      {1, 0, "picture 3 at 2:0", "picture 4 at 2:1"},
-      {2, 1, "picture 4 at 2:1", "picture 5 at 3:0"},
-      {3, 1, "-", "picture 1 at 0:1"},  // a read that fails does not move
-      {4, 0, "-", "picture 1 at 0:1"},
-      {5, 0, "-", "picture 1 at 0:1"},
-      {0, -1, "-", "picture 1 at 0:1"},
+      {-1, 9, "picture 1 at 0:1", "0:2", "picture 2 at 0:2"},
+      {0, 0, "picture 0 at 0:0", "0:1", "picture 1 at 0:1"},
+      {0, 2, "picture 2 at 0:2", "0:3", "picture 3 at 2:0"},
+      {0, 500, "picture 3 at 2:0", "2:1", "picture 4 at 2:1"},  // not 500 frames on
+      {1, 0, "picture 3 at 2:0", "2:1", "picture 4 at 2:1"},
+      {2, 1, "picture 4 at 2:1", "2:2", "picture 5 at 3:0"},
+      {3, 0, "picture 5 at 3:0", "3:1 end", "-"},
+      {3, 1, "-", "0:1", "picture 1 at 0:1"},  // a read that fails does not move
+      {4, 0, "-", "0:1", "picture 1 at 0:1"},
+      {5, 0, "-", "0:1", "picture 1 at 0:1"},
+      {0, -1, "-", "0:1", "picture 1 at 0:1"},
   };
-  for (const auto& [block, index, found, next] : cases) {
+  for (const auto& [block, index, found, position, next] : cases) {
     SCOPED_TRACE(std::to_string(block) + ":" + std::to_string(index));
     Read(0, 0);
     EXPECT_EQ(Read(block, index), found);
+    EXPECT_EQ(Position(), position);
     EXPECT_EQ(Read(), next);
   }
 }
@@ -85,9 +72,7 @@ TEST_F(ZebFileReader, AnswersQuestionsAboutBlocks) {
   ASSERT_EQ(OpenBlocks({120, 130, 0}), 1);
   EXPECT_EQ(m_file.GetTotalBlock(), 3);
   EXPECT_EQ(m_file.GetTotalFrame(), 250);
-  EXPECT_EQ(m_file.GetFrameIndex(2, 5), 255);
-  EXPECT_EQ(m_file.GetFrameIndex(0, 5), 5);
-  EXPECT_EQ(m_file.GetFrameIndexOfBlock(1), 120);
+  EXPECT_EQ(m_file.GetFrameIndex(1, 5), 125);
   const std::array<DWORD, 4> cases[] = {{0, 120, 1000, 1000000000},
                                         {1, 130, 5800, 1000000004},
                                         {2, 0, 11000, 1000000010},
@@ -109,51 +94,29 @@ TEST_F(ZebFileReader, OpenHandsTheHeaderOverAndRefusesWhatHoldsNoFrames) {
   EXPECT_EQ(OpenBytes(whole), 1);
   EXPECT_EQ(m_info.GetEndTime().GetTime(), 1000000060U);
   EXPECT_EQ(m_info.GetLength(), whole.size());
-  EXPECT_EQ(m_info.GetWidth(), 320U);
   EXPECT_EQ(m_file.Open(&m_info, kZebFileRead), 0);  // busy
-  EXPECT_EQ(m_file.Open(&m_info, kZebFileWrite), 0);
-  EXPECT_EQ(OpenBytes(RawRecording({0})), 0);
-  EXPECT_EQ(OpenBytes(RawRecording({0, 0})), 0);
-  EXPECT_EQ(OpenBytes(""), 0);
-  EXPECT_EQ(OpenBytes("x" + whole), 0);
+  for (const auto& bytes : {RawRecording({0}), RawRecording({0, 0}), std::string(), "x" + whole}) {
+    EXPECT_EQ(OpenBytes(bytes), 0);
+  }
   EXPECT_EQ(m_file.Open(nullptr, kZebFileRead), 0);
   CZebFileInfo missing = MakeInfo("missing");
   EXPECT_EQ(m_file.Open(&missing, kZebFileRead), 0);
   EXPECT_EQ(OpenBytes(whole), 1);  // none of that is held against the object
 }
 
-TEST_F(ZebFileReader, DamagedChainsEnd) {
-  const struct {
-    DWORD m_next;  // of the second of three blocks
-    int m_blocks;
-  } cases[] = {{52, 2}, {0, 2}, {110, 2}, {0xFFFFFFFE, 2}, {0xFFFFFFFF, 2}, {200, 3}};
-  const std::string whole = RawRecording({2, 2, 0});  // blocks at 52, 110 and 168
-  for (const auto& [next, blocks] : cases) {
-    std::string bytes = whole;
+TEST_F(ZebFileReader, DamagedChainsEndAndCountsAreBounded) {
+  std::string greedy = RawRecording({2, 2, 0});
+  greedy.replace(52 + 8, 2, "\xff\xff");
+  ASSERT_EQ(OpenBytes(greedy), 1);
+  EXPECT_LE(m_file.GetFrameNumOfBlock(0), 42 / 12);  // no more than there is room for
+  for (const DWORD next : {52U, 0U, 110U, 125U, 0xFFFFFFFEU, 0xFFFFFFFFU}) {
+    std::string bytes = RawRecording({2, 2, 0});  // blocks at 52, 110 and 168
     bytes.replace(110 + 4, 4, Little(next));
-    if (next == 200) bytes += std::string(60, '\0');
     ASSERT_EQ(OpenBytes(bytes), 1);
-    EXPECT_EQ(m_file.GetTotalBlock(), blocks) << next;
+    EXPECT_EQ(m_file.GetTotalBlock(), 2) << next;
     for (int i = 0; i < 4; ++i) EXPECT_NE(Read(), "-");
     EXPECT_EQ(Read(), "-");
   }
-}
-
-TEST_F(ZebFileReader, BlocksCannotClaimMoreFramesThanTheyHaveRoomFor) {
-  std::string bytes = RawRecording({2, 2, 0});
-  bytes.replace(52 + 8, 2, "\xff\xff");
-  ASSERT_EQ(OpenBytes(bytes), 1);
-  EXPECT_LE(m_file.GetFrameNumOfBlock(0), 42 / 12);
-  // Counts that would overflow a frame's number.
-  bytes = RawRecording({1});
-  bytes.resize(52);
-  for (DWORD i = 0; i < 40000; ++i) {
-    const DWORD offset = 52 + 16 * i;
-    bytes += Little(0) + Little(offset + 16) + Little(0xFFFF) + Little(0);
-  }
-  ASSERT_EQ(OpenBytes(bytes), 1);
-  EXPECT_GE(m_file.GetFrameIndexOfBlock(40000), 0);
-  EXPECT_LE(m_file.GetTotalFrame(), 0xFFFF);
 }
 
 TEST_F(ZebFileReader, FramesThatCannotBeReadDoNotEndTheReading) {
@@ -168,61 +131,43 @@ TEST_F(ZebFileReader, FramesThatCannotBeReadDoNotEndTheReading) {
   EXPECT_EQ(m_file.ReadOneFrame(nullptr, -1, 0), 0);
 }
 
-TEST(ZebFileReaderOnDisk, ReadsARecordingThatIsBeingWritten) {
-  const TempDir directory;
-  const std::string path = directory.File("r.zebz");
-  CZebFileInfo info = MakeInfo(path);
+TEST_F(ZebFileReader, ReadsARecordingThatIsBeingWritten) {
+  m_info = MakeInfo("w.zebz");
   CZebFile writer;
-  ASSERT_EQ(writer.Open(&info, kZebFileWrite), 1);
+  ASSERT_EQ(writer.Open(&m_info, kZebFileWrite), 1);
   WriteRun(writer, {102, 1});
-  CZebFile early;
-  ASSERT_EQ(early.Open(&info, kZebFileRead), 1);
-  EXPECT_EQ(early.GetFileName(), path);
-  EXPECT_EQ(early.GetTotalBlock(), 2);
-  FrameRun more{100, 1};
-  more.m_first_number = 102;
-  WriteRun(writer, more);
+  ASSERT_EQ(m_file.Open(&m_info, kZebFileRead), 1);
+  EXPECT_EQ(m_file.GetTotalBlock(), 2);
+  WriteRun(writer, {.m_frames = 100, .m_gop = 1, .m_first_number = 102});
   writer.Close();
-  CZebFrameData frame;
-  int read = 0;
-  while (early.ReadOneFrame(&frame, -1, 0) == 1) EXPECT_EQ(VideoOf(frame), NumberedVideo(read++));
-  EXPECT_EQ(read, 101);
-  CZebFile late;
-  ASSERT_EQ(late.Open(&info, kZebFileRead), 1);
-  EXPECT_EQ(late.GetTotalFrame(), 202);
+  for (int i = 0; i < 101; ++i) EXPECT_EQ(Read(), NumberedVideo(i) + " at 0:" + std::to_string(i));
+  EXPECT_EQ(Read(), "-");
+  EXPECT_EQ(ReadVideos("w.zebz").size(), 202U);
 }
 
 TEST(ZebFileReaderOnDisk, ReportsDiskErrorsAndGoesOnBehindThem) {
   const TempDir directory;
-  const std::string path = directory.File("r.zebz");
-  WriteWholeFile(path, RawRecording({2, 1, 0}));
+  CZebFileInfo info = MakeInfo(directory.File("r.zebz"));
+  WriteWholeFile(info.GetFileName(), RawRecording({2, 1, 0}));
   int reports = 0;
-  const ErrorSink before = SetErrorSink([&](const std::exception&) { ++reports; });
+  SetErrorSink([&](const std::exception&) { ++reports; });
   FaultyFileSystem disk;
   int failed_opens = 0;
   int failed_reads = 0;
   for (std::uint64_t n = 1; disk.Failures() == n - 1; ++n) {
     SCOPED_TRACE(n);
     disk.FailCall(FaultyFileSystem::kAnyCall, n);
-    CZebFileInfo info = MakeInfo(path);
     CZebFile file;
-    if (file.Open(&info, kZebFileRead) == 0) {
-      ++failed_opens;
-      disk.Heal();
-      ASSERT_EQ(file.Open(&info, kZebFileRead), 1);
-    }
+    for (; file.Open(&info, kZebFileRead) == 0; ++failed_opens) disk.Heal();
     CZebFrameData frame;
-    for (int i = 0; i < 3;) {
-      if (file.ReadOneFrame(&frame, -1, 0) == 0) {
-        ++failed_reads;
-        continue;
-      }
-      EXPECT_EQ(VideoOf(frame), NumberedVideo(i++));
+    for (int i = 0; i < 3; ++i) {
+      for (; file.ReadOneFrame(&frame, -1, 0) == 0; ++failed_reads) ASSERT_LT(failed_reads, 10);
+      EXPECT_EQ(VideoOf(frame), NumberedVideo(i));
     }
     EXPECT_EQ(file.ReadOneFrame(&frame, -1, 0), 0);
     disk.Heal();
   }
-  SetErrorSink(before);
+  SetErrorSink({});
   EXPECT_GT(failed_opens, 4);
   EXPECT_GE(failed_reads, 6);
   EXPECT_EQ(reports, failed_opens - 1 + failed_reads);  // a file that does not open is no error

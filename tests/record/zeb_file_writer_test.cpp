@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
 
 #include "platform/os/clock.h"
 #include "record/frame_block.h"
@@ -14,21 +15,20 @@ constexpr DWORD kNow = 1000000000;
 
 class ZebFileWriter : public testing::Test {
  protected:
-  ZebFileWriter() { EXPECT_EQ(m_file.Open(&m_info, kZebFileWrite), 1); }
+  ZebFileWriter() { Open(); }
 
+  // A new writer for a new file; what the last one wrote is lost.
+  void Open() {
+    m_file.emplace();
+    EXPECT_EQ(m_file->Open(&m_info, kZebFileWrite), 1);
+  }
   ParsedRecording Finish() {
-    m_file.Close();
+    m_file->Close();
     return ParseRecording(ReadWholeFile(m_path));
   }
-  // How many frames the next reader would find if the writer died now.
-  int FramesOnDisk() {
-    CZebFile reader;
-    CZebFileInfo info = MakeInfo(m_path);
-    return reader.Open(&info, kZebFileRead) == 1 ? reader.GetTotalFrame() : -1;
-  }
-  int WriteIFrame(DWORD time_stamp, std::string_view video = "i") {
+  int WriteIFrame(DWORD time_stamp, const std::string& video = "i") {
     FillFrame(m_frame, 0, time_stamp, video);
-    return m_file.WriteOneFrame(&m_frame);
+    return m_file->WriteOneFrame(&m_frame);
   }
 
   const ScopedTimeZone m_zone{"CST-8"};
@@ -36,7 +36,7 @@ class ZebFileWriter : public testing::Test {
   const TempDir m_directory;
   const std::string m_path = m_directory.File("r.zebz");
   CZebFileInfo m_info = MakeInfo(m_path);
-  CZebFile m_file;
+  std::optional<CZebFile> m_file;
   CZebFrameData m_frame{64, 64, 64};
 };
 
@@ -53,42 +53,37 @@ TEST_F(ZebFileWriter, StartsBlocksAtTheIFrameBehindEnoughFrames) {
       {{20, 1, 2}, "9@1000 10@1009 1@1019 0@500"},
   };
   for (const auto& [run, blocks] : cases) {
-    CZebFile file;
-    ASSERT_EQ(file.Open(&m_info, kZebFileWrite), 1);
-    const std::vector<int> written = WriteRun(file, run);
-    EXPECT_EQ(file.GetTotalFrame(), run.m_frames);
-    file.Close();
-    const ParsedRecording parsed = ParseRecording(ReadWholeFile(m_path));
+    Open();
+    const std::vector<int> written = WriteRun(*m_file, run);
+    EXPECT_EQ(m_file->GetTotalFrame(), run.m_frames);
+    const ParsedRecording parsed = Finish();
     EXPECT_EQ(parsed.m_blocks, blocks);
     EXPECT_EQ(parsed.m_videos, NumberedVideos(written));
   }
 }
 
 TEST_F(ZebFileWriter, CountsIFramesOfRT8PortBoardsAcrossFiles) {
-  WriteRun(m_file, {5, 1, 2});
+  WriteRun(*m_file, {5, 1, 2});
   EXPECT_EQ(Finish().m_blocks, "5@1000 0@500");
-  ASSERT_EQ(m_file.Open(&m_info, kZebFileWrite), 1);
-  WriteRun(m_file, {15, 1, 2});
+  ASSERT_EQ(m_file->Open(&m_info, kZebFileWrite), 1);
+  WriteRun(*m_file, {15, 1, 2});
   EXPECT_EQ(Finish().m_blocks, "4@1000 10@1004 1@1014 0@500");
 }
 
 TEST_F(ZebFileWriter, AWholeRecordingIsByteForByte) {
   m_clock.Advance(2000);
-  m_frame.SetEncoderType(2);
   std::string frames;
   for (BYTE i = 1; i <= 9; ++i) {
-    FillFrame(m_frame, 0, 0x1000U + i, std::string(1, static_cast<char>(i)));
-    m_frame.SetEncoderType(2);
-    ASSERT_EQ(m_file.WriteOneFrame(&m_frame), 1);
-    frames +=
-        Hex("0000 2000") + static_cast<char>(i) + Hex("100000 01000000") + static_cast<char>(i);
+    const std::string video(1, static_cast<char>(i));
+    Fill(m_frame, {0, 0x0020, 0x1000U + i, video, {}});
+    ASSERT_EQ(m_file->WriteOneFrame(&m_frame), 1);
+    frames += Hex("0000 2000") + video + Hex("100000 01000000") + video;
   }
   m_clock.Advance(1000);
-  FillFrame(m_frame, 0, 0x2000, "V", "S");
-  m_frame.SetEncoderType(2);
-  ASSERT_EQ(m_file.WriteOneFrame(&m_frame), 1);
+  Fill(m_frame, {0, 0x8020, 0x2000, "V", "S"});
+  ASSERT_EQ(m_file->WriteOneFrame(&m_frame), 1);
   m_clock.Advance(96);
-  m_file.Close();
+  m_file->Close();
   EXPECT_EQ(ReadWholeFile(m_path),
             Hex("5842455a 00000000 3e000000 04000000 00000000 02010200 02ca9a3b 03ca9a3b"
                 "01100000 10000000 03000000 63616d 03000000 627264 04000000 686f7374") +
@@ -102,15 +97,12 @@ TEST_F(ZebFileWriter, TheFirstLiveFrameSetsTheTimesAndEveryFrameTheEnd) {
   m_info.SetBeginTime(CTime(5));
   m_info.SetGmt(3);
   m_info.SetClip(1);
-  CZebFile file;
-  ASSERT_EQ(file.Open(&m_info, kZebFileWrite), 1);
+  Open();
   m_clock.Advance(7000);
-  WriteRun(file, {30, 25});
+  WriteRun(*m_file, {30, 25});
   m_clock.Advance(3000);
-  WriteRun(file, {1, 1});
-  file.Close();
-  EXPECT_EQ(ParseRecording(ReadWholeFile(m_path)).m_header,
-            "1000000007-1000000010, stamp 1000, gmt 16, flags 2");
+  WriteRun(*m_file, {1, 1});
+  EXPECT_EQ(Finish().m_header, "1000000007-1000000010, stamp 1000, gmt 16, flags 2");
 }
 
 TEST_F(ZebFileWriter, TheFirstPreAlarmFrameMovesTheBeginBack) {
@@ -127,104 +119,90 @@ TEST_F(ZebFileWriter, TheFirstPreAlarmFrameMovesTheBeginBack) {
       {12000, "5000-6000, stamp 12000, gmt 11, flags 0", "101@12000 1@12101 0@500"},
   };
   for (const auto& [stamp, header, blocks] : cases) {
-    CZebFile file;
-    ASSERT_EQ(file.Open(&m_info, kZebFileWrite), 1);
+    Open();
     for (DWORD i = 0; i < 102; ++i) {
       FillFrame(m_frame, 0, stamp + i, "pre");
-      ASSERT_EQ(file.WritePreAlarmFrame(&m_frame), 1);
+      ASSERT_EQ(m_file->WritePreAlarmFrame(&m_frame), 1);
     }
-    file.Close();
-    const ParsedRecording parsed = ParseRecording(ReadWholeFile(m_path));
+    const ParsedRecording parsed = Finish();
     EXPECT_EQ(parsed.m_header, header);
     EXPECT_EQ(parsed.m_blocks, blocks);
   }
 }
 
 TEST_F(ZebFileWriter, ADiedWriterLeavesItsFinishedBlocksAndTheirHeader) {
-  EXPECT_EQ(FramesOnDisk(), -1);
-  WriteRun(m_file, {101, 1});
-  EXPECT_EQ(FramesOnDisk(), -1);
+  EXPECT_EQ(ReadFrames(m_path).size(), 0U);
+  WriteRun(*m_file, {101, 1});
+  EXPECT_EQ(ReadFrames(m_path).size(), 0U);
   m_clock.Advance(60000);
-  WriteRun(m_file, {102, 1});
-  EXPECT_EQ(FramesOnDisk(), 202);
+  WriteRun(*m_file, {102, 1});
+  EXPECT_EQ(ReadFrames(m_path).size(), 202U);
   CZebFileInfo header;
   EXPECT_EQ(header.Create(m_path), 1);
   EXPECT_EQ(header.GetEndTime().GetTime(), kNow + 60);
 }
 
 TEST_F(ZebFileWriter, RefusedFramesChangeNothing) {
-  CZebFile detached;
-  FillFrame(m_frame, 0, 1, "i");
-  EXPECT_EQ(detached.WriteOneFrame(&m_frame), kWriteNoFile);
-  EXPECT_EQ(m_file.WriteOneFrame(nullptr), kWriteNoFile);
+  EXPECT_EQ(m_file->WriteOneFrame(nullptr), kWriteNoFile);
   const std::string created = ReadWholeFile(m_path);
   FillFrame(m_frame, 1, 1, "p");
-  EXPECT_EQ(m_file.WriteOneFrame(&m_frame), kFrameDropped);
-  EXPECT_EQ(m_file.WritePreAlarmFrame(&m_frame), kFrameDropped);
-  EXPECT_EQ(m_file.IsNextIFrame(), 1);
-  m_file.SetLength(0x7F000000);
+  EXPECT_EQ(m_file->WriteOneFrame(&m_frame), kFrameDropped);
+  EXPECT_EQ(m_file->WritePreAlarmFrame(&m_frame), kFrameDropped);
+  EXPECT_EQ(m_file->IsNextIFrame(), 1);
+  m_file->SetLength(0x7F000000);
   EXPECT_EQ(WriteIFrame(1), kWriteFileFull);
   EXPECT_EQ(ReadWholeFile(m_path), created);
-  EXPECT_EQ(m_file.GetTotalFrame(), 0);
-  m_file.SetLength(0x7EFFFFFF);
+  m_file->SetLength(0x7EFFFFFF);
   EXPECT_EQ(WriteIFrame(1), kFrameWritten);
-  EXPECT_EQ(m_file.GetLength(), created.size() + 13);
-  EXPECT_EQ(m_file.IsNextIFrame(), 0);
+  EXPECT_EQ(m_file->GetLength(), created.size() + 13);
+  EXPECT_EQ(m_file->IsNextIFrame(), 0);
 }
 
 TEST_F(ZebFileWriter, AFileThatReceivedNothingIsDeleted) {
-  FillFrame(m_frame, 1, 1, "p");
-  m_file.WriteOneFrame(&m_frame);
-  m_file.Close();
+  EXPECT_EQ(m_file->Open(&m_info, kZebFileWrite), 0);  // busy
+  m_file->Close();
   EXPECT_FALSE(std::filesystem::exists(m_path));
   EXPECT_EQ(WriteIFrame(1), kWriteNoFile);
-}
-
-TEST_F(ZebFileWriter, OpenRefusesWhatItCannotMake) {
-  EXPECT_EQ(m_file.Open(&m_info, kZebFileWrite), 0);  // busy
-  CZebFile file;
   CZebFileInfo nowhere = MakeInfo(m_directory.File("no/such.zebz"));
-  EXPECT_EQ(file.Open(nullptr, kZebFileWrite), 0);
-  EXPECT_EQ(file.Open(&m_info, tag_ZEBFILEMODE{2}), 0);
-  EXPECT_EQ(file.Open(&nowhere, kZebFileWrite), 0);
+  EXPECT_EQ(m_file->Open(&m_info, tag_ZEBFILEMODE{2}), 0);
+  EXPECT_EQ(m_file->Open(&nowhere, kZebFileWrite), 0);
 }
 
 TEST_F(ZebFileWriter, AnAppendedFrameIsOneWrite) {
   FaultyFileSystem disk;
-  CZebFile file;
-  ASSERT_EQ(file.Open(&m_info, kZebFileWrite), 1);
+  Open();
   FillFrame(m_frame, 0, 1, "video", "speech");
-  ASSERT_EQ(file.WriteOneFrame(&m_frame), 1);
-  disk.ResetCounts();
-  for (int i = 0; i < 50; ++i) ASSERT_EQ(file.WriteOneFrame(&m_frame), 1);
-  EXPECT_EQ(disk.Calls(FaultyFileSystem::kWrite), 50U);
-  EXPECT_EQ(disk.Calls(), 50U);  // ... and nothing else
+  ASSERT_EQ(m_file->WriteOneFrame(&m_frame), 1);
+  const std::uint64_t calls = disk.Calls();
+  const std::uint64_t writes = disk.Writes();
+  for (int i = 0; i < 50; ++i) ASSERT_EQ(m_file->WriteOneFrame(&m_frame), 1);
+  EXPECT_EQ(disk.Writes() - writes, 50U);
+  EXPECT_EQ(disk.Calls() - calls, 50U);  // ... and nothing else
+  m_file.reset();
 }
 
 TEST_F(ZebFileWriter, ABlockEndsWhereItsCountDoes) {
-  WriteRun(m_file, {65535, 65535});
+  WriteRun(*m_file, {65535, 65535});
   FillFrame(m_frame, 1, 1, "p");
-  EXPECT_EQ(m_file.WriteOneFrame(&m_frame), kWriteFileFull);
+  EXPECT_EQ(m_file->WriteOneFrame(&m_frame), kWriteFileFull);
   EXPECT_EQ(WriteIFrame(2), kFrameWritten);
   EXPECT_EQ(Finish().m_blocks, "65535@1000 1@2 0@500");
 }
 
 TEST_F(ZebFileWriter, QueriesHideTheLastEntryOfAnIndexThatIsExactlyFull) {
-  while (m_file.GetTotalBlock() < 1024) WriteRun(m_file, {10, 1, 2});
-  EXPECT_EQ(m_file.GetFrameNumOfBlock(1022), 10);
-  EXPECT_EQ(m_file.GetFrameNumOfBlock(1023), 0);
-  EXPECT_EQ(m_file.GetBlockTimeStamp(1023), 0xFFFFFFFF);
-  EXPECT_EQ(m_file.GetBlockTime(1023).GetTime(), 0U);
-  EXPECT_EQ(m_file.GetFrameIndexOfBlock(1023), 9 + 1022 * 10);
-  EXPECT_EQ(m_file.GetFrameIndexOfBlock(0x7FFFFFFF), 9 + 1022 * 10);
-  while (m_file.GetTotalBlock() < 1025) WriteRun(m_file, {10, 1, 2});
-  EXPECT_EQ(m_file.GetFrameNumOfBlock(1023), 10);
-  EXPECT_EQ(m_file.GetFrameNumOfBlock(1024), 0);
+  while (m_file->GetTotalBlock() < 1024) WriteRun(*m_file, {10, 1, 2});
+  EXPECT_EQ(m_file->GetFrameNumOfBlock(1022), 10);
+  EXPECT_EQ(m_file->GetFrameNumOfBlock(1023), 0);
+  EXPECT_EQ(m_file->GetBlockTimeStamp(1023), 0xFFFFFFFF);
+  EXPECT_EQ(m_file->GetBlockTime(1023).GetTime(), 0U);
+  EXPECT_EQ(m_file->GetFrameIndexOfBlock(0x7FFFFFFF), 9 + 1022 * 10);
+  while (m_file->GetTotalBlock() < 1025) WriteRun(*m_file, {10, 1, 2});
+  EXPECT_EQ(m_file->GetFrameNumOfBlock(1023), 10);
   int block = 0;
   int index = 0;
-  EXPECT_EQ(m_file.GetFilePos(block, index), 1);
+  EXPECT_EQ(m_file->GetFilePos(block, index), 1);
   EXPECT_EQ(block, 1024);
-  EXPECT_EQ(m_file.GetFrameIndex(block, index) + 1, m_file.GetTotalFrame());
+  EXPECT_EQ(m_file->GetFrameIndex(block, index) + 1, m_file->GetTotalFrame());
 }
 
 class PreparedBlock : public CFrameBlock {
@@ -249,24 +227,26 @@ class PreparedBlock : public CFrameBlock {
   CMemFile m_stream;
 };
 
-CObList ListOf(std::initializer_list<CObject*> blocks) {
-  CObList list;
-  for (CObject* block : blocks) list.AddTail(block);
-  return list;
-}
+class PreparedBlocks : public ZebFileWriter {
+ protected:
+  int Write(std::initializer_list<CObject*> blocks) {
+    CObList list;
+    for (CObject* block : blocks) list.AddTail(block);
+    return m_file->WriteBlock(&list);
+  }
+  PreparedBlock m_first{7000, {"a", "b"}};
+  PreparedBlock m_second{8000, {"c", std::string(5000, 'd')}};
+  PreparedBlock m_empty{9000, {}};
+};
 
-TEST_F(ZebFileWriter, PreparedBlocksAreAppendedUpToAnEmptyOne) {
-  PreparedBlock first(7000, {"a", "b"});
-  PreparedBlock second(8000, {"c", std::string(5000, 'd')});
-  PreparedBlock empty(9000, {});
-  PreparedBlock behind(9500, {"z"});
-  CObList blocks = ListOf({&first, &second, &empty, &behind});
-  EXPECT_EQ(m_file.WriteBlock(&blocks), 1);
-  EXPECT_EQ(second.m_stream.GetPosition(), second.m_bytes);
-  EXPECT_EQ(m_file.GetBlockTimeStamp(1), m_file.GetBlockTimeStamp(0));
-  EXPECT_EQ(m_file.GetTotalFrame(), 4);
-  EXPECT_EQ(m_file.GetLength(), std::filesystem::file_size(m_path));
-  EXPECT_EQ(m_file.WriteBlock(&blocks), 0);  // the block has frames now
+TEST_F(PreparedBlocks, AreAppendedUpToAnEmptyOne) {
+  EXPECT_EQ(m_file->WriteBlock(nullptr) + Write({nullptr, &m_first}) + Write({&m_empty}), 0);
+  EXPECT_EQ(Write({&m_first, &m_second, &m_empty, &m_first}), 1);
+  EXPECT_EQ(m_second.m_stream.GetPosition(), m_second.m_bytes);
+  EXPECT_EQ(m_file->GetBlockTimeStamp(1), m_file->GetBlockTimeStamp(0));
+  EXPECT_EQ(m_file->GetTotalFrame(), 4);
+  EXPECT_EQ(m_file->GetLength(), std::filesystem::file_size(m_path));
+  EXPECT_EQ(Write({&m_first}), 0);  // the block has frames now
   EXPECT_EQ(WriteIFrame(8100, "live"), 1);
 
   const ParsedRecording parsed = Finish();
@@ -275,33 +255,24 @@ TEST_F(ZebFileWriter, PreparedBlocksAreAppendedUpToAnEmptyOne) {
   EXPECT_EQ(parsed.m_videos.back(), "live");
 }
 
-TEST_F(ZebFileWriter, APreparedStreamThatEndsEarlyLeavesAWholeChain) {
-  PreparedBlock short_block(8000, {"c"});
-  short_block.m_bytes += 1000;
-  PreparedBlock last(9000, {"e"});
-  CObList starts_null = ListOf({nullptr, &last});
-  CObList blocks = ListOf({&short_block, &last, nullptr});
-  EXPECT_EQ(m_file.WriteBlock(&starts_null) + m_file.WriteBlock(nullptr), 0);
-  EXPECT_EQ(m_file.WriteBlock(&blocks), 1);
-  EXPECT_EQ(Finish().m_blocks, "1@500 1@9000 0@500");
+TEST_F(PreparedBlocks, WhoseStreamEndsEarlyLeaveAWholeChain) {
+  m_first.m_bytes += 1000;
+  EXPECT_EQ(Write({&m_first, &m_second, nullptr}), 1);
+  EXPECT_EQ(Finish().m_blocks, "2@500 2@8000 0@500");
 }
 
-TEST_F(ZebFileWriter, PreparedBlocksThatTheDiskRefusesAreTakenBack) {
-  PreparedBlock first(7000, {"a", "b"});
-  PreparedBlock second(8000, {"c"});
-  CObList blocks = ListOf({&first, &second});
+TEST_F(PreparedBlocks, ThatTheDiskRefusesAreTakenBack) {
   FaultyFileSystem disk;
   for (std::uint64_t n = 1; disk.Failures() == n - 1; ++n) {
     SCOPED_TRACE(n);
-    CZebFile file;
-    ASSERT_EQ(file.Open(&m_info, kZebFileWrite), 1);
+    Open();
     disk.FailCall(FaultyFileSystem::kWrite, n);
     try {
-      EXPECT_EQ(file.WriteBlock(&blocks), 1);
+      EXPECT_EQ(Write({&m_first, &m_second}), 1);
     } catch (const CFileException&) {
     }
     disk.Heal();
-    file.Close();
+    m_file->Close();
     if (!std::filesystem::exists(m_path)) continue;
     EXPECT_EQ(ParseRecording(ReadWholeFile(m_path)).m_fault, "");
   }

@@ -21,51 +21,36 @@ class FaultyFileSystem final : public FileSystem {
   // Kinds of calls, to be ORed where a plan takes several.
   enum Call : unsigned { kOpen = 1, kRead = 2, kWrite = 4, kLength = 8, kResize = 16, kClose = 32 };
   static constexpr unsigned kAnyCall = 63;
-  static constexpr std::uint64_t kForever = std::numeric_limits<std::uint64_t>::max();
 
   FaultyFileSystem() { SetFileSystem(this); }
   ~FaultyFileSystem() override { SetFileSystem(nullptr); }
   FaultyFileSystem(const FaultyFileSystem&) = delete;
   FaultyFileSystem& operator=(const FaultyFileSystem&) = delete;
 
-  // From now on the n-th call (counted from 1) of the given kinds throws, and so do the `times` - 1
-  // after it.
-  void FailCall(unsigned kinds, std::uint64_t n, std::uint64_t times = 1,
-                CFileException::Cause cause = CFileException::Cause::kHardIo) {
-    m_plan = {kinds, n, times, cause, 0};
+  // From now on the n-th call (counted from 1) of the given kinds throws. A write that does so puts
+  // at most `prefix_bytes` of its bytes on disk first.
+  void FailCall(unsigned kinds, std::uint64_t n, std::size_t prefix_bytes = 0) {
+    m_plan = {kinds, n, prefix_bytes};
   }
-  // Every write that fails as planned first puts at most `bytes` of its bytes on disk.
-  void WriteShortBeforeFailing(std::size_t bytes) { m_prefix_bytes = bytes; }
   // The disk takes `bytes` more and is full then: the write that does not fit puts down what fits
   // and throws, as every later one does.
   void FillDiskAfter(std::uint64_t bytes) {
-    Heal();
+    m_plan = {};
     m_free_bytes = bytes;
   }
+  // Of writes of so many bytes and more the disk takes the length alone.
+  void SkipWritesFrom(std::uint64_t bytes) { m_skipped_bytes = bytes; }
   // Everything works again.
-  void Heal() {
-    m_plan = {};
-    m_prefix_bytes = 0;
-    m_free_bytes = kForever;
-  }
+  void Heal() { FillDiskAfter(kNoLimit); }
 
-  // Calls made so far, of the given kinds; failed ones are counted too.
-  std::uint64_t Calls(unsigned kinds = kAnyCall) const {
-    std::uint64_t calls = 0;
-    for (unsigned bit = 0; bit < kKinds; ++bit) {
-      if ((kinds & (1U << bit)) != 0) calls += m_calls[bit];
-    }
-    return calls;
-  }
-  void ResetCounts() {
-    for (auto& calls : m_calls) calls = 0;
-  }
-  // Calls that were made to throw.
+  // Calls made so far, failed ones included, and how many were made to throw.
+  std::uint64_t Calls() const { return m_calls; }
+  std::uint64_t Writes() const { return m_writes; }
   std::uint64_t Failures() const { return m_failures; }
 
   std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
-    if (ShallFail(kOpen)) Fail(path);
-    return std::make_unique<Handle>(*this, NativeFileSystem().Open(path, mode), path);
+    PassOrFail(kOpen);
+    return std::make_unique<Handle>(*this, NativeFileSystem().Open(path, mode));
   }
   CString FullPath(const CString& path) override { return NativeFileSystem().FullPath(path); }
   std::optional<std::vector<DirectoryEntry>> List(const CString& path) override {
@@ -79,90 +64,83 @@ class FaultyFileSystem final : public FileSystem {
   }
 
  private:
-  static constexpr unsigned kKinds = 6;
+  static constexpr std::uint64_t kNoLimit = std::numeric_limits<std::uint64_t>::max();
   using Pieces = std::span<const std::span<const BYTE>>;
 
   struct Plan {
     unsigned m_kinds = 0;
-    std::uint64_t m_n = 0;
-    std::uint64_t m_times = 0;
-    CFileException::Cause m_cause = CFileException::Cause::kHardIo;
-    std::uint64_t m_seen = 0;
+    std::uint64_t m_calls_to_go = 0;
+    std::size_t m_prefix_bytes = 0;
   };
 
   class Handle final : public FileHandle {
    public:
-    Handle(FaultyFileSystem& owner, std::unique_ptr<FileHandle> native, CString path)
-        : m_owner(owner), m_native(std::move(native)), m_path(std::move(path)) {}
+    Handle(FaultyFileSystem& owner, std::unique_ptr<FileHandle> native)
+        : m_owner(owner), m_native(std::move(native)) {}
 
     std::size_t ReadAt(ULONGLONG offset, std::span<BYTE> into) override {
-      if (m_owner.ShallFail(kRead)) m_owner.Fail(m_path);
+      m_owner.PassOrFail(kRead);
       return m_native->ReadAt(offset, into);
     }
     void WriteAt(ULONGLONG offset, Pieces pieces) override {
+      ++m_owner.m_writes;
       if (m_owner.ShallFail(kWrite)) {
-        WritePrefix(offset, pieces, m_owner.m_prefix_bytes);
-        m_owner.Fail(m_path);
+        WritePrefix(offset, pieces, m_owner.m_plan.m_prefix_bytes);
+        m_owner.Fail(CFileException::Cause::kHardIo);
       }
       std::uint64_t bytes = 0;
       for (const auto& piece : pieces) bytes += piece.size();
       if (bytes > m_owner.m_free_bytes) {
         WritePrefix(offset, pieces, std::exchange(m_owner.m_free_bytes, 0));
-        ++m_owner.m_failures;
-        throw CFileException(CFileException::Cause::kDiskFull, 0, m_path);
+        m_owner.Fail(CFileException::Cause::kDiskFull);
       }
-      if (m_owner.m_free_bytes != kForever) m_owner.m_free_bytes -= bytes;
+      if (m_owner.m_free_bytes != kNoLimit) m_owner.m_free_bytes -= bytes;
+      if (bytes >= m_owner.m_skipped_bytes) return m_native->Resize(offset + bytes);
       m_native->WriteAt(offset, pieces);
     }
     ULONGLONG Length() override {
-      if (m_owner.ShallFail(kLength)) m_owner.Fail(m_path);
+      m_owner.PassOrFail(kLength);
       return m_native->Length();
     }
     void Resize(ULONGLONG length) override {
-      if (m_owner.ShallFail(kResize)) m_owner.Fail(m_path);
+      m_owner.PassOrFail(kResize);
       m_native->Resize(length);
     }
     void Close() override {
-      const bool fails = m_owner.ShallFail(kClose);
       m_native->Close();
-      if (fails) m_owner.Fail(m_path);
+      m_owner.PassOrFail(kClose);
     }
 
    private:
     void WritePrefix(ULONGLONG offset, Pieces pieces, std::uint64_t limit) {
-      for (const auto& piece : pieces) {
-        const auto part =
-            piece.first(static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), limit)));
-        if (part.empty()) continue;
-        m_native->WriteAt(offset, {&part, 1});
-        offset += part.size();
-        limit -= part.size();
+      for (auto piece : pieces) {
+        piece = piece.first(std::min<std::size_t>(piece.size(), limit));
+        if (!piece.empty()) m_native->WriteAt(offset, {&piece, 1});
+        offset += piece.size();
+        limit -= piece.size();
       }
     }
 
     FaultyFileSystem& m_owner;
     std::unique_ptr<FileHandle> m_native;
-    CString m_path;
   };
 
-  // Counts the call and decides whether the plan lets it through.
   bool ShallFail(Call kind) {
-    for (unsigned bit = 0; bit < kKinds; ++bit) {
-      if (kind == (1U << bit)) ++m_calls[bit];
-    }
-    if ((m_plan.m_kinds & kind) == 0) return false;
-    ++m_plan.m_seen;
-    return m_plan.m_seen >= m_plan.m_n && m_plan.m_seen - m_plan.m_n < m_plan.m_times;
+    ++m_calls;
+    return (m_plan.m_kinds & kind) != 0 && m_plan.m_calls_to_go-- == 1;
   }
-
-  [[noreturn]] void Fail(const CString& path) {
+  [[noreturn]] void Fail(CFileException::Cause cause) {
     ++m_failures;
-    throw CFileException(m_plan.m_cause, 0, path);
+    throw CFileException(cause, 0, "");
+  }
+  void PassOrFail(Call kind) {
+    if (ShallFail(kind)) Fail(CFileException::Cause::kHardIo);
   }
 
   Plan m_plan;
-  std::size_t m_prefix_bytes = 0;
-  std::uint64_t m_free_bytes = kForever;
-  std::uint64_t m_calls[kKinds] = {};
+  std::uint64_t m_free_bytes = kNoLimit;
+  std::uint64_t m_skipped_bytes = kNoLimit;
+  std::uint64_t m_calls = 0;
+  std::uint64_t m_writes = 0;
   std::uint64_t m_failures = 0;
 };

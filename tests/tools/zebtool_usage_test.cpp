@@ -1,9 +1,7 @@
 // Wrong command lines and jobs that cannot begin: which status, and whether the text helps.
 #include <gtest/gtest.h>
 
-#include "tests/tools/test_media.h"
-#include "tests/tools/test_recording.h"
-#include "tests/tools/tool_run.h"
+#include "tests/tools/tool_fixture.h"
 
 namespace {
 
@@ -14,19 +12,16 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
   } cases[] = {
       {{}, "no subcommand"},
       {{"record"}, "no subcommand 'record'"},
-      {{"help", "record"}, "no subcommand 'record'"},
       {{"info"}, "FILE is missing"},
       {{"info", "a", "b"}, "'b' is one argument too many"},
       {{"info", "a", "--colour"}, "no option --colour"},
       {{"info", "a", "--json=1"}, "--json takes no value"},
       {{"info", "a", "--json", "--json"}, "--json is given twice"},
-      {{"verify"}, "FILE is missing"},
       {{"import", "a.y4m"}, "OUT.zebz is missing"},
       {{"import", "a", "b", "--gop"}, "--gop needs a value"},
       {{"import", "a", "b", "--gop", "0"}, "--gop takes a number from 1"},
       {{"import", "a", "b", "--gop", "1x"}, "not '1x'"},
       {{"import", "a", "b", "--frame-size", "9"}, "0 to 8 or 128 to 136"},
-      {{"import", "a", "b", "--frame-size", "137"}, "--frame-size takes"},
       {{"import", "a", "b", "--quantiser", "8"}, "two numbers"},
       {{"import", "a", "b", "--quantiser", "8,32"}, "1 to 31"},
       {{"import", "a", "b", "--encoder-type", "16"}, "0 to 15"},
@@ -39,8 +34,6 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
       {{"clip", "a", "b", "--from", "+1", "--to-block", "2"}, "not both"},
       {{"clip", "a", "b", "--from-block", "3", "--to-block", "2"}, "nothing between"},
       {{"clip", "a", "b", "--from-block", "3", "--to-index", "2"}, "--to-index needs --to-block"},
-      {{"salvage", "a"}, "OUT.zebz is missing"},
-      {{"demo", "a", "b"}, "one argument too many"},
   };
   for (const auto& one : cases) {
     const ToolRun run = RunTool(one.arguments);
@@ -52,7 +45,6 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
 }
 
 TEST(ZebtoolUsage, HelpOfEverySubcommandIsReachedThreeWays) {
-  EXPECT_EQ(RunTool({"--version"}).status, 0);
   const ToolRun all = RunTool({"--help"});
   EXPECT_EQ(all.status, 0);
   for (const char* name : {"import", "info", "verify", "export", "clip", "salvage", "demo"}) {
@@ -71,19 +63,19 @@ class ZebtoolJob : public testing::Test {
 
   TempDir m_dir;
   const std::string m_good = m_dir.File("good.zebz");
+  const std::string m_link = m_dir.File("link.zebz");
   const std::string m_missing = m_dir.File("missing");
   const std::string m_out = m_dir.File("out");
   const std::string m_nowhere = m_dir.File("no/such/directory/out");
 };
 
 TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
-  WriteWholeFile(m_dir.File("video.y4m"), MakeY4m(16, 16, 1));
   const std::string video = m_dir.File("video.y4m");
+  WriteWholeFile(video, MakeY4m(16, 16, 1));
   const struct {
     std::vector<std::string> arguments;
     const char* text;
   } cases[] = {
-      {{"info", m_missing}, "missing"},
       {{"verify", m_missing}, "missing"},
       {{"verify", m_dir.Path().string()}, "cannot open"},
       {{"info", "q:\\x.zebz"}, "cannot open"},
@@ -92,7 +84,6 @@ TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
       {{"import", video, m_nowhere}, "cannot create"},
       {{"import", video, video}, "is the input"},
       {{"import", video, m_out, "--audio", m_missing}, "it does not exist"},
-      {{"import", "q:\\x.y4m", m_out}, "no drive is mounted"},
       {{"export", m_missing, m_out}, "missing"},
       {{"export", m_good, m_nowhere}, "its directory does not exist"},
       {{"export", m_good, m_good}, "is the input"},
@@ -102,12 +93,12 @@ TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
       {{"clip", m_missing, m_out, "--from", "+0"}, "missing"},
       {{"clip", m_good, m_good, "--from", "+0"}, "is the input"},
       {{"clip", m_good, m_nowhere, "--from", "+0"}, "cannot write"},
-      {{"clip", m_good, m_out, "--from-block", "9"}, "there is no block 9"},
-      {{"clip", m_good, m_out, "--from", "+500"}, "no frame in that stretch"},
       {{"salvage", m_missing, m_out}, "missing"},
       {{"salvage", m_good, m_nowhere}, "cannot create"},
+      {{"salvage", m_good, m_link}, "is the input"},
       {{"demo", m_good + "/x"}, "cannot make the directory"},
   };
+  std::filesystem::create_hard_link(m_good, m_link);
   const std::string before = ReadWholeFile(m_good);
   for (const auto& one : cases) {
     const ToolRun run = RunTool(one.arguments);
@@ -116,6 +107,9 @@ TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
     EXPECT_FALSE(std::filesystem::exists(m_out)) << one.text;
   }
   EXPECT_EQ(ReadWholeFile(m_good), before);
+  const ToolRun both = RunTool({"verify", m_missing, m_good});
+  EXPECT_EQ(both.status, 1);
+  EXPECT_TRUE(Contains(both.out, "good.zebz: whole, 20 frames")) << both.out;
 }
 
 TEST_F(ZebtoolJob, WhoseOutputIsNotTakenEndsWithOne) {
@@ -131,12 +125,6 @@ TEST_F(ZebtoolJob, WhoseOutputIsNotTakenEndsWithOne) {
   const std::vector<std::string> arguments = {"info", m_good};
   EXPECT_EQ(zebtool::RunZebtool(arguments, console), 1);
   EXPECT_TRUE(Contains(err.str(), "cannot write the standard output")) << err.str();
-}
-
-TEST_F(ZebtoolJob, VerifyGoesOnAfterAFileThatCannotBeRead) {
-  const ToolRun run = RunTool({"verify", m_missing, m_good});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_TRUE(Contains(run.out, "good.zebz: whole, 20 frames")) << run.out;
 }
 
 }  // namespace

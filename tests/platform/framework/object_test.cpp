@@ -10,34 +10,26 @@ namespace {
 
 TEST(CObject, KnowsItsClassAtRunTimeAndWhatThatDerivesFrom) {
   const CMemFile memory_file;
-  const CFile disk_file;
   const CObject& object = memory_file;
-  EXPECT_EQ(object.GetRuntimeClass(), RUNTIME_CLASS(CMemFile));
   EXPECT_STREQ(object.GetRuntimeClass()->m_name, "CMemFile");
   EXPECT_TRUE(object.IsKindOf(RUNTIME_CLASS(CMemFile)));
-  EXPECT_TRUE(object.IsKindOf(RUNTIME_CLASS(CFile)));
   EXPECT_TRUE(object.IsKindOf(RUNTIME_CLASS(CObject)));
-  EXPECT_FALSE(disk_file.IsKindOf(RUNTIME_CLASS(CMemFile)));
+  EXPECT_FALSE(CFile().IsKindOf(RUNTIME_CLASS(CMemFile)));
 }
 
 TEST(CObList, KeepsItsOrderAndNeverOwns) {
-  CFile first;
-  CFile second;
-  {
-    CObList list;
-    list.AddTail(&second);
-    list.AddTail(nullptr);
-    list.AddHead(&first);
-    EXPECT_EQ(list.GetHead(), &first);
-    EXPECT_EQ(list.GetTail(), nullptr);
-    EXPECT_EQ(std::vector<CObject*>(list.begin(), list.end()),
-              (std::vector<CObject*>{&first, &second, nullptr}));
-    EXPECT_EQ(list.RemoveHead(), &first);
-    EXPECT_EQ(list.GetCount(), 2U);
-    list.RemoveAll();
-    EXPECT_TRUE(list.IsEmpty());
-  }
-  EXPECT_FALSE(first.IsOpen());  // still there to be asked
+  CFile first, second;
+  CObList list;
+  list.AddTail(&second);
+  list.AddTail(nullptr);
+  list.AddHead(&first);
+  EXPECT_EQ(std::vector<CObject*>(list.begin(), list.end()),
+            (std::vector<CObject*>{&first, &second, nullptr}));
+  EXPECT_EQ(list.GetTail(), nullptr);
+  EXPECT_EQ(list.RemoveHead(), &first);
+  EXPECT_EQ(list.GetHead(), &second);
+  list.RemoveAll();
+  EXPECT_TRUE(list.IsEmpty());
 }
 
 }  // namespace

@@ -2,44 +2,27 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <limits>
-#include <string>
+#include <utility>
 
-#include "platform/os/clock.h"
+#include "tests/support/scoped_time_zone.h"
 
 namespace {
 
 // POSIX zone rules, so that no zone database is needed.
-constexpr const char* kUniversal = "UTC0";
-constexpr const char* kNewYork = "EST5EDT,M3.2.0,M11.1.0";
 constexpr const char* kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
-constexpr const char* kIndia = "IST-5:30";
-constexpr const char* kNewfoundland = "NST3:30NDT,M3.2.0,M11.1.0";
 
-class TimeTest : public testing::Test {
- protected:
-  ~TimeTest() override { UseZone(kUniversal); }
-
-  static void UseZone(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-};
-
-TEST_F(TimeTest, TellsLocalAndUniversalTimeOfOneMoment) {
-  const CTime moment(1700000000);  // 2023-11-14 22:13:20 UTC
-  struct Case {
-    const char* m_zone;
-    const char* m_local;
-  };
-  for (const Case& test :
-       {Case{kUniversal, "2023-11-14 22:13:20"}, Case{kNewYork, "2023-11-14 17:13:20"},
-        Case{kBerlin, "2023-11-14 23:13:20"}, Case{kIndia, "2023-11-15 03:43:20"},
-        Case{kNewfoundland, "2023-11-14 18:43:20"}}) {
-    SCOPED_TRACE(test.m_zone);
-    UseZone(test.m_zone);
-    EXPECT_EQ(moment.Format("%Y-%m-%d %H:%M:%S"), test.m_local);
+TEST(CTime, TellsLocalAndUniversalTimeOfOneMoment) {
+  const CTime moment(1700000000);
+  const std::pair<const char*, const char*> cases[] = {
+      {"UTC0", "2023-11-14 22:13:20"},
+      {"EST5EDT,M3.2.0,M11.1.0", "2023-11-14 17:13:20"},
+      {kBerlin, "2023-11-14 23:13:20"},
+      {"IST-5:30", "2023-11-15 03:43:20"},
+      {"NST3:30NDT,M3.2.0,M11.1.0", "2023-11-14 18:43:20"}};
+  for (const auto& [zone, local] : cases) {
+    const ScopedTimeZone scoped(zone);
+    EXPECT_EQ(moment.Format("%Y-%m-%d %H:%M:%S"), local);
     EXPECT_EQ(moment.FormatGmt("%Y-%m-%d %H:%M:%S"), "2023-11-14 22:13:20");
     const CTime again(moment.GetYear(), moment.GetMonth(), moment.GetDay(), moment.GetHour(),
                       moment.GetMinute(), moment.GetSecond());
@@ -47,8 +30,8 @@ TEST_F(TimeTest, TellsLocalAndUniversalTimeOfOneMoment) {
   }
 }
 
-TEST_F(TimeTest, FollowsDaylightSavingIntoAndOutOfSummer) {
-  UseZone(kBerlin);
+TEST(CTime, FollowsDaylightSavingIntoAndOutOfSummer) {
+  const ScopedTimeZone scoped(kBerlin);
   const CTime before_summer(2024, 3, 31, 1, 59, 59);
   EXPECT_EQ(before_summer.GetTime(), 1711846799U);
   EXPECT_EQ((before_summer + 1).Format("%H:%M:%S %Z"), "03:00:00 CEST");
@@ -58,8 +41,8 @@ TEST_F(TimeTest, FollowsDaylightSavingIntoAndOutOfSummer) {
   EXPECT_EQ(CTime(2024, 7, 1, 12, 0, 0).FormatGmt("%H:%M"), "10:00");
 }
 
-TEST_F(TimeTest, SpansThe32BitsOfSeconds) {
-  UseZone(kUniversal);
+TEST(CTime, SpansThe32BitsOfSeconds) {
+  const ScopedTimeZone scoped("UTC0");
   const CTime last(std::numeric_limits<DWORD>::max());
   EXPECT_EQ(last.Format("%Y-%m-%d %H:%M:%S"), "2106-02-07 06:28:15");
   EXPECT_EQ(CTime(2106, 2, 7, 6, 28, 15), last);
@@ -68,19 +51,6 @@ TEST_F(TimeTest, SpansThe32BitsOfSeconds) {
   EXPECT_EQ((last + 2).GetTime(), 1U);
   EXPECT_EQ((CTime(1) - 2), last);
   EXPECT_LT(CTime(1), last);
-}
-
-TEST_F(TimeTest, FormatsToNothingWhatIsLongerThanItsText) {
-  UseZone(kUniversal);
-  EXPECT_EQ(CTime(0).Format(std::string(255, 'x').c_str()), std::string(255, 'x'));
-  EXPECT_EQ(CTime(0).Format(std::string(256, 'x').c_str()), "");
-}
-
-TEST_F(TimeTest, CurrentTimeIsThatOfTheClockInForce) {
-  os::SteppedClock clock(1700000000, 0);
-  EXPECT_EQ(CTime::GetCurrentTime(), CTime(1700000000));
-  clock.Advance(1999);
-  EXPECT_EQ(CTime::GetCurrentTime(), CTime(1700000001));
 }
 
 }  // namespace

@@ -7,15 +7,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 
-#include "platform/framework/byte_order.h"
 #include "platform/noxcodec/software/speech_decoder.h"
 #include "platform/noxcodec/software/speech_encoder.h"
 #include "platform/noxcodec/software/video_decoder.h"
 #include "tests/platform/noxcodec/picture_measures.h"
+#include "tests/support/bytes.h"
+#include "tests/support/temp_dir.h"
 
 namespace noxcodec {
 namespace {
@@ -23,9 +23,8 @@ namespace {
 // The path of a media file, empty when there is none.
 std::string MediaFile(const std::string& name) {
   const char* const directory = std::getenv("ZEBX_MEDIA_DIR");
-  if (directory == nullptr) return {};
-  const auto path = std::filesystem::path(directory) / name;
-  return std::filesystem::exists(path) ? path.string() : std::string();
+  const std::string path = std::string(directory == nullptr ? "" : directory) + "/" + name;
+  return directory != nullptr && std::filesystem::exists(path) ? path : "";
 }
 
 struct ClosePipe {
@@ -73,25 +72,18 @@ TEST(MediaQuality, StreetClipKeepsItsRateAndQuality) {
 TEST(MediaQuality, SpeechKeepsItsSignalToNoiseRatio) {
   const std::string path = MediaFile("speech_8khz_mono.wav");
   if (path.empty()) GTEST_SKIP() << "no speech in ZEBX_MEDIA_DIR";
-  std::ifstream file(path, std::ios::binary);
-  const std::vector<char> content(std::istreambuf_iterator<char>(file), {});
-  constexpr std::size_t kWaveHeaderBytes = 44;
-  ASSERT_GT(content.size(), kWaveHeaderBytes);
-  const std::vector<BYTE> bytes(content.begin() + kWaveHeaderBytes, content.end());
-  ByteReader reader(bytes);
-  std::vector<std::int16_t> samples(bytes.size() / 2);
-  for (auto& sample : samples) sample = reader.Get<std::int16_t>();
-
-  constexpr std::size_t kPacketSamples = 320;
+  const std::string wave = ReadWholeFile(path);
   SpeechEncoder encoder;
   double signal = 0, noise = 0;
-  for (std::size_t at = 0; at + kPacketSamples <= samples.size(); at += kPacketSamples) {
-    const auto part = std::span(samples).subspan(at, kPacketSamples);
-    std::array<std::int16_t, kPacketSamples> decoded;
-    ASSERT_TRUE(DecodeSpeech(encoder.Encode(part), decoded));
-    for (std::size_t i = 0; i < kPacketSamples; ++i) {
-      signal += std::pow(part[i], 2);
-      noise += std::pow(part[i] - decoded[i], 2);
+  std::array<std::int16_t, 320> samples, decoded;
+  for (std::size_t at = 44; at + sizeof samples <= wave.size(); at += sizeof samples) {
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      samples[i] = static_cast<std::int16_t>(DwordAt(wave, at + 2 * i));
+    }
+    ASSERT_TRUE(DecodeSpeech(encoder.Encode(samples), decoded));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      signal += std::pow(samples[i], 2);
+      noise += std::pow(samples[i] - decoded[i], 2);
     }
   }
   EXPECT_GE(10 * std::log10(signal / noise), 26);

@@ -17,6 +17,19 @@ inline std::vector<noxcodec::Picture> StreetPictures(int width, int height, int 
   return pictures;
 }
 
+// A picture whose pixels are what `value` says for their plane and place.
+template <typename Value>
+noxcodec::Picture DrawPicture(int width, int height, Value value) {
+  noxcodec::Picture picture(width, height);
+  for (int plane = 0; plane < noxcodec::kPlaneCount; ++plane) {
+    const auto view = picture.Plane(plane);
+    for (int y = 0; y < view.height; ++y) {
+      for (int x = 0; x < view.width; ++x) view.Row(y)[x] = static_cast<BYTE>(value(plane, x, y));
+    }
+  }
+  return picture;
+}
+
 using PacketBytes = std::vector<BYTE>;
 
 inline std::vector<PacketBytes> EncodeAll(const noxcodec::VideoEncoderSettings& settings,

@@ -29,28 +29,18 @@ TEST(StreetScene, FiguresMoveBeforeAStillStreet) {
   scene.Render(100, before);
   scene.Render(112, after);
   int moving = 0, still = 0;
-  for (int row = 0; row < kRows; ++row) {
-    for (int column = 0; column < kColumns; ++column) {
-      const auto tile = [&](const Picture& picture) {
-        const auto plane = picture.Plane(kLuma);
-        return noxcodec::PlaneView{plane.Row(16 * row) + 16 * column, 16, 16, plane.stride};
-      };
-      const double psnr = Psnr(tile(before), tile(after));
-      moving += psnr < 25;
-      still += psnr > 38;
-    }
+  for (int tile = 0; tile < kColumns * kRows; ++tile) {
+    const auto part = [&](const Picture& picture) {
+      const auto plane = picture.Plane(kLuma);
+      const BYTE* const corner = plane.Row(tile / kColumns * 16) + tile % kColumns * 16;
+      return noxcodec::PlaneView{corner, 16, 16, plane.stride};
+    };
+    const double psnr = Psnr(part(before), part(after));
+    moving += psnr < 25;
+    still += psnr > 38;
   }
   EXPECT_GE(moving, 5);
   EXPECT_GE(still, kColumns * kRows / 2);
-}
-
-TEST(StreetScene, DrawsInEverySize) {
-  for (const auto& [width, height] : {std::pair{1, 1}, {17, 16}, {720, 288}}) {
-    Picture picture;
-    StreetScene(width, height).Render(0xFFFFFFFF, picture);
-    EXPECT_EQ(picture.Width(), width);
-    EXPECT_EQ(picture.Height(), height);
-  }
 }
 
 }  // namespace
