@@ -67,7 +67,7 @@ int CZebFileInfo::Create(const CString& path) {
   CFile file;
   if (file.Open(path, CFile::kModeRead | CFile::kShareDenyNone) == 0) return 0;
   try {
-    m_length = static_cast<DWORD>(file.GetLength());
+    m_length = static_cast<DWORD>(file.GetLengthAtOpening());
   } catch (const CFileException& failure) {
     ReportError(failure);
     return 0;

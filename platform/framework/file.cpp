@@ -74,6 +74,10 @@ ULONGLONG CFile::GetLength() const {
   return Handle().Length();
 }
 
+ULONGLONG CFile::GetLengthAtOpening() const {
+  return Handle().LengthAtOpening();
+}
+
 void CFile::SetLength(ULONGLONG length) {
   Handle().Resize(length);
 }

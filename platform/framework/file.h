@@ -55,6 +55,8 @@ class ZEBX_API CFile : public CObject {
   ULONGLONG SeekToEnd() { return Seek(GetLength()); }
   ULONGLONG GetPosition() const { return m_position; }
   virtual ULONGLONG GetLength() const;
+  // The length that opening found: for a file just opened, without another system call.
+  ULONGLONG GetLengthAtOpening() const;
   // Cuts or extends (with zeros) the file. The position stays.
   virtual void SetLength(ULONGLONG length);
 

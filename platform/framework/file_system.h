@@ -32,6 +32,8 @@ class ZEBX_API FileHandle {
   // long as the system takes them whole.
   virtual void WriteAt(ULONGLONG offset, std::span<const std::span<const BYTE>> pieces) = 0;
   virtual ULONGLONG Length() = 0;
+  // What it was when the file was opened, where opening found that out anyway.
+  virtual ULONGLONG LengthAtOpening() { return Length(); }
   virtual void Resize(ULONGLONG length) = 0;
   // Closes and reports what only closing reveals. The destructor closes silently.
   virtual void Close() = 0;

@@ -58,22 +58,34 @@ void SetDrive(char letter, Drive drive) {
   table.m_drives[static_cast<std::size_t>(LowerCase(letter) - 'a')] = std::move(drive);
 }
 
-// The components of a library path below its drive, `.` and `..` folded.
-std::vector<CString> Components(const CString& path) {
-  std::vector<CString> components;
+// The components of a library path below its drive, `.` and `..` folded. Borrowed from the path.
+std::vector<std::string_view> Components(std::string_view path) {
+  constexpr std::size_t kUsualDepth = 8;
+  std::vector<std::string_view> components;
+  components.reserve(kUsualDepth);
   constexpr std::string_view kSeparators = "\\/";
   std::size_t begin = 2;  // behind the letter and the colon
   while (begin <= path.size()) {
     const std::size_t end = std::min(path.find_first_of(kSeparators, begin), path.size());
-    CString component = path.substr(begin, end - begin);
+    const std::string_view component = path.substr(begin, end - begin);
     if (component == "..") {
       if (!components.empty()) components.pop_back();
     } else if (!component.empty() && component != ".") {
-      components.push_back(std::move(component));
+      components.push_back(component);
     }
     begin = end + 1;
   }
   return components;
+}
+
+// The host path of the components, as they are spelled.
+CString Below(const Drive& drive, const std::vector<std::string_view>& components) {
+  CString path = drive.m_directory;
+  for (const std::string_view component : components) {
+    if (path.back() != '/') path += '/';
+    path += component;
+  }
+  return path;
 }
 
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
@@ -85,7 +97,7 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
 // The entry of `directory` that is called `name` but for its case; `name` itself when there is
 // none. Of several the first in name order, so that the answer does not depend on the disk's own
 // order.
-CString FindEntry(const std::filesystem::path& directory, const CString& name) {
+CString FindEntry(const std::filesystem::path& directory, std::string_view name) {
   CString found;
   std::error_code error;
   for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
@@ -95,7 +107,7 @@ CString FindEntry(const std::filesystem::path& directory, const CString& name) {
       found = entry_name;
     }
   }
-  return found.empty() ? name : found;
+  return found.empty() ? CString(name) : found;
 }
 
 // A link is there even when what it leads to is not.
@@ -190,19 +202,25 @@ ULONGLONG GetDriveQuota(const CString& path) {
   return HasDriveLetter(path) ? DriveOf(path[0]).m_quota_bytes : 0;
 }
 
+std::optional<CString> SpelledHostPath(const CString& path) {
+  if (!HasDriveLetter(path)) return path;
+  const Drive drive = DriveOf(path[0]);
+  if (drive.m_kind == DriveKind::kNoRoot) return std::nullopt;
+  return Below(drive, Components(path));
+}
+
 std::optional<CString> HostPath(const CString& path) {
   if (!HasDriveLetter(path)) return path;
   const Drive drive = DriveOf(path[0]);
   if (drive.m_kind == DriveKind::kNoRoot) return std::nullopt;
 
-  const std::vector<CString> components = Components(path);
-  std::filesystem::path exact = drive.m_directory;
-  for (const CString& component : components) exact /= component;
-  if (Exists(exact)) return exact.string();
+  const auto components = Components(path);
+  CString spelled = Below(drive, components);
+  if (Exists(spelled)) return spelled;
 
   std::filesystem::path found = drive.m_directory;
-  for (const CString& component : components) {
-    found /= Exists(found / component) ? component : FindEntry(found, component);
+  for (const std::string_view component : components) {
+    found /= Exists(found / component) ? CString(component) : FindEntry(found, component);
   }
   return found.string();
 }
@@ -214,9 +232,10 @@ CString FullPath(const CString& path) {
     return error ? path : absolute.lexically_normal().string();
   }
   CString full = path.substr(0, 2);
-  const std::vector<CString> components = Components(path);
+  full.reserve(path.size());
+  const auto components = Components(path);
   if (components.empty()) full += '\\';
-  for (const CString& component : components) {
+  for (const std::string_view component : components) {
     full += '\\';
     full += component;
   }

@@ -49,6 +49,9 @@ ZEBX_API ULONGLONG GetDriveQuota(const CString& path);
 // not exist: what is not found is taken as spelled.
 ZEBX_API std::optional<CString> HostPath(const CString& path);
 
+// The same without a look at the disk: every component as it is spelled.
+ZEBX_API std::optional<CString> SpelledHostPath(const CString& path);
+
 // The absolute form of a path: a library path keeps its letter, with `.`, `..` and repeated
 // separators folded; a host path is made absolute.
 ZEBX_API CString FullPath(const CString& path);

@@ -88,6 +88,8 @@ class PosixFileHandle final : public FileHandle {
   }
 
   ULONGLONG Length() override { return static_cast<ULONGLONG>(Status().st_size); }
+  ULONGLONG LengthAtOpening() override { return m_length_at_opening; }
+  void SetLengthAtOpening(ULONGLONG length) { m_length_at_opening = length; }
 
   void Resize(ULONGLONG length) override {
     if (ftruncate(m_descriptor, static_cast<off_t>(length)) != 0) Fail();
@@ -140,6 +142,7 @@ class PosixFileHandle final : public FileHandle {
 
   int m_descriptor;
   CString m_path;
+  ULONGLONG m_length_at_opening = 0;
 };
 
 int OpenFlags(const FileOpenMode& mode) {
@@ -179,10 +182,16 @@ DWORD SecondsSince1970(time_t seconds) {
 class PosixFileSystem final : public FileSystem {
  public:
   std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
-    const auto host_path = os::HostPath(path);
-    if (!host_path) throw CFileException(Cause::kBadPath, 0, path);
+    // A look for other spellings is left until there is no such file, unless that would make one.
+    bool looked = mode.m_create;
+    auto host_path = looked ? os::HostPath(path) : os::SpelledHostPath(path);
     while (true) {
+      if (!host_path) throw CFileException(Cause::kBadPath, 0, path);
       const int descriptor = open(host_path->c_str(), OpenFlags(mode), 0666);
+      if (descriptor < 0 && errno == ENOENT && !std::exchange(looked, true)) {
+        host_path = os::HostPath(path);
+        continue;
+      }
       if (descriptor < 0) throw CFileException(CauseOf(errno), errno, path);
       auto handle = std::make_unique<PosixFileHandle>(descriptor, path);
       handle->Lock(mode.m_exclusive);
@@ -192,6 +201,7 @@ class PosixFileSystem final : public FileSystem {
       if (status.st_nlink == 0 && !LeadsTo(*host_path, status)) continue;
       // Only now, so that a file which somebody holds exclusively keeps its bytes.
       if (mode.m_truncate && status.st_size > 0) handle->Resize(0);
+      handle->SetLengthAtOpening(mode.m_truncate ? 0 : static_cast<ULONGLONG>(status.st_size));
       return handle;
     }
   }

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "platform/framework/file.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -45,6 +46,21 @@ TEST_F(DrivesTest, PrefersTheExactSpellingAndTheFirstInNameOrder) {
 TEST_F(DrivesTest, TakesWhatIsNotThereAsSpelled) {
   MakeDirectory("Dvr");
   EXPECT_EQ(os::HostPath("d:\\dvr\\New\\File.zebz"), Root() + "/Dvr/New/File.zebz");
+}
+
+TEST_F(DrivesTest, OpensFilesWhateverTheirCaseAndMakesNoSecondOne) {
+  MakeDirectory("Dvr");
+  WriteWholeFile(m_directory.File("Dvr/Cam.zebz"), "four");
+  CFile file;
+  ASSERT_EQ(file.Open("d:\\dvr\\cam.ZEBZ", CFile::kModeRead), 1);
+  EXPECT_EQ(file.GetLengthAtOpening(), 4U);
+  file.Close();
+  ASSERT_EQ(file.Open("d:\\DVR\\CAM.zebz", CFile::kModeCreate | CFile::kModeWrite), 1);
+  EXPECT_EQ(file.GetLengthAtOpening(), 0U);
+  EXPECT_EQ(ReadWholeFile(m_directory.File("Dvr/Cam.zebz")), "");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_directory.Path() / "Dvr"), {}), 1);
+  CFile missing;
+  EXPECT_EQ(missing.Open("d:\\dvr\\none", CFile::kModeRead), 0);
 }
 
 TEST_F(DrivesTest, NeverLeavesTheDriveThroughDots) {
