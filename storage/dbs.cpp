@@ -62,6 +62,9 @@ int Create(CZebFile** file, CZebFileInfo* header, Creator creator) {
 
 }  // namespace
 
+// Texts come by value, as the interface is given.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+
 int dbsOpenDatabase(CString data_directory, CString database_file, CString host_name) {
   CCaptureApp& app = GetCaptureApp();
   if (app.IsInitialized() == 0) return 0;
@@ -277,3 +280,5 @@ int dbsSearchFile(CFileSearchInfo* info) {
   CZebDatabase* database = Database();
   return database != nullptr ? database->SearchFile(info) : 0;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)

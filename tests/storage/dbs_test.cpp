@@ -271,11 +271,8 @@ TEST_F(Dbs, HandsOutTheDirectoriesOfEveryKind) {
 TEST_F(Dbs, SearchesTheDisksInTheirOrderAndKeepsDuplicates) {
   ASSERT_EQ(Open(), 1);
   ASSERT_EQ(Add("e:\\"), 1);
-  for (const char* path :
-       {"data/database/d20040410/rec/video/b", "data/database/d20040410/rec/a"}) {
-    MakeFile(path, 0);
-  }
-  MakeFileIn(m_e, "d20040410/rec/video/a", 0);
+  MakeDirs({"data/database/d20040410/rec/video"});
+  fs::create_directories(m_e.Path() / "d20040410/rec/video");
   WriteWholeFile(m_d.File("data/database/d20040410/rec/video/b"), RawRecording({1, 0}));
   WriteWholeFile(m_e.File("d20040410/rec/video/a"), RawRecording({1, 0}));
   WriteWholeFile(m_e.File("d20040410/rec/video/b"), RawRecording({1, 0}));
