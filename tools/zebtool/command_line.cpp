@@ -10,9 +10,9 @@
 namespace zebtool {
 namespace {
 
-constexpr std::array<const Subcommand*, 7> kSubcommands = {
-    &kImportCommand, &kInfoCommand,    &kVerifyCommand, &kExportCommand,
-    &kClipCommand,   &kSalvageCommand, &kDemoCommand};
+constexpr std::array<const Subcommand*, 9> kSubcommands = {
+    &kImportCommand,  &kInfoCommand,  &kVerifyCommand, &kExportCommand, &kClipCommand,
+    &kSalvageCommand, &kStoreCommand, &kRecordCommand, &kDemoCommand};
 
 // Failures that the library reports instead of throwing become lines of the tool.
 class ReportOnConsole {
@@ -31,7 +31,7 @@ class ReportOnConsole {
 void PrintHelp(std::ostream& out) {
   out << "usage: zebtool SUBCOMMAND ...\n"
          "\n"
-         "Makes, inspects, cuts and repairs recordings (.zebz).\n"
+         "Makes, inspects, cuts and repairs recordings (.zebz), and keeps them on disks.\n"
          "\n"
          "subcommands:\n";
   for (const Subcommand* subcommand : kSubcommands) {

@@ -50,13 +50,20 @@ void Options::AddOption(const Shape& shape, Arguments arguments, std::size_t& at
   } else {
     Fail(name + " needs a value");
   }
-  if (!m_values.emplace(name, value).second) Fail(name + " is given twice");
+  std::vector<std::string>& values = m_values[name];
+  if (!values.empty() && spec->kind != OptionSpec::Kind::kValues) Fail(name + " is given twice");
+  values.push_back(value);
 }
 
 std::optional<std::string> Options::Text(std::string_view name) const {
   const auto found = m_values.find(name);
   if (found == m_values.end()) return std::nullopt;
-  return found->second;
+  return found->second.front();
+}
+
+std::vector<std::string> Options::Texts(std::string_view name) const {
+  const auto found = m_values.find(name);
+  return found != m_values.end() ? found->second : std::vector<std::string>();
 }
 
 std::optional<DWORD> Options::Number(std::string_view name, DWORD least, DWORD most) const {

@@ -15,8 +15,8 @@
 namespace zebtool {
 
 struct OptionSpec {
-  enum class Kind { kFlag, kValue };
-  std::string_view name;  // with its dashes
+  enum class Kind { kFlag, kValue, kValues };  // kValues may be given several times
+  std::string_view name;                       // with its dashes
   Kind kind = Kind::kValue;
 };
 
@@ -26,18 +26,21 @@ class Options {
   // of which at least `required` must be there; more than all of them only when `repeat_last`.
   struct Shape {
     std::string_view subcommand;
-    std::initializer_list<OptionSpec> options;
+    std::vector<OptionSpec> options;
     std::initializer_list<std::string_view> positionals;
     std::size_t required = 0;
     bool repeat_last = false;
   };
 
   // Takes "--name value", "--name=value" and, after "--", positional arguments only. Throws
-  // UsageError for what the shape does not allow and for an option given twice.
+  // UsageError for what the shape does not allow and for an option given twice that takes one
+  // value.
   Options(const Shape& shape, Arguments arguments);
 
   bool Has(std::string_view name) const { return m_values.contains(name); }
   std::optional<std::string> Text(std::string_view name) const;
+  // Of a kValues option, in the order given.
+  std::vector<std::string> Texts(std::string_view name) const;
   // A decimal number within the bounds; throws UsageError for anything else.
   std::optional<DWORD> Number(std::string_view name, DWORD least, DWORD most) const;
 
@@ -49,7 +52,7 @@ class Options {
   void AddOption(const Shape& shape, Arguments arguments, std::size_t& at);
 
   std::string m_subcommand;
-  std::map<std::string, std::string, std::less<>> m_values;
+  std::map<std::string, std::vector<std::string>, std::less<>> m_values;
   std::vector<std::string> m_positionals;
 };
 

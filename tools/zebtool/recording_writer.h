@@ -1,6 +1,7 @@
 // Writing frames that already have their time stamps into recordings, as if they were captured now.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,25 +9,35 @@
 
 #include "platform/os/clock.h"
 #include "record/zeb_file.h"
+#include "tools/zebtool/written_files.h"
 
 class CZebFrameData;
 
 namespace zebtool {
 
-struct WrittenFile {
-  std::string path;
-  ULONGLONG frames = 0;
-  int blocks = 0;  // with frames
-  ULONGLONG bytes = 0;
+// Where a writer's files come from and go to.
+class RecordingPlace {
+ public:
+  virtual ~RecordingPlace();
+
+  // Creates file `number`, counted from 1, with `header`, which gets its path. Throws JobError.
+  virtual std::unique_ptr<CZebFile> Create(CZebFileInfo& header, std::size_t number) = 0;
+  // Finishes a file. Throws CFileException.
+  virtual void Close(std::unique_ptr<CZebFile> file);
+  // Asked before each frame, `elapsed_ms` after the first one: whether it begins a further file.
+  virtual bool IsFileDue(ULONGLONG elapsed_ms);
 };
 
 // Steps the library's clock to every frame's stamp, so that begin and end times follow the stamps
 // and not the time that the writing takes. A recording that has reached its largest length goes on
-// in a file with "_2", "_3" ... before its extension. One at a time: there is one clock.
+// in a further file. One at a time: there is one clock.
 class RecordingWriter {
  public:
   // `header` describes the camera; the first frame is stamped `first_stamp` and taken at `begin`.
-  // Throws JobError when the file cannot be made.
+  // Throws JobError when the first file cannot be made.
+  RecordingWriter(const CZebFileInfo& header, std::unique_ptr<RecordingPlace> place, CTime begin,
+                  DWORD first_stamp);
+  // The files are `path` and the same with "_2", "_3" ... before its extension.
   RecordingWriter(const CZebFileInfo& header, const std::string& path, CTime begin,
                   DWORD first_stamp);
   ~RecordingWriter();
@@ -40,25 +51,28 @@ class RecordingWriter {
   // when a further file begins with it. Throws JobError when it cannot be written; what was written
   // before stays, and is finished by the destructor as well as the disk allows.
   bool Append(CZebFrameData& frame);
-  // Finishes the last file. Throws JobError.
+  // Finishes the last file; nothing may be appended afterwards. Throws JobError.
   void Finish();
 
-  // The files in order, the one in work last; complete after Finish.
+  // The files in order, the one in work last; complete after Finish. A file that received no frame
+  // is gone.
   const std::vector<WrittenFile>& Files() const { return m_files; }
 
  private:
-  void OpenFile(const std::string& path);
+  void OpenFile();
   void CloseFile();
   void StepClock(DWORD time_stamp);
-  std::string FurtherPath() const;
+  ULONGLONG ElapsedMs() const {
+    return static_cast<ULONGLONG>(std::max<LONGLONG>(m_elapsed_ms, 0));
+  }
 
   CZebFileInfo m_header;
-  std::string m_path;
+  std::unique_ptr<RecordingPlace> m_place;
   DWORD m_last_stamp;
   LONGLONG m_elapsed_ms = 0;
   std::optional<int> m_gmt;
   os::SteppedClock m_clock;
-  std::unique_ptr<CZebFile> m_file;
+  std::unique_ptr<CZebFile> m_file;  // null when there is no file in work
   std::vector<WrittenFile> m_files;
 };
 

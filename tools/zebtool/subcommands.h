@@ -21,6 +21,11 @@ extern const Subcommand kVerifyCommand;
 extern const Subcommand kExportCommand;
 extern const Subcommand kClipCommand;
 extern const Subcommand kSalvageCommand;
+extern const Subcommand kStoreCommand;
+extern const Subcommand kRecordCommand;
+extern const Subcommand kSearchCommand;
+extern const Subcommand kSnapshotCommand;
+extern const Subcommand kFaceCommand;
 extern const Subcommand kDemoCommand;
 
 // Runs a whole command line, the program's name left out: finds the subcommand, answers the calls

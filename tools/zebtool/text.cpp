@@ -69,6 +69,10 @@ std::string FormatTime(CTime time) {
   return time.Format("%Y-%m-%d %H:%M:%S");
 }
 
+std::string FormatDay(CTime time) {
+  return time.Format("%Y-%m-%d");
+}
+
 std::optional<CTime> ParseTime(std::string_view text) {
   if (!Matches(text, "0000-00-00 00:00:00")) return std::nullopt;
   const CTime time(Digits(text, 0, 4), Digits(text, 5, 2), Digits(text, 8, 2), Digits(text, 11, 2),

@@ -20,6 +20,8 @@ std::string FormatDecimals(double number, int decimals);
 std::string Plural(ULONGLONG count, std::string_view noun);
 // Local time, "2024-05-01 08:30:00".
 std::string FormatTime(CTime time);
+// Its local day, "2024-05-01".
+std::string FormatDay(CTime time);
 
 // A moment of local time, "YYYY-MM-DD HH:MM:SS"; nothing for another form or a day or hour that
 // does not exist.

@@ -1,0 +1,148 @@
+#include "tools/zebtool/database_session.h"
+
+#include <utility>
+
+#include "capture/zebx.h"
+#include "platform/framework/archive.h"
+#include "platform/framework/file.h"
+#include "platform/framework/file_system.h"
+#include "platform/os/drives.h"
+#include "storage/dbs.h"
+#include "storage/storage_messages.h"
+
+namespace zebtool {
+namespace {
+
+constexpr DWORD kNoStartUpWord = 0;
+
+bool Exists(const std::string& path) {
+  return CurrentFileSystem().Status(path).has_value();
+}
+
+// A disk whose drive is not mounted drops out of the list, and closing would write it without.
+void RefuseUnmountedDrives(const std::string& path) {
+  CFile file;
+  if (file.Open(path, CFile::kModeRead | CFile::kShareDenyNone) == 0) {
+    throw JobError("cannot read the database file '" + path + "'");
+  }
+  try {
+    CArchive archive(file, CArchive::Mode::kLoad);
+    DWORD disks = 0;
+    CString working_disk;
+    archive >> disks >> working_disk;
+    for (DWORD disk = 0; disk < disks; ++disk) {
+      DWORD reserved_mb = 0;
+      LONG recycle = 0;
+      LONG alarm = 0;
+      CString directory;
+      CString name;
+      CString alarm_sound;
+      archive >> reserved_mb >> recycle >> directory >> name >> alarm >> alarm_sound;
+      if (os::GetDriveType(directory) == os::DriveKind::kNoRoot) {
+        throw JobError("the disk '" + directory + "' of '" + path +
+                       "' is not there; mount its drive with --drive or ZEBX_DRIVES");
+      }
+    }
+  } catch (const CFileException&) {
+    throw JobError("'" + path + "' is no whole database file");
+  }
+}
+
+}  // namespace
+
+const std::string_view kDatabaseHelp =
+    "  --db FILE           the database file\n"
+    "  --data DIR          the data directory, for a database without disks\n"
+    "  --host NAME         this recorder's name; default: recorder\n"
+    "  --drive D=/PATH[:KIND][:QUOTA]   mounts a drive, as ZEBX_DRIVES does; may be repeated\n";
+
+std::vector<OptionSpec> WithDatabaseOptions(std::vector<OptionSpec> own) {
+  own.insert(own.end(), {{"--db"}, {"--data"}, {"--host"}, {"--drive", OptionSpec::Kind::kValues}});
+  return own;
+}
+
+DatabaseOptions ReadDatabaseOptions(const Options& options) {
+  const auto file = options.Text("--db");
+  if (!file || file->empty()) options.Fail("--db is missing");
+  for (const std::string& drive : options.Texts("--drive")) {
+    if (os::MountDrives(drive) == 0) {
+      options.Fail("--drive takes a drive such as d=/srv/video1:64M, not '" + drive + "'");
+    }
+  }
+  return {*file, options.Text("--data").value_or(""),
+          options.Text("--host").value_or(std::string(kDefaultHostName))};
+}
+
+DatabaseSession::DatabaseSession(const DatabaseOptions& options, Start start,
+                                 DeletedDayReporter report_deleted_day)
+    : m_options(options) {
+  const auto procedure = [report = std::move(report_deleted_day)](HWND, UINT message, WPARAM,
+                                                                  LPARAM day) -> LRESULT {
+    if (message == ZEBX_MSG_DATE_DELETED && report) report(CTime(static_cast<DWORD>(day)));
+    return 0;
+  };
+  m_window = os::CreateWindow(nullptr, "zebtool", CRect(), procedure);
+  try {
+    Open(start);
+  } catch (...) {
+    Close();
+    throw;
+  }
+}
+
+DatabaseSession::~DatabaseSession() {
+  Close();
+}
+
+void DatabaseSession::Open(Start start) {
+  const std::string& file = m_options.file;
+  if (start == Start::kExisting) {
+    if (!Exists(file)) {
+      throw JobError("there is no database '" + file + "'; 'zebtool store init' makes one");
+    }
+    RefuseUnmountedDrives(file);
+  } else if (Exists(file)) {
+    throw JobError("'" + file + "' is there already; 'zebtool store add' adds a disk to it");
+  }
+  if (zebxInitZebx(kNoStartUpWord, nullptr, 0, m_window, "") == 0) {
+    throw JobError("the library cannot be initialised");
+  }
+  if (dbsOpenDatabase(m_options.data_directory, file, m_options.host) == 0) {
+    throw JobError(start == Start::kExisting
+                       ? "no disk of '" + file + "' can be used"
+                       : "no disk can be made under '" + m_options.data_directory +
+                             "'; it has to be a directory on a fixed or network drive");
+  }
+}
+
+void DatabaseSession::Close() {
+  dbsCloseDatabase();
+  zebxCloseZebx();
+  os::DestroyWindow(m_window);
+}
+
+std::vector<CHddObj*> DatabaseSession::Disks() const {
+  std::vector<CHddObj*> disks;
+  const int count = dbsGetHddNum();
+  for (int index = 0; index < count; ++index) {
+    CString name;
+    CHddObj* disk = nullptr;
+    dbsGetDbsName(index, &name);
+    if (dbsGetHDDInfo(&disk, name) != 0 && disk != nullptr) disks.push_back(disk);
+  }
+  return disks;
+}
+
+std::string DatabaseSession::WorkingDisk() const {
+  CString name;
+  CString directory;
+  return dbsGetWorkHDD(&name, &directory) == 0 ? name : CString();
+}
+
+void DatabaseSession::Save() const {
+  if (dbsSaveDatabase() == 0) {
+    throw JobError("cannot write the database file '" + m_options.file + "'");
+  }
+}
+
+}  // namespace zebtool

@@ -1,0 +1,63 @@
+// An open database for as long as a subcommand works with it, and the options that name it.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/framework/time.h"
+#include "storage/hdd_obj.h"
+#include "tools/zebtool/options.h"
+
+namespace zebtool {
+
+inline constexpr std::string_view kDefaultHostName = "recorder";
+
+struct DatabaseOptions {
+  std::string file;            // --db
+  std::string data_directory;  // --data; empty for none
+  std::string host;            // --host
+};
+
+// The lines about these options for a subcommand's help.
+extern const std::string_view kDatabaseHelp;
+
+// `own` and the options that every subcommand with a database takes.
+std::vector<OptionSpec> WithDatabaseOptions(std::vector<OptionSpec> own);
+// Throws UsageError without --db. Mounts the drives of --drive at once, for good.
+DatabaseOptions ReadDatabaseOptions(const Options& options);
+
+// Initialises the library without devices and opens the database; the destructor closes both, which
+// writes the database file anew. One at a time, in the thread that made it.
+class DatabaseSession {
+ public:
+  enum class Start { kExisting, kNew };
+  // Called with the midnight of each day that recycling deletes, as it happens.
+  using DeletedDayReporter = std::function<void(CTime day)>;
+
+  // Throws JobError: for kExisting when there is no such file, when it holds no disk, or when the
+  // drive of a disk in it is not mounted, for that disk would be lost with the next save; for kNew
+  // when there is such a file or no disk can be made under the data directory.
+  explicit DatabaseSession(const DatabaseOptions& options, Start start = Start::kExisting,
+                           DeletedDayReporter report_deleted_day = {});
+  ~DatabaseSession();
+  DatabaseSession(const DatabaseSession&) = delete;
+  DatabaseSession& operator=(const DatabaseSession&) = delete;
+
+  // The database's own disks by index; valid until one is added or removed.
+  std::vector<CHddObj*> Disks() const;
+  // The name of the working disk; empty without one.
+  std::string WorkingDisk() const;
+  // Throws JobError when the file cannot be written.
+  void Save() const;
+
+ private:
+  void Open(Start start);
+  void Close();
+
+  DatabaseOptions m_options;
+  HWND m_window = nullptr;
+};
+
+}  // namespace zebtool

@@ -1,0 +1,121 @@
+#include "tools/zebtool/store_report.h"
+
+#include "tools/zebtool/json_writer.h"
+#include "tools/zebtool/text.h"
+
+namespace zebtool {
+namespace {
+
+constexpr int kLocal = 0;
+constexpr int kDaysPerLine = 6;
+
+struct Space {
+  bool known = false;
+  DWORD total_mb = 0;
+  DWORD used_mb = 0;
+  DWORD free_mb = 0;
+};
+
+Space SpaceOf(const CHddObj& disk) {
+  Space space;
+  space.known = disk.GetHDDSpace(space.total_mb, space.used_mb, space.free_mb) != 0;
+  return space;
+}
+
+std::string SpaceLine(const CHddObj& disk) {
+  const Space space = SpaceOf(disk);
+  if (!space.known) return "the disk does not answer";
+  return FormatCount(space.free_mb) + " MB free, " + FormatCount(space.used_mb) + " MB used of " +
+         FormatCount(space.total_mb) + " MB";
+}
+
+void PutSpaceOf(JsonWriter& json, const CHddObj& disk) {
+  const Space space = SpaceOf(disk);
+  json.Value("answers", space.known);
+  json.Value("total_mb", space.total_mb);
+  json.Value("used_mb", space.used_mb);
+  json.Value("free_mb", space.free_mb);
+}
+
+std::vector<std::string> DaysOf(const CHddObj& disk) {
+  std::vector<std::string> days;
+  for (int index = 0; index < disk.GetDirNum(kLocal); ++index) {
+    days.push_back(FormatDay(CTime(disk.GetDirDate(index, kLocal))));
+  }
+  return days;
+}
+
+void PrintDays(std::ostream& out, const std::vector<std::string>& days) {
+  out << "  days       " << Plural(days.size(), "day");
+  int count = 0;
+  for (const std::string& day : days) {
+    out << (count++ % kDaysPerLine == 0 ? "\n             " : " ") << day;
+  }
+  out << '\n';
+}
+
+}  // namespace
+
+void DiskReport::PrintDisks(std::ostream& out) const {
+  int index = 0;
+  for (const CHddObj* disk : disks) {
+    const bool is_working = disk->GetDbsName() == working_disk;
+    out << index++ << ' ' << disk->GetDbsName() << (is_working ? ", the working disk" : "") << '\n'
+        << "  directory  " << disk->GetBaseDir() << '\n'
+        << "  space      " << SpaceLine(*disk) << '\n'
+        << "  reserved   " << FormatCount(disk->GetReservedSpace()) << " MB; alarm below "
+        << FormatCount(disk->GetAlarmSpace()) << " MB "
+        << (disk->IsAlarmWhenSpaceNotEnough() != 0 ? "on" : "off");
+    if (!disk->GetAlarmSound().empty()) out << ", sound " << disk->GetAlarmSound();
+    out << '\n' << "  recycle    " << (disk->IsRecycle() != 0 ? "yes" : "no") << '\n';
+    PrintDays(out, DaysOf(*disk));
+  }
+  if (working_disk.empty()) out << "there is no working disk\n";
+}
+
+void DiskReport::PutDisks(std::ostream& out) const {
+  JsonWriter json(out);
+  json.BeginObject();
+  json.Value("working_disk", working_disk);
+  json.BeginArray("disks");
+  int index = 0;
+  for (const CHddObj* disk : disks) {
+    json.BeginObject();
+    json.Value("index", index++);
+    json.Value("name", disk->GetDbsName());
+    json.Value("directory", disk->GetBaseDir());
+    json.Value("working", disk->GetDbsName() == working_disk);
+    json.Value("reserved_mb", disk->GetReservedSpace());
+    json.Value("alarm_mb", disk->GetAlarmSpace());
+    json.Value("alarm", disk->IsAlarmWhenSpaceNotEnough() != 0);
+    json.Value("alarm_sound", disk->GetAlarmSound());
+    json.Value("recycle", disk->IsRecycle() != 0);
+    PutSpaceOf(json, *disk);
+    json.BeginArray("days");
+    for (const std::string& day : DaysOf(*disk)) json.Value({}, day);
+    json.EndArray();
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
+void DiskReport::PrintSpace(std::ostream& out) const {
+  for (const CHddObj* disk : disks) out << disk->GetDbsName() << ": " << SpaceLine(*disk) << '\n';
+}
+
+void DiskReport::PutSpace(std::ostream& out) const {
+  JsonWriter json(out);
+  json.BeginObject();
+  json.BeginArray("disks");
+  for (const CHddObj* disk : disks) {
+    json.BeginObject();
+    json.Value("name", disk->GetDbsName());
+    PutSpaceOf(json, *disk);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
+}  // namespace zebtool

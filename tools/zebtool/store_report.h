@@ -1,0 +1,24 @@
+// What a database's disks are and have, as text or as JSON.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "storage/hdd_obj.h"
+
+namespace zebtool {
+
+struct DiskReport {
+  const std::vector<CHddObj*>& disks;
+  std::string working_disk;  // its name; empty without one
+
+  // Everything about every disk, its days included.
+  void PrintDisks(std::ostream& out) const;
+  void PutDisks(std::ostream& out) const;
+  // The room on every disk.
+  void PrintSpace(std::ostream& out) const;
+  void PutSpace(std::ostream& out) const;
+};
+
+}  // namespace zebtool

@@ -1,0 +1,27 @@
+// What became of the files of a job that writes recordings.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "platform/framework/types.h"
+
+namespace zebtool {
+
+class JsonWriter;
+
+struct WrittenFile {
+  std::string path;
+  ULONGLONG frames = 0;
+  int blocks = 0;  // with frames
+  ULONGLONG bytes = 0;
+};
+
+ULONGLONG TotalBytes(const std::vector<WrittenFile>& files);
+// A line each.
+void PrintFiles(std::ostream& out, const std::vector<WrittenFile>& files);
+// The array "files".
+void PutFiles(JsonWriter& json, const std::vector<WrittenFile>& files);
+
+}  // namespace zebtool
