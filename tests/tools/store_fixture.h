@@ -1,0 +1,67 @@
+// Two small drives and a database on them, for the tests of the subcommands that work with disks.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "platform/os/drives.h"
+#include "tests/support/temp_dir.h"
+#include "tests/tools/test_media.h"
+#include "tests/tools/tool_run.h"
+
+class StoreFixture : public testing::Test {
+ protected:
+  static constexpr ULONGLONG kMegabyte = 1 << 20;
+
+  StoreFixture() {
+    Mount('d');
+    Mount('e');
+  }
+  ~StoreFixture() override {
+    os::UnmountDrive('d');
+    os::UnmountDrive('e');
+  }
+
+  // A quota of 0 is none.
+  void Mount(char letter, ULONGLONG quota_bytes = 0) {
+    std::filesystem::create_directories(Drive(letter));
+    ASSERT_EQ(os::MountDrive(letter, Drive(letter).string(), os::DriveKind::kFixed, quota_bytes),
+              1);
+  }
+
+  std::filesystem::path Drive(char letter) const { return m_dir.Path() / std::string(1, letter); }
+  std::string Database() const { return m_dir.File("disks.db"); }
+
+  // `zebtool arguments... --db DATABASE`
+  ToolRun Run(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.end(), {"--db", Database()});
+    return RunTool(arguments);
+  }
+
+  // The database on d:\dvr, or on both drives.
+  void Init(const std::vector<std::string>& disk_options = {"--recycle", "--reserved", "1"},
+            bool both = false) {
+    std::vector<std::string> arguments = {"store", "init", "d:\\dvr"};
+    arguments.insert(arguments.end(), disk_options.begin(), disk_options.end());
+    const ToolRun run = Run(arguments);
+    ASSERT_EQ(run.status, 0) << run.err;
+    if (!both) return;
+    arguments[1] = "add";
+    arguments[2] = "e:\\dvr";
+    ASSERT_EQ(Run(arguments).status, 0);
+  }
+
+  // A file of a day's directory.
+  std::filesystem::path MakeFile(char letter, const std::string& day, std::size_t bytes) const {
+    const auto path = Drive(letter) / "dvr" / day / "recorder" / "video" / "file";
+    std::filesystem::create_directories(path.parent_path());
+    WriteWholeFile(path.string(), std::string(bytes, 'x'));
+    return path;
+  }
+  bool HasDay(char letter, const std::string& day) const {
+    return std::filesystem::exists(Drive(letter) / "dvr" / day);
+  }
+
+  TempDir m_dir;
+};
