@@ -6,9 +6,7 @@
 #include <filesystem>
 
 #include "platform/os/drives.h"
-#include "tests/support/temp_dir.h"
-#include "tests/tools/test_media.h"
-#include "tests/tools/tool_run.h"
+#include "tests/tools/tool_fixture.h"
 
 class StoreFixture : public testing::Test {
  protected:

@@ -86,10 +86,10 @@ TEST_F(ZebtoolRecord, ShortageDeletesTheOldestDayAndRecordingGoesOn) {
   EXPECT_TRUE(HasDay('d', "d20240501"));
 }
 
-// Two thirds of a megabyte are in front; the recording itself brings the disk below its reserve.
+// The room left is just above the reserve; the recording itself brings the disk below its reserve.
 TEST_F(ZebtoolRecord, ShortageWhileRecordingEndsTheFileFirst) {
   Init();
-  MakeFile('d', "d20240429", 700 << 10);
+  MakeFile('d', "d20240429", 900 << 10);
   Mount('d', 2 * kMegabyte);
   const ToolRun run = Run({"record", Video(30, "1:2"), "--quantiser", "1,1", "--gop", "1",
                            "--begin", "2024-05-01 00:00:00", "--loops", "4", "--json"});
