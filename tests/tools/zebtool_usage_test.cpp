@@ -11,7 +11,7 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
     const char* text;
   } cases[] = {
       {{}, "no subcommand"},
-      {{"record"}, "no subcommand 'record'"},
+      {{"play"}, "no subcommand 'play'"},
       {{"info"}, "FILE is missing"},
       {{"info", "a", "b"}, "'b' is one argument too many"},
       {{"info", "a", "--colour"}, "no option --colour"},
@@ -47,7 +47,8 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
 TEST(ZebtoolUsage, HelpOfEverySubcommandIsReachedThreeWays) {
   const ToolRun all = RunTool({"--help"});
   EXPECT_EQ(all.status, 0);
-  for (const char* name : {"import", "info", "verify", "export", "clip", "salvage", "demo"}) {
+  for (const char* name : {"import", "info", "verify", "export", "clip", "snapshot", "face",
+                           "salvage", "store", "record", "search", "demo"}) {
     EXPECT_TRUE(Contains(all.out, std::string("\n  ") + name)) << name;
     const ToolRun help = RunTool({"help", name});
     EXPECT_EQ(help.status, 0);

@@ -6,6 +6,7 @@
 
 #include "platform/framework/file.h"
 #include "tools/zebtool/byte_streams.h"
+#include "tools/zebtool/frame_position.h"
 #include "tools/zebtool/options.h"
 #include "tools/zebtool/recording_file.h"
 #include "tools/zebtool/recording_scan.h"
@@ -15,7 +16,7 @@
 namespace zebtool {
 namespace {
 
-constexpr std::string_view kHelp =
+const std::string kHelp =
     "usage: zebtool clip FILE OUT.zebz --from TIME --to TIME\n"
     "       zebtool clip FILE OUT.zebz --from-block A [--to-block B [--to-index I]]\n"
     "\n"
@@ -27,11 +28,8 @@ constexpr std::string_view kHelp =
     "  --from-block A   blocks A to B - 1 whole (counted from 0)...\n"
     "  --to-block B     ... default: all blocks from A on\n"
     "  --to-index I     ... and the first I frames of block B; default 0\n"
-    "\n"
-    "TIME is \"YYYY-MM-DD HH:MM:SS\", \"HH:MM:SS\" on the day of the recording's beginning, or\n"
-    "\"+SECONDS\" from its beginning, with up to three decimals. An output that could not be "
-    "written\n"
-    "whole is removed.\n";
+    "\n" +
+    std::string(kMomentHelp) + "\nAn output that could not be written whole is removed.\n";
 
 constexpr double kMsPerSecond = 1000;
 constexpr DWORD kMaxBlock = std::numeric_limits<int>::max();
@@ -108,20 +106,9 @@ Range ReadBlocks(const Options& options) {
 }
 
 Range ReadTimes(const Options& options, CFile& raw, CTime begin) {
-  const auto moment = [&](std::string_view name, LONGLONG otherwise) {
-    const auto text = options.Text(name);
-    if (!text) return otherwise;
-    const auto ms = ParseMomentMs(*text, begin);
-    if (!ms) {
-      options.Fail(std::string(name) +
-                   " takes \"YYYY-MM-DD HH:MM:SS\", \"HH:MM:SS\" or "
-                   "\"+SECONDS\", not '" +
-                   *text + "'");
-    }
-    return *ms;
-  };
-  const LONGLONG from_ms = moment("--from", 0);
-  const LONGLONG to_ms = moment("--to", std::numeric_limits<LONGLONG>::max());
+  const LONGLONG from_ms = ReadMomentMs(options, "--from", begin).value_or(0);
+  const LONGLONG to_ms =
+      ReadMomentMs(options, "--to", begin).value_or(std::numeric_limits<LONGLONG>::max());
   if (to_ms < from_ms) options.Fail("--to lies before --from");
   RangeFinder finder(from_ms, to_ms);
   ScanRecording(raw, finder);

@@ -10,9 +10,10 @@
 namespace zebtool {
 namespace {
 
-constexpr std::array<const Subcommand*, 9> kSubcommands = {
-    &kImportCommand,  &kInfoCommand,  &kVerifyCommand, &kExportCommand, &kClipCommand,
-    &kSalvageCommand, &kStoreCommand, &kRecordCommand, &kDemoCommand};
+constexpr std::array<const Subcommand*, 12> kSubcommands = {
+    &kImportCommand, &kInfoCommand,     &kVerifyCommand, &kExportCommand,
+    &kClipCommand,   &kSnapshotCommand, &kFaceCommand,   &kSalvageCommand,
+    &kStoreCommand,  &kRecordCommand,   &kSearchCommand, &kDemoCommand};
 
 // Failures that the library reports instead of throwing become lines of the tool.
 class ReportOnConsole {

@@ -8,6 +8,7 @@
 #include "platform/noxcodec/noxcodec.h"
 #include "record/zeb_frame_data.h"
 #include "tools/zebtool/byte_streams.h"
+#include "tools/zebtool/frame_position.h"
 #include "tools/zebtool/options.h"
 #include "tools/zebtool/picture_decoder.h"
 #include "tools/zebtool/picture_sizes.h"
@@ -35,21 +36,16 @@ constexpr std::string_view kHelp =
     "picture, so that pictures and sound stay in step. Frames that cannot be decoded are reported\n"
     "and make the exit status 1. An output that could not be written whole is removed.\n";
 
-constexpr DWORD kMaxNumber = std::numeric_limits<int>::max();
+constexpr DWORD kMaxFrames = std::numeric_limits<int>::max();
 // Enough to tell well-known rates apart.
 constexpr ULONGLONG kMostIntervals = 10000;
 constexpr LONG kMaxIntervalMs = 60 * 1000;
-
-struct Position {
-  int block = 0;
-  int index = 0;
-};
 
 struct Settings {
   std::string input;
   std::string output;
   std::optional<std::string> wav;
-  Position from;
+  FramePosition from;
   ULONGLONG frames = std::numeric_limits<ULONGLONG>::max();
 };
 
@@ -61,25 +57,15 @@ Settings ReadSettings(Arguments arguments) {
   settings.output = options.Positionals()[1];
   settings.wav = options.Text("--wav");
   if (settings.wav == kStandardStream) options.Fail("--wav takes a file, not '-'");
-  if (const auto from = options.Text("--from")) {
-    const std::size_t colon = from->find(':');
-    const auto block = ParseNumber(std::string_view(*from).substr(0, colon));
-    const auto index = colon == std::string::npos
-                           ? std::optional<DWORD>(0)
-                           : ParseNumber(std::string_view(*from).substr(colon + 1));
-    if (!block || !index || *block > kMaxNumber || *index > kMaxNumber) {
-      options.Fail("--from takes BLOCK or BLOCK:INDEX, not '" + *from + "'");
-    }
-    settings.from = {static_cast<int>(*block), static_cast<int>(*index)};
-  }
-  if (const auto frames = options.Number("--frames", 1, kMaxNumber)) settings.frames = *frames;
+  settings.from = ReadFramePosition(options, "--from").value_or(FramePosition());
+  if (const auto frames = options.Number("--frames", 1, kMaxFrames)) settings.frames = *frames;
   return settings;
 }
 
 // What has to be known of the frames before the first one is decoded.
 class FrameSurvey final : public ScanVisitor {
  public:
-  explicit FrameSurvey(const Position& from) : m_from(from) {}
+  explicit FrameSurvey(const FramePosition& from) : m_from(from) {}
 
   void OnFrame(const ScannedFrame& frame) override {
     if (!frame.finished) return;
@@ -117,7 +103,7 @@ class FrameSurvey final : public ScanVisitor {
   }
 
  private:
-  Position m_from;
+  FramePosition m_from;
   FrameHeader m_largest;
   int m_key_index = 0;
   DWORD m_last_stamp = 0;
@@ -130,7 +116,7 @@ class Exporter {
   Exporter(Settings settings, Console& console)
       : m_settings(std::move(settings)), m_console(console), m_survey(m_settings.from) {
     OpenRecording(m_recording, m_settings.input);
-    CheckFrom();
+    RequireFrame(m_recording, m_settings.from);
     CFile raw;
     OpenRecording(raw, m_settings.input);
     ScanRecording(raw, m_survey);
@@ -155,21 +141,6 @@ class Exporter {
   }
 
  private:
-  void CheckFrom() const {
-    const Position& from = m_settings.from;
-    const int blocks = m_recording.GetTotalBlock();
-    if (from.block >= blocks) {
-      throw JobError("there is no block " + std::to_string(from.block) + ": the recording has " +
-                     Plural(static_cast<ULONGLONG>(blocks), "block"));
-    }
-    const int frames = m_recording.GetFrameNumOfBlock(from.block);
-    if (from.index >= frames) {
-      throw JobError("there is no frame " + std::to_string(from.index) + " in block " +
-                     std::to_string(from.block) + ", which has " +
-                     Plural(static_cast<ULONGLONG>(frames), "frame"));
-    }
-  }
-
   Y4mHeader MakeHeader() {
     const PictureSize encoded = EncodeSizeOf(m_recording);
     const PictureSize shown = ShowSizeOf(m_recording);
@@ -191,7 +162,7 @@ class Exporter {
 
   // Decodes from the I-frame before the first frame on, so that its picture is the right one.
   void SeekToKey(PictureDecoder& decoder) {
-    Position at{m_settings.from.block, m_survey.KeyIndex()};
+    FramePosition at{m_settings.from.block, m_survey.KeyIndex()};
     int seek_block = at.block;
     for (; at.index < m_settings.from.index; ++at.index, seek_block = -1) {
       m_recording.ReadOneFrame(&m_frame, seek_block, at.index);
@@ -261,7 +232,7 @@ class Exporter {
   ULONGLONG m_no_signal = 0;
   ULONGLONG m_damaged = 0;
   ULONGLONG m_bad_speech = 0;
-  std::optional<Position> m_first_damaged;
+  std::optional<FramePosition> m_first_damaged;
 };
 
 int RunExport(Arguments arguments, Console& console) {

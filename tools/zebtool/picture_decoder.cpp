@@ -11,6 +11,7 @@ namespace {
 
 constexpr BYTE kBlackLuma = 16;
 constexpr BYTE kNoChroma = 128;
+constexpr int kBgrxPixelBytes = 4;
 
 }  // namespace
 
@@ -43,6 +44,15 @@ PictureDecoder::Result PictureDecoder::Decode(const CZebFrameData& frame) {
                                       frame.GetVideoLength()) == 0 &&
                        nxcGetVideo(m_decoder, m_picture.data(), kNxcFormatI420, m_width, 0) == 0;
   return decoded ? Result::kDecoded : Result::kDamaged;
+}
+
+std::vector<BYTE> PictureDecoder::BgrxPicture() const {
+  const int pitch = m_width * kBgrxPixelBytes;
+  std::vector<BYTE> rows(static_cast<std::size_t>(pitch) * static_cast<std::size_t>(m_height));
+  if (m_decoder == nullptr || nxcGetVideo(m_decoder, rows.data(), kNxcFormatBgrx, pitch, 0) != 0) {
+    rows.clear();
+  }
+  return rows;
 }
 
 }  // namespace zebtool

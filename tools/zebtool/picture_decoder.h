@@ -28,6 +28,8 @@ class PictureDecoder {
   // The last good picture, planes of 4:2:0 back to back; black before the first. Valid until the
   // next Decode.
   std::span<const BYTE> Picture() const { return m_picture; }
+  // The same as 32-bit BGRX rows, 4 * width bytes each, the top one first; empty before the first.
+  std::vector<BYTE> BgrxPicture() const;
 
  private:
   void ChooseDecoder(BYTE encoder_type);

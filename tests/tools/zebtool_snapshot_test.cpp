@@ -1,0 +1,114 @@
+// Snapshots by command line: the right picture, upright and in its colours, with its trailer.
+#include <gtest/gtest.h>
+
+#include "image/image.h"
+#include "tests/tools/tool_fixture.h"
+
+namespace {
+
+// Grey pictures whose brightness tells their number, the upper half blue.
+std::string NumberedPictures(int count, int width, int height) {
+  std::string video =
+      "YUV4MPEG2 W" + std::to_string(width) + " H" + std::to_string(height) + " F5:1 C420jpeg\n";
+  const auto half = static_cast<std::size_t>(width * height / 8);  // of a colour plane
+  for (int number = 0; number < count; ++number) {
+    video += "FRAME\n" + std::string(static_cast<std::size_t>(width * height),
+                                     static_cast<char>(60 + 10 * number));
+    video += std::string(half, '\xB4') + std::string(half, '\x80') + std::string(2 * half, '\x80');
+  }
+  return video;
+}
+
+class ZebtoolSnapshot : public testing::Test {
+ protected:
+  ZebtoolSnapshot() {
+    WriteWholeFile(m_dir.File("in.y4m"), NumberedPictures(12, 176, 144));
+    const ToolRun run = RunTool({"import", m_dir.File("in.y4m"), m_recording, "--gop", "4",
+                                 "--begin", "2024-05-01 08:30:00", "--camera-name", "gate",
+                                 "--board-name", "b", "--host", "h"});
+    EXPECT_EQ(run.status, 0) << run.err;
+  }
+
+  ToolRun Take(const std::vector<std::string>& options) {
+    std::vector<std::string> arguments = {"snapshot", m_recording, m_dir.File("out")};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return RunTool(arguments);
+  }
+  // The number of the picture that was taken; -1 for none.
+  int Taken(const std::vector<std::string>& options) {
+    std::filesystem::remove(m_dir.File("out.bmp"));
+    const ToolRun run = Take(options);
+    if (run.status != 0) {
+      EXPECT_EQ(run.status, 1);
+      EXPECT_FALSE(std::filesystem::exists(m_dir.File("out.bmp")));
+      return -1;
+    }
+    CImage image;
+    EXPECT_EQ(image.LoadImageAs(kImageBmp, m_dir.File("out.bmp")), 1);
+    // The first row is the bottom one, which is grey: (luma - 16) * 255 / 219.
+    const int luma = 16 + image.GetRawImage()[0] * 219 / 255;
+    return (luma - 60 + 5) / 10;
+  }
+
+  TempDir m_dir;
+  const std::string m_recording = m_dir.File("in.zebz");
+};
+
+TEST_F(ZebtoolSnapshot, IsThePictureOfTheFrameOrTheMoment) {
+  const struct {
+    std::vector<std::string> options;
+    int number;
+  } cases[] = {{{}, 0},
+               {{"--frame", "0:7"}, 7},
+               {{"--frame", "0:12"}, -1},
+               {{"--frame", "9"}, -1},
+               {{"--at", "+0.999"}, 4},
+               {{"--at", "+1"}, 5},
+               {{"--at", "08:30:02"}, 10},
+               {{"--at", "2024-05-01 08:30:03"}, 11},  // the last one is still to be seen
+               {{"--at", "08:30:04"}, -1},
+               {{"--at", "08:29:59"}, -1}};
+  for (const auto& [options, number] : cases) {
+    EXPECT_EQ(Taken(options), number) << (options.empty() ? "" : options.back());
+  }
+}
+
+TEST_F(ZebtoolSnapshot, IsUprightInItsColoursWithItsTrailer) {
+  ASSERT_EQ(Take({"--at", "+1.5"}).status, 0);
+  CImage image;
+  ASSERT_EQ(image.LoadImageAs(kImageBmp, m_dir.File("out.bmp")), 1);
+  ASSERT_EQ(image.GetImageWidth(), 176U);
+  ASSERT_EQ(image.GetImageHeight(), 144U);
+  const BYTE* bottom = image.GetRawImage();
+  const BYTE* top = bottom + 143 * 176 * 3;
+  EXPECT_NEAR(bottom[0], bottom[2], 6);
+  EXPECT_GT(top[0], top[2] + 60);  // blue comes first
+  EXPECT_EQ(image.GetCameraName() + image.GetBoardName() + image.GetHostName(), "gatebh");
+  EXPECT_EQ(image.GetTimeStamp(), CTime(2024, 5, 1, 8, 30, 1).GetTime());
+}
+
+TEST_F(ZebtoolSnapshot, WithoutAPictureSaysWhyAndLeavesNoFile) {
+  const struct {
+    WORD flags;
+    const char* text;
+  } cases[] = {{kFrameVideoLost, "no signal"}, {0, "cannot be decoded"}};
+  for (const auto& [flags, text] : cases) {
+    auto frames = MakeFrames(3);  // of bytes that no encoder made
+    for (TestFrame& frame : frames) frame.flags |= flags;
+    WriteWholeFile(m_recording, MakeRecording(frames));
+    const ToolRun run = Take({});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(Contains(run.err, text)) << run.err;
+    EXPECT_FALSE(std::filesystem::exists(m_dir.File("out.bmp")));
+  }
+  EXPECT_EQ(Take({"--at", "+1", "--frame", "0"}).status, 2);
+  EXPECT_EQ(Take({"--at", "noon"}).status, 2);
+}
+
+TEST_F(ZebtoolSnapshot, DirectoryThatIsMissingIsSaid) {
+  const ToolRun run = RunTool({"snapshot", m_recording, m_dir.File("none/out.bmp")});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(Contains(run.err, "its directory does not exist")) << run.err;
+}
+
+}  // namespace
