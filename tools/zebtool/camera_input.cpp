@@ -1,6 +1,7 @@
 #include "tools/zebtool/camera_input.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -23,10 +24,10 @@ constexpr WORD kTypeBits = 0xFF;
 // Rates of NTSC lie at 30, its halves and doubles; everything else counts as PAL.
 bool IsNtscRate(const FrameRate& rate) {
   const double per_second = rate.PerSecond();
-  for (const double ntsc : {60.0, 30.0, 15.0, 7.5}) {
-    if (per_second > ntsc * 0.99 && per_second < ntsc * 1.01) return true;
-  }
-  return false;
+  constexpr std::array<double, 4> kRates = {60, 30, 15, 7.5};
+  return std::any_of(kRates.begin(), kRates.end(), [&](double ntsc) {
+    return per_second > ntsc * 0.99 && per_second < ntsc * 1.01;
+  });
 }
 
 DWORD ChooseFrameSize(const Y4mHeader& video) {
@@ -96,7 +97,6 @@ class CameraInput::Sound {
 CameraInput::CameraInput(CameraSettings settings, Console& console)
     : m_settings(std::move(settings)), m_console(console) {
   OpenInputs();
-  m_rate = m_video->Header().rate;
   ChooseSizes();
   m_encoder = std::make_unique<noxcodec::VideoEncoder>(m_settings.encoder);
 }
@@ -107,8 +107,9 @@ void CameraInput::OpenInputs() {
   m_video.reset();  // before the stream that it reads
   m_input = std::make_unique<InputStream>(m_settings.video, m_console);
   m_video = std::make_unique<Y4mReader>(*m_input);
+  m_rate = m_video->Header().rate;
   if (!m_settings.audio) return;
-  m_sound = std::make_unique<Sound>(*m_settings.audio, m_video->Header().rate, m_console);
+  m_sound = std::make_unique<Sound>(*m_settings.audio, m_rate, m_console);
 }
 
 void CameraInput::ChooseSizes() {

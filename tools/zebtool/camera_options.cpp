@@ -39,18 +39,6 @@ void ReadNames(const Options& options, CZebFileInfo& header) {
 
 }  // namespace
 
-const std::string_view kCameraHelp =
-    "  --audio SPEECH.wav       sound (PCM, 8 or 16 bits, one or two channels, any rate)\n"
-    "  --frame-size N           0 to 8 (NTSC) or 128 to 136 (PAL); default: the lowest one with "
-    "the\n"
-    "                           video's size, those of the standard of its rate first, else 130\n"
-    "  --gop N                  frames from one I-frame to the next, 1 to 1000; default 25\n"
-    "  --quantiser I,P          coarseness of I-frames and of the others, 1 to 31; default 6,8\n"
-    "  --encoder-type N         0 to 15; default 0\n"
-    "  --begin \"YYYY-MM-DD HH:MM:SS\"   local time of the first frame; default: now\n"
-    "  --board-name NAME --camera-name NAME   default: empty\n"
-    "  --board N --camera N     0 to 255; default 0\n";
-
 std::vector<OptionSpec> WithCameraOptions(std::vector<OptionSpec> own) {
   own.insert(own.end(), {{"--audio"},
                          {"--frame-size"},

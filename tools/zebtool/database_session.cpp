@@ -39,8 +39,9 @@ void RefuseUnmountedDrives(const std::string& path) {
       CString alarm_sound;
       archive >> reserved_mb >> recycle >> directory >> name >> alarm >> alarm_sound;
       if (os::GetDriveType(directory) == os::DriveKind::kNoRoot) {
-        throw JobError("the disk '" + directory + "' of '" + path +
-                       "' is not there; mount its drive with --drive or ZEBX_DRIVES");
+        const std::string disk_of_file = '\'' + directory + "' of '" + path + '\'';
+        throw JobError("the disk " + disk_of_file +
+                       " is not there; mount its drive with --drive or ZEBX_DRIVES");
       }
     }
   } catch (const CFileException&) {
@@ -49,12 +50,6 @@ void RefuseUnmountedDrives(const std::string& path) {
 }
 
 }  // namespace
-
-const std::string_view kDatabaseHelp =
-    "  --db FILE           the database file\n"
-    "  --data DIR          the data directory, for a database without disks\n"
-    "  --host NAME         this recorder's name; default: recorder\n"
-    "  --drive D=/PATH[:KIND][:QUOTA]   mounts a drive, as ZEBX_DRIVES does; may be repeated\n";
 
 std::vector<OptionSpec> WithDatabaseOptions(std::vector<OptionSpec> own) {
   own.insert(own.end(), {{"--db"}, {"--data"}, {"--host"}, {"--drive", OptionSpec::Kind::kValues}});
@@ -73,9 +68,9 @@ DatabaseOptions ReadDatabaseOptions(const Options& options) {
           options.Text("--host").value_or(std::string(kDefaultHostName))};
 }
 
-DatabaseSession::DatabaseSession(const DatabaseOptions& options, Start start,
+DatabaseSession::DatabaseSession(DatabaseOptions options, Start start,
                                  DeletedDayReporter report_deleted_day)
-    : m_options(options) {
+    : m_options(std::move(options)) {
   const auto procedure = [report = std::move(report_deleted_day)](HWND, UINT message, WPARAM,
                                                                   LPARAM day) -> LRESULT {
     if (message == ZEBX_MSG_DATE_DELETED && report) report(CTime(static_cast<DWORD>(day)));

@@ -21,7 +21,11 @@ struct DatabaseOptions {
 };
 
 // The lines about these options for a subcommand's help.
-extern const std::string_view kDatabaseHelp;
+inline constexpr std::string_view kDatabaseHelp =
+    "  --db FILE           the database file\n"
+    "  --data DIR          the data directory, for a database without disks\n"
+    "  --host NAME         this recorder's name; default: recorder\n"
+    "  --drive D=/PATH[:KIND][:QUOTA]   mounts a drive, as ZEBX_DRIVES does; may be repeated\n";
 
 // `own` and the options that every subcommand with a database takes.
 std::vector<OptionSpec> WithDatabaseOptions(std::vector<OptionSpec> own);
@@ -39,16 +43,21 @@ class DatabaseSession {
   // Throws JobError: for kExisting when there is no such file, when it holds no disk, or when the
   // drive of a disk in it is not mounted, for that disk would be lost with the next save; for kNew
   // when there is such a file or no disk can be made under the data directory.
-  explicit DatabaseSession(const DatabaseOptions& options, Start start = Start::kExisting,
+  explicit DatabaseSession(DatabaseOptions options, Start start = Start::kExisting,
                            DeletedDayReporter report_deleted_day = {});
   ~DatabaseSession();
   DatabaseSession(const DatabaseSession&) = delete;
   DatabaseSession& operator=(const DatabaseSession&) = delete;
 
+  // What follows asks the open database, of which there is one in the process.
+  // NOLINTBEGIN(readability-convert-member-functions-to-static)
+
   // The database's own disks by index; valid until one is added or removed.
   std::vector<CHddObj*> Disks() const;
   // The name of the working disk; empty without one.
   std::string WorkingDisk() const;
+
+  // NOLINTEND(readability-convert-member-functions-to-static)
   // Throws JobError when the file cannot be written.
   void Save() const;
 

@@ -21,10 +21,8 @@ void ChangeWorkingDisk() {
   }
 }
 
-}  // namespace
-
 // One call as a rule deletes one day, which may not be enough.
-void DiskPlace::MakeRoom() const {
+void MakeRoom() {
   int state = LookAtWorkingDisk();
   if (state == kWorkingDiskNone) {
     ChangeWorkingDisk();
@@ -36,6 +34,8 @@ void DiskPlace::MakeRoom() const {
   }
   if (state == kWorkingDiskNone) throw JobError("the working disk does not answer");
 }
+
+}  // namespace
 
 std::unique_ptr<CZebFile> DiskPlace::Create(CZebFileInfo& header, std::size_t) {
   MakeRoom();

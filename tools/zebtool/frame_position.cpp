@@ -51,8 +51,7 @@ std::optional<LONGLONG> ReadMomentMs(const Options& options, std::string_view na
   const auto ms = ParseMomentMs(*text, begin);
   if (!ms) {
     options.Fail(std::string(name) +
-                 " takes \"YYYY-MM-DD HH:MM:SS\", \"HH:MM:SS\" or \"+SECONDS\", not '" + *text +
-                 "'");
+                 R"( takes "YYYY-MM-DD HH:MM:SS", "HH:MM:SS" or "+SECONDS", not ')" + *text + "'");
   }
   return ms;
 }

@@ -69,7 +69,7 @@ CTime ReadTime(const Options& options, std::string_view name) {
 
 const Kind& ReadKind(const Options& options) {
   const std::string name = options.Text("--kind").value_or(std::string(kKinds[0].name));
-  const auto kind =
+  const auto* const kind =
       std::find_if(kKinds.begin(), kKinds.end(), [&](const Kind& one) { return one.name == name; });
   if (kind == kKinds.end()) {
     options.Fail("--kind takes video, clip, alarm, picture, log or face, not '" + name + "'");
@@ -78,7 +78,8 @@ const Kind& ReadKind(const Options& options) {
 }
 
 void SetTimes(CSearchParam& criteria, const Options& options, const Kind& kind) {
-  const int ways = options.Has("--date") + options.Has("--from") + options.Has("--at");
+  const auto given = [&](std::string_view name) { return options.Has(name) ? 1 : 0; };
+  const int ways = given("--date") + given("--from") + given("--at");
   if (ways != 1) options.Fail("one of --date, --from and --at is needed");
   if (options.Has("--to") && !options.Has("--from")) options.Fail("--to needs --from");
   const bool can =

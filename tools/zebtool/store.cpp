@@ -257,7 +257,7 @@ constexpr std::array<Action, 7> kActions = {{{"init", Init},
 
 int RunStore(Arguments arguments, Console& console) {
   if (arguments.empty()) throw UsageError("store: no action given; see 'zebtool help store'");
-  const auto action = std::find_if(kActions.begin(), kActions.end(), [&](const Action& one) {
+  const auto* const action = std::find_if(kActions.begin(), kActions.end(), [&](const Action& one) {
     return one.name == arguments.front();
   });
   if (action == kActions.end()) {

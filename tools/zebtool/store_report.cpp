@@ -39,6 +39,7 @@ void PutSpaceOf(JsonWriter& json, const CHddObj& disk) {
 
 std::vector<std::string> DaysOf(const CHddObj& disk) {
   std::vector<std::string> days;
+  days.reserve(static_cast<std::size_t>(disk.GetDirNum(kLocal)));
   for (int index = 0; index < disk.GetDirNum(kLocal); ++index) {
     days.push_back(FormatDay(CTime(disk.GetDirDate(index, kLocal))));
   }

@@ -50,7 +50,7 @@ Macroblock& MacroblockEncoder::Encode(int column, int row) {
   if (m_best.macroblock.kind != MacroblockKind::kIntra) {
     StoreMacroblock(m_best.pixels, column, row, m_target);
   }
-  m_map.At(column, row) = m_best.macroblock;
+  m_map.At(column, row) = static_cast<const MacroblockInfo&>(m_best.macroblock);
   return m_best.macroblock;
 }
 

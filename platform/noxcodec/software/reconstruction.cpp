@@ -15,8 +15,8 @@ BlockPlace PlaceOf(int block, int column, int row) {
 }
 
 Picture MakeCodedPicture(int width, int height) {
-  return Picture(MacroblocksOf(width) * kMacroblockSize, MacroblocksOf(height) * kMacroblockSize,
-                 kReferenceBorder);
+  return {MacroblocksOf(width) * kMacroblockSize, MacroblocksOf(height) * kMacroblockSize,
+          kReferenceBorder};
 }
 
 void StoreMacroblock(const MacroblockPixels& pixels, int column, int row, Picture& target) {

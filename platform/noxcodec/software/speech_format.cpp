@@ -31,7 +31,7 @@ std::int16_t ToSample(std::int64_t value) {
 
 SpeechPredictor::SpeechPredictor(const SpeechReflections& reflections) {
   for (std::size_t order = 0; order < reflections.size(); ++order) {
-    const int reflection = reflections[order];
+    const auto reflection = static_cast<int>(reflections[order]);
     const auto before = m_weights;
     m_weights[order] = reflection * (1 << (kWeightBits - kReflectionBits));
     for (std::size_t i = 0; i < order; ++i) {

@@ -45,7 +45,7 @@ bool VideoDecoder::DecodeMacroblocks(const PacketHeader& header, std::span<const
         return false;
       }
       ReconstructMacroblock(macroblock, header.quantiser, column, row, m_picture, m_spare);
-      map.At(column, row) = macroblock;
+      map.At(column, row) = static_cast<const MacroblockInfo&>(macroblock);
     }
   }
   DeblockCodedBlocks(map, header.quantiser, m_spare);

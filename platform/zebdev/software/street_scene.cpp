@@ -93,16 +93,20 @@ void PaintHouses(SceneCanvas& canvas, Dice& dice) {
 }
 
 void PaintGround(SceneCanvas& canvas) {
+  constexpr int kSlabs = 16;
+  constexpr int kDashes = 9;
   const double width = SceneCanvas::kWidth;
   canvas.FillRectangle({0, kHouseFoot, width, kKerb}, Colour::Rgb(158, 154, 148));
-  for (double slab = 6; slab < width; slab += 22) {
+  for (int number = 0; number < kSlabs; ++number) {
+    const double slab = 6 + 22.0 * number;
     canvas.FillTrapezoid({slab, kHouseFoot, slab + 0.6, kKerb}, slab - 3, slab - 2.2,
                          Colour::Rgb(132, 128, 122));
   }
   canvas.FillRectangle({0, kKerb - 3, width, kKerb}, Colour::Rgb(190, 188, 184));
   canvas.FillRectangle({0, kKerb, width, kRoadEnd}, Colour::Rgb(92, 94, 98));
   const double middle = (kKerb + kRoadEnd) / 2;
-  for (double dash = -10; dash < width; dash += 44) {
+  for (int number = 0; number < kDashes; ++number) {
+    const double dash = -10 + 44.0 * number;
     canvas.FillTrapezoid({dash, middle - 1.2, dash + 22, middle + 1.2}, dash - 1, dash + 22,
                          Colour::Rgb(214, 212, 204));
   }
