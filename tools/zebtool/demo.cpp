@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/framework/file.h"
+#include "platform/os/drives.h"
 #include "platform/zebdev/software/street_scene.h"
 #include "tools/zebtool/byte_streams.h"
 #include "tools/zebtool/options.h"
@@ -26,9 +27,11 @@ constexpr std::string_view kHelp =
     "\n"
     "Generates 20 seconds of a street with sound and shows on it what the tool does: import, "
     "info,\n"
-    "verify, clip, export of both, and salvage of a recording that was cut off in the middle. "
-    "Files\n"
-    "of these names in DIR (default: ./demo) are replaced; about 215 MB are needed.\n";
+    "verify, clip, export of both, salvage of a recording that was cut off in the middle, and a\n"
+    "small disk that records for days, deletes the oldest and is searched. Files of these names "
+    "in\n"
+    "DIR (default: ./demo), and the disk in DIR/demo-disk, are replaced; about 220 MB are "
+    "needed.\n";
 
 constexpr int kWidth = 352;
 constexpr int kHeight = 288;
@@ -112,12 +115,13 @@ class Demo {
     Record();
     Cut();
     Repair();
+    KeepOnDisk();
     SavePictures("street-back.y4m", "street", {0, 250, 499});
     SavePictures("clip.y4m", "clip", {0});
     SavePictures("saved.y4m", "saved", {0});
     Say("\nThe results lie in " + m_folder +
         ": recordings (.zebz), video (.y4m), sound (.wav) and\n"
-        "pictures (.ppm).");
+        "pictures (.ppm, and .bmp with where and when they were taken).");
     return kExitGood;
   }
 
@@ -148,6 +152,28 @@ class Demo {
     Step({"export", Path("saved.zebz"), Path("saved.y4m")});
   }
 
+  // Days on a disk with room for two of them.
+  void KeepOnDisk() {
+    const std::string disk = std::filesystem::absolute(ToHostPath(Path("demo-disk"))).string();
+    const std::string database = Path("disks.db");
+    std::filesystem::remove_all(disk);
+    std::filesystem::remove(ToHostPath(database));
+    std::filesystem::create_directories(disk);
+    Say("\n$ export ZEBX_DRIVES=\"d=" + disk + ":4M\"");
+    if (os::MountDrives("d=" + disk + ":4M") == 0) throw JobError("cannot mount '" + disk + "'");
+    Step({"store", "init", "d:\\dvr", "--db", database, "--recycle", "--reserved", "1"});
+    for (const std::string day : {"2024-05-01", "2024-05-02", "2024-05-03"}) {
+      Step({"record", Path("street.y4m"), "--db", database, "--audio", Path("street.wav"),
+            "--begin", day + " 08:30:00", "--camera", "3", "--camera-name", "street", "--loops",
+            "2"});
+    }
+    Step({"store", "check", "--db", database});
+    Step({"store", "recycle", "--db", database, "--dry-run"});
+    Step({"search", "--db", database, "--from", "2024-05-01 00:00:00", "--camera", "0,3"});
+    Step({"snapshot", "d:\\dvr\\d20240503\\recorder\\video\\c0003240503083000.zebz",
+          Path("street.bmp"), "--at", "08:30:10"});
+  }
+
   std::string Path(const std::string& name) const { return m_folder + '/' + name; }
 
   void Say(const std::string& line) { m_console.out << line << '\n' << std::flush; }
@@ -156,8 +182,8 @@ class Demo {
   void Step(const std::vector<std::string>& arguments, int expected = kExitGood) {
     std::string line = "\n$ zebtool";
     for (const std::string& argument : arguments) {
-      const bool quoted = argument.find(' ') != std::string::npos;
-      line += ' ' + (quoted ? '"' + argument + '"' : argument);
+      const bool quoted = argument.find_first_of(" \\") != std::string::npos;
+      line += ' ' + (quoted ? '\'' + argument + '\'' : argument);
     }
     Say(line);
     const int status = RunZebtool(arguments, m_console);
