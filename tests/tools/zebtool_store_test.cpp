@@ -49,7 +49,8 @@ TEST_F(ZebtoolStore, FailedInitLeavesNoDatabase) {
   EXPECT_EQ(Run({"store", "init", "d:\\dvr"}).status, 1);
   EXPECT_FALSE(std::filesystem::exists(Database()));
   EXPECT_FALSE(std::filesystem::exists(Drive('d') / "database"));
-  EXPECT_EQ(Run({"store", "init", "x:\\dvr"}).status, 1);
+  EXPECT_TRUE(Contains(Run({"store", "init", "x:\\dvr"}).err, "no drive is mounted"));
+  EXPECT_EQ(Run({"store", "init", m_dir.File("dvr")}).status, 2);
   EXPECT_EQ(Run({"store", "init"}).status, 2);
   EXPECT_FALSE(std::filesystem::exists(Database()));
 }
@@ -70,23 +71,30 @@ TEST_F(ZebtoolStore, DisksComeAndGoByPathAndByIndex) {
 }
 
 // Opening would drop the disk, and closing would write the list without it.
-TEST_F(ZebtoolStore, DiskWhoseDriveIsNotMountedIsNotLostFromTheList) {
+TEST_F(ZebtoolStore, DiskThatIsNotThereIsNotLostFromTheList) {
   Init({"--recycle"}, true);
   const std::string before = ReadWholeFile(Database());
   os::UnmountDrive('e');
-  const ToolRun run = Run({"store", "disks"});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_TRUE(Contains(run.err, "--drive")) << run.err;
-  EXPECT_EQ(ReadWholeFile(Database()), before);
+  for (const std::string& nowhere : {std::string(), "e=" + m_dir.File("nowhere")}) {
+    const ToolRun run =
+        Run({"store", "disks", "--drive", "d=" + Drive('d').string() + ';' + nowhere});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(Contains(run.err, "--drive")) << run.err;
+    EXPECT_EQ(ReadWholeFile(Database()), before);
+  }
   EXPECT_EQ(Run({"store", "space", "--drive", "e=" + Drive('e').string()}).status, 0);
 }
 
-TEST_F(ZebtoolStore, DatabaseFileThatIsCutOffIsRefusedAndKept) {
+TEST_F(ZebtoolStore, DatabaseFileThatIsNoneIsRefusedAndKept) {
   Init({"--recycle"}, true);
-  const std::string cut = ReadWholeFile(Database()).substr(0, 30);
-  WriteWholeFile(Database(), cut);
-  EXPECT_EQ(Run({"store", "disks"}).status, 1);
-  EXPECT_EQ(ReadWholeFile(Database()), cut);
+  const std::string whole = ReadWholeFile(Database());
+  for (const std::string& bytes : {whole.substr(0, 30), std::string(100, '\x41')}) {
+    WriteWholeFile(Database(), bytes);
+    const ToolRun run = Run({"store", "disks"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(Contains(run.err, "is no database file")) << run.err;
+    EXPECT_EQ(ReadWholeFile(Database()), bytes);
+  }
 }
 
 TEST_F(ZebtoolStore, CheckJudgesTheWorkingDisk) {

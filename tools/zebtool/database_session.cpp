@@ -6,6 +6,7 @@
 #include "platform/framework/archive.h"
 #include "platform/framework/file.h"
 #include "platform/framework/file_system.h"
+#include "platform/os/directories.h"
 #include "platform/os/drives.h"
 #include "storage/dbs.h"
 #include "storage/storage_messages.h"
@@ -19,8 +20,8 @@ bool Exists(const std::string& path) {
   return CurrentFileSystem().Status(path).has_value();
 }
 
-// A disk whose drive is not mounted drops out of the list, and closing would write it without.
-void RefuseUnmountedDrives(const std::string& path) {
+// A disk that is not there drops out of the list, and closing would write it without.
+void RefuseMissingDisks(const std::string& path) {
   CFile file;
   if (file.Open(path, CFile::kModeRead | CFile::kShareDenyNone) == 0) {
     throw JobError("cannot read the database file '" + path + "'");
@@ -38,14 +39,15 @@ void RefuseUnmountedDrives(const std::string& path) {
       CString name;
       CString alarm_sound;
       archive >> reserved_mb >> recycle >> directory >> name >> alarm >> alarm_sound;
-      if (os::GetDriveType(directory) == os::DriveKind::kNoRoot) {
-        const std::string disk_of_file = '\'' + directory + "' of '" + path + '\'';
-        throw JobError("the disk " + disk_of_file +
-                       " is not there; mount its drive with --drive or ZEBX_DRIVES");
+      if (directory.find(':') != 1) throw JobError("'" + path + "' is no database file");
+      if (os::IsDirectory(directory) == 0) {
+        throw JobError("the disk '" + directory +
+                       "' is not there; mount its drive with --drive or ZEBX_DRIVES, or make the "
+                       "directory");
       }
     }
   } catch (const CFileException&) {
-    throw JobError("'" + path + "' is no whole database file");
+    throw JobError("'" + path + "' is no database file, or not a whole one");
   }
 }
 
@@ -95,7 +97,7 @@ void DatabaseSession::Open(Start start) {
     if (!Exists(file)) {
       throw JobError("there is no database '" + file + "'; 'zebtool store init' makes one");
     }
-    RefuseUnmountedDrives(file);
+    RefuseMissingDisks(file);
   } else if (Exists(file)) {
     throw JobError("'" + file + "' is there already; 'zebtool store add' adds a disk to it");
   }

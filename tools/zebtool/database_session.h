@@ -41,8 +41,8 @@ class DatabaseSession {
   using DeletedDayReporter = std::function<void(CTime day)>;
 
   // Throws JobError: for kExisting when there is no such file, when it holds no disk, or when the
-  // drive of a disk in it is not mounted, for that disk would be lost with the next save; for kNew
-  // when there is such a file or no disk can be made under the data directory.
+  // directory of a disk in it is not there, for that disk would be lost with the next save; for
+  // kNew when there is such a file or no disk can be made under the data directory.
   explicit DatabaseSession(DatabaseOptions options, Start start = Start::kExisting,
                            DeletedDayReporter report_deleted_day = {});
   ~DatabaseSession();

@@ -4,6 +4,7 @@
 
 #include "platform/os/clock.h"
 #include "platform/os/directories.h"
+#include "platform/os/drives.h"
 #include "storage/dbs.h"
 #include "storage/working_disk.h"
 #include "tools/zebtool/database_session.h"
@@ -59,9 +60,18 @@ std::vector<OptionSpec> WithDiskOptions() {
       {{"--reserved"}, {"--recycle", kFlag}, {"--name"}, {"--alarm", kFlag}, {"--alarm-sound"}});
 }
 
+// Throws JobError for a directory that is on no drive.
 tag_HDDPARAM ReadDisk(const Options& options) {
   tag_HDDPARAM disk;
   disk.m_path = options.Positionals()[0];
+  if (disk.m_path.find(':') != 1) {
+    options.Fail("DIR is a library path with a drive letter, such as d:\\dvr, not '" + disk.m_path +
+                 "'");
+  }
+  if (os::GetDriveType(disk.m_path) == os::DriveKind::kNoRoot) {
+    throw JobError("no drive is mounted for '" + disk.m_path +
+                   "'; mount it with --drive or ZEBX_DRIVES");
+  }
   disk.m_reserved_mb = options.Number("--reserved", 0, kMaxReservedMb).value_or(kDefaultReservedMb);
   disk.m_recycle = options.Has("--recycle") ? 1 : 0;
   disk.m_database_name = options.Text("--name").value_or("");
