@@ -48,7 +48,7 @@ int CZebFile::ClipFile(const CString& path, int from_block, int to_block, int to
   constexpr UINT kCreate = CFile::kModeCreate | CFile::kModeWrite | CFile::kShareDenyNone;
   if (clip.Open(path, kCreate) == 0) return 0;
 
-  CZebFileInfo header(*this);
+  CZebFileInfo header(static_cast<const CZebFileInfo&>(*this));
   header.SetClip(1);
   const DWORD first_stamp = m_index[from_block].m_time_stamp;
   header.SetBeginTime(GetTime(first_stamp));

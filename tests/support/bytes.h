@@ -1,6 +1,7 @@
 // Bytes as tests spell them and look at them.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,7 +21,7 @@ inline std::string Hex(std::string_view digits) {
 }
 
 // `count` bytes of a number, the lowest first.
-inline std::string Little(unsigned long long value, int count = 4) {
+inline std::string Little(std::uint64_t value, int count = 4) {
   std::string bytes;
   for (int i = 0; i < count; ++i, value >>= 8) bytes += static_cast<char>(value & 0xFF);
   return bytes;

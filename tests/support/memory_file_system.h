@@ -30,7 +30,7 @@ class MemoryFileSystem final : public FileSystem {
     if (found == m_files.end()) return {};
     return {found->second->begin(), found->second->end()};
   }
-  bool Has(const std::string& path) const { return m_files.count(path) != 0; }
+  bool Has(const std::string& path) const { return m_files.contains(path); }
 
   std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
     auto found = m_files.find(path);

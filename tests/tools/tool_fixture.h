@@ -34,7 +34,7 @@ inline bool Contains(const std::string& text, const std::string& part) {
 }
 
 // The number behind "key": in JSON output; -1 without one.
-inline long long JsonNumber(const std::string& json, const std::string& key) {
+inline std::int64_t JsonNumber(const std::string& json, const std::string& key) {
   const std::size_t at = json.find('"' + key + "\": ");
   return at == std::string::npos ? -1 : std::stoll(json.substr(at + key.size() + 4));
 }

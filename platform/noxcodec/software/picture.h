@@ -31,8 +31,8 @@ struct MutablePlaneView {
   int stride = 0;
 
   BYTE* Row(int y) const { return pixels + static_cast<std::ptrdiff_t>(y) * stride; }
-  // NOLINTNEXTLINE(*-explicit-constructor,*-explicit-conversions): as a span turns into one of
-  // const
+  // As a span turns into one of const:
+  // NOLINTNEXTLINE(google-explicit-constructor,hicpp-explicit-conversions)
   operator PlaneView() const { return {pixels, width, height, stride}; }
 };
 

@@ -31,7 +31,8 @@ std::int16_t ToSample(std::int64_t value) {
 
 SpeechPredictor::SpeechPredictor(const SpeechReflections& reflections) {
   for (std::size_t order = 0; order < reflections.size(); ++order) {
-    const auto reflection = static_cast<int>(reflections[order]);
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a number and no character
+    const int reflection = reflections[order];
     const auto before = m_weights;
     m_weights[order] = reflection * (1 << (kWeightBits - kReflectionBits));
     for (std::size_t i = 0; i < order; ++i) {
