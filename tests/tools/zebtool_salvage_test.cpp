@@ -73,6 +73,21 @@ TEST_F(Salvage, FrameWithAWrongLengthIsLostAloneAndNamed) {
   }
 }
 
+// Of a block that was never closed, where only the signs of frames lead on.
+TEST_F(Salvage, FrameOutOfTimeIsLostAloneAndAGapOfDaysIsKept) {
+  constexpr DWORD kTwelveDays = 12U * 24 * 60 * 60 * 1000;
+  std::vector<TestFrame> frames(m_frames.begin(), m_frames.begin() + 20);
+  frames[10].time_stamp += kTwelveDays;
+  const auto saved = Run(MakeRecording(frames, false));
+  frames.erase(frames.begin() + 10);
+  EXPECT_EQ(saved, frames);
+  EXPECT_EQ(JsonNumber(m_run.out, "holes"), 1);
+
+  for (std::size_t i = 10; i < frames.size(); ++i) frames[i].time_stamp += kTwelveDays;
+  EXPECT_EQ(Run(MakeRecording(frames, false)), frames);
+  EXPECT_EQ(JsonNumber(m_run.out, "holes"), 0);
+}
+
 TEST_F(Salvage, LostBeginningStartsAtTheNextIFrame) {
   // Header and the first seven frames are gone; with them the first I-frame's group.
   EXPECT_EQ(Run(Without(0, m_ends[6])), WithoutFrames(0, 10));
