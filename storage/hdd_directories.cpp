@@ -261,12 +261,13 @@ void CHddObj::GetDirStruct(CDWordArray* list, const CString& directory) {
     if (kind != os::DriveKind::kFixed && kind != os::DriveKind::kRemovable) return;
   }
   // Not through the finder: its order of names is of no use here and costs as much as the rest.
-  const auto entries = CurrentFileSystem().List(directory);
-  if (!entries) return;
-  for (const DirectoryEntry& entry : *entries) {
-    if (!entry.m_is_directory) continue;
-    if (const auto date = ParseDayDirectoryName(entry.m_name)) list->push_back(date->GetTime());
-  }
+  const std::size_t before = list->size();
+  const auto take_day = [list](std::string_view name, bool is_directory) {
+    if (!is_directory) return;
+    if (const auto date = ParseDayDirectoryName(name)) list->push_back(date->GetTime());
+  };
+  // Half a list would take a later day for the oldest.
+  if (!CurrentFileSystem().List(directory, take_day)) list->resize(before);
 }
 
 int CHddObj::CompareFunc(const void* left, const void* right) {

@@ -20,16 +20,16 @@ bool IsDotName(std::string_view name) {
 
 // Names that differ in case alone go by their bytes, so that the order does not depend on the
 // disk's own.
-bool GoesBefore(const DirectoryEntry& a, const DirectoryEntry& b) {
-  const bool a_is_dots = IsDotName(a.m_name);
-  const bool b_is_dots = IsDotName(b.m_name);
+bool GoesBefore(std::string_view a, std::string_view b) {
+  const bool a_is_dots = IsDotName(a);
+  const bool b_is_dots = IsDotName(b);
   if (a_is_dots != b_is_dots) return a_is_dots;
   const auto [in_a, in_b] =
-      std::mismatch(a.m_name.begin(), a.m_name.end(), b.m_name.begin(), b.m_name.end(),
+      std::mismatch(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return LowerCase(x) == LowerCase(y); });
-  if (in_a != a.m_name.end() && in_b != b.m_name.end()) return LowerCase(*in_a) < LowerCase(*in_b);
-  if (a.m_name.size() != b.m_name.size()) return a.m_name.size() < b.m_name.size();
-  return a.m_name < b.m_name;
+  if (in_a != a.end() && in_b != b.end()) return LowerCase(*in_a) < LowerCase(*in_b);
+  if (a.size() != b.size()) return a.size() < b.size();
+  return a < b;
 }
 
 bool IsOnDrive(std::string_view path) {
@@ -59,11 +59,14 @@ int CFileFind::FindFile(const CString& pattern) {
   m_next = 0;
   auto directory = DirectoryOf(pattern);
   if (!directory) return FindOne(pattern);
-  auto entries = CurrentFileSystem().List(*directory);
-  if (!entries || entries->empty()) return 0;
-  m_entries = std::move(*entries);
+  const auto keep = [this](std::string_view name, bool is_directory) {
+    m_entries.push_back({CString(name), is_directory});
+  };
+  if (!CurrentFileSystem().List(*directory, keep)) m_entries.clear();
+  if (m_entries.empty()) return 0;
   m_directory = std::move(*directory);
-  std::sort(m_entries.begin(), m_entries.end(), GoesBefore);
+  std::sort(m_entries.begin(), m_entries.end(),
+            [](const Entry& a, const Entry& b) { return GoesBefore(a.m_name, b.m_name); });
   return 1;
 }
 
@@ -83,17 +86,17 @@ int CFileFind::FindNextFile() {
   return m_next < m_entries.size() ? 1 : 0;
 }
 
-const DirectoryEntry& CFileFind::Entry() const {
-  static const DirectoryEntry kNone;
+const CFileFind::Entry& CFileFind::Current() const {
+  static const Entry kNone;
   return m_next > 0 ? m_entries[m_next - 1] : kNone;
 }
 
 CString CFileFind::GetFileName() const {
-  return Entry().m_name;
+  return Current().m_name;
 }
 
 CString CFileFind::GetFilePath() const {
-  return m_next > 0 ? m_directory + Entry().m_name : CString();
+  return m_next > 0 ? m_directory + Current().m_name : CString();
 }
 
 ULONGLONG CFileFind::GetLength() const {
@@ -107,11 +110,11 @@ CTime CFileFind::GetLastWriteTime() const {
 }
 
 bool CFileFind::IsDirectory() const {
-  return Entry().m_is_directory;
+  return Current().m_is_directory;
 }
 
 bool CFileFind::IsDots() const {
-  return IsDotName(Entry().m_name);
+  return IsDotName(Current().m_name);
 }
 
 bool CFileFind::IsReadOnly() const {

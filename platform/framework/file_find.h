@@ -46,10 +46,15 @@ class ZEBX_API CFileFind {
   bool IsReadOnly() const;
 
  private:
+  struct Entry {
+    CString m_name;
+    bool m_is_directory = false;
+  };
+
   int FindOne(CString path);
-  const DirectoryEntry& Entry() const;
+  const Entry& Current() const;
 
   CString m_directory;  // with its trailing separator
-  std::vector<DirectoryEntry> m_entries;
+  std::vector<Entry> m_entries;
   std::size_t m_next = 0;  // the entry that FindNextFile moves to
 };

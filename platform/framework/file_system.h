@@ -2,10 +2,11 @@
 // a test puts its own in front to make the n-th call fail.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
-#include <vector>
+#include <string_view>
 
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
@@ -41,11 +42,8 @@ class ZEBX_API FileHandle {
   static constexpr std::size_t kMaxPieces = 8;
 };
 
-// One name in a directory.
-struct DirectoryEntry {
-  CString m_name;
-  bool m_is_directory = false;
-};
+// Gets one entry of a directory; the name is valid during the call only.
+using DirectoryVisitor = std::function<void(std::string_view name, bool is_directory)>;
 
 // What the disk knows of a file or directory.
 struct FileStatus {
@@ -63,10 +61,11 @@ class ZEBX_API FileSystem {
   virtual std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) = 0;
   // The absolute form of a path, without touching the disk.
   virtual CString FullPath(const CString& path) = 0;
-  // The entries of a directory, "." and ".." included, in no particular order; nothing when it is
-  // not a directory that can be read. One read of the directory: no entry is looked at. A symbolic
-  // link is no directory here, whatever it leads to, so that a walk over a tree stays inside it.
-  virtual std::optional<std::vector<DirectoryEntry>> List(const CString& path) = 0;
+  // Shows the entries of a directory, "." and ".." included, in no particular order. False when it
+  // is not a directory that can be read to its end; some entries may have been shown then. One read
+  // of the directory: no entry is looked at. A symbolic link is no directory here, whatever it
+  // leads to, so that a walk over a tree stays inside it.
+  virtual bool List(const CString& path, const DirectoryVisitor& visit) = 0;
   // Nothing when there is no such file or directory. Of a symbolic link, what it leads to.
   virtual std::optional<FileStatus> Status(const CString& path) = 0;
   // True when both paths lead to one existing file.

@@ -29,6 +29,8 @@ enum : DWORD {
   kNxcPostPlayback = 0x1D,
 };
 
+extern "C" {
+
 // Creates a video decoder whose pictures are width * height pixels whatever the coded size of the
 // stream (a stream of another size is scaled). Fails for a size of 0 or above 4096 in either
 // direction and for a null `decoder`. `*decoder` is set only on success. `post_processing`
@@ -62,3 +64,4 @@ ZEBX_API int nxcDecodeAudio(NxcHandle decoder, const BYTE* data, DWORD length, s
 
 // Destroys a video or audio decoder. Null is ignored.
 ZEBX_API int nxcDestroyHandle(NxcHandle handle);
+}

@@ -208,19 +208,17 @@ class PosixFileSystem final : public FileSystem {
 
   CString FullPath(const CString& path) override { return os::FullPath(path); }
 
-  std::optional<std::vector<DirectoryEntry>> List(const CString& path) override {
+  bool List(const CString& path, const DirectoryVisitor& visit) override {
     const auto host_path = os::HostPath(path);
-    if (!host_path) return std::nullopt;
+    if (!host_path) return false;
     const std::unique_ptr<DIR, CloseDirectory> directory(opendir(host_path->c_str()));
-    if (directory == nullptr) return std::nullopt;
-    std::vector<DirectoryEntry> entries;
+    if (directory == nullptr) return false;
     errno = 0;  // the end and a failure look alike but for it
     while (const dirent* entry = readdir(directory.get())) {
-      entries.push_back({entry->d_name, IsDirectory(directory.get(), *entry)});
+      visit(entry->d_name, IsDirectory(directory.get(), *entry));
       errno = 0;
     }
-    if (errno != 0) return std::nullopt;
-    return entries;
+    return errno == 0;
   }
 
   std::optional<FileStatus> Status(const CString& path) override {

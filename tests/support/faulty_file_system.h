@@ -53,8 +53,8 @@ class FaultyFileSystem final : public FileSystem {
     return std::make_unique<Handle>(*this, NativeFileSystem().Open(path, mode));
   }
   CString FullPath(const CString& path) override { return NativeFileSystem().FullPath(path); }
-  std::optional<std::vector<DirectoryEntry>> List(const CString& path) override {
-    return NativeFileSystem().List(path);
+  bool List(const CString& path, const DirectoryVisitor& visit) override {
+    return NativeFileSystem().List(path, visit);
   }
   std::optional<FileStatus> Status(const CString& path) override {
     return NativeFileSystem().Status(path);

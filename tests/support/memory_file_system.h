@@ -43,7 +43,7 @@ class MemoryFileSystem final : public FileSystem {
   }
   CString FullPath(const CString& path) override { return path; }
   // There are no directories.
-  std::optional<std::vector<DirectoryEntry>> List(const CString&) override { return std::nullopt; }
+  bool List(const CString&, const DirectoryVisitor&) override { return false; }
   std::optional<FileStatus> Status(const CString& path) override {
     const auto found = m_files.find(path);
     if (found == m_files.end()) return std::nullopt;
