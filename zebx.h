@@ -45,3 +45,4 @@
 #include "storage/hdd_obj.h"
 #include "storage/search_param.h"
 #include "storage/storage_messages.h"
+#include "storage/working_disk.h"

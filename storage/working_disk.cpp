@@ -1,8 +1,8 @@
 #include "storage/working_disk.h"
 
-#include <vector>
+#include <functional>
 
-#include "platform/framework/time.h"
+#include "platform/framework/file_find.h"
 #include "storage/day_directory.h"
 #include "storage/disk_path.h"
 #include "storage/hdd_obj.h"
@@ -61,15 +61,37 @@ OldestDay TakeOldestDay(std::vector<Slot>& slots, DWORD today) {
   return oldest;
 }
 
-void DeleteDay(const OldestDay& day, HWND host_window) {
-  DWORD freed_bytes;
-  if (day.m_slot->m_disk->DeleteDate(day.m_date, freed_bytes) == 0) return;
-  // Bytes added to megabytes, on purpose: as a rule one call deletes one day, and the host calls
-  // again when it needs more room.
-  if (day.m_slot->m_free_mb != kUnknownMb) day.m_slot->m_free_mb += freed_bytes;
-  if (os::IsWindow(host_window) != 0) {
-    os::SendMessage(host_window, ZEBX_MSG_DATE_DELETED, 0, LPARAM{day.m_date});
+// Ends a day whose turn has come, and answers the bytes that this frees.
+using DayEnd = std::function<DWORD(CHddObj& disk, DWORD date)>;
+
+// The first disk with room, or the one on which ending days makes some; null for none.
+CHddObj* ChooseDisk(const CObList& disks, const DayEnd& end_day) {
+  std::vector<Slot> slots = SlotsOf(disks);
+  if (CHddObj* disk = FindDiskWithRoom(slots)) return disk;
+  const DWORD today = MidnightOf(CTime::GetCurrentTime()).GetTime();
+  while (true) {
+    const OldestDay day = TakeOldestDay(slots, today);
+    if (day.m_slot == nullptr) return nullptr;
+    Slot& slot = *day.m_slot;
+    const DWORD freed_bytes = end_day(*slot.m_disk, day.m_date);
+    // Bytes added to megabytes, on purpose: as a rule one call deletes one day, and the host calls
+    // again when it needs more room.
+    if (slot.m_free_mb != kUnknownMb) slot.m_free_mb += freed_bytes;
+    if (slot.m_free_mb > slot.m_disk->GetReservedSpace()) return slot.m_disk;
   }
+}
+
+// What CHddObj::DeleteDir would free.
+ULONGLONG BytesBelow(const CString& directory) {
+  ULONGLONG bytes = 0;
+  CFileFind finder;
+  int more = finder.FindFile(directory + "\\*.*");
+  while (more != 0) {
+    more = finder.FindNextFile();
+    if (finder.IsDots()) continue;
+    bytes += finder.IsDirectory() ? BytesBelow(finder.GetFilePath()) : finder.GetLength();
+  }
+  return bytes;
 }
 
 }  // namespace
@@ -96,23 +118,24 @@ int CheckWorkingDisk(const CObList& disks, const CString& working_disk, DWORD& f
 
 int ChooseWorkingDisk(const CObList& disks, HWND host_window, CString& working_disk) {
   if (disks.IsEmpty()) return kNoDiskInList;
-  std::vector<Slot> slots = SlotsOf(disks);
-  if (const CHddObj* disk = FindDiskWithRoom(slots)) {
-    working_disk = disk->GetHDD();
-    return kWorkingDiskChosen;
-  }
-  const DWORD today = MidnightOf(CTime::GetCurrentTime()).GetTime();
-  while (true) {
-    const OldestDay day = TakeOldestDay(slots, today);
-    if (day.m_slot == nullptr) {
-      working_disk.clear();
-      return kNothingToRecycle;
+  const CHddObj* disk = ChooseDisk(disks, [host_window](CHddObj& of, DWORD date) {
+    DWORD freed_bytes;
+    if (of.DeleteDate(date, freed_bytes) != 0 && os::IsWindow(host_window) != 0) {
+      os::SendMessage(host_window, ZEBX_MSG_DATE_DELETED, 0, LPARAM{date});
     }
-    DeleteDay(day, host_window);
-    const CHddObj& disk = *day.m_slot->m_disk;
-    if (day.m_slot->m_free_mb > disk.GetReservedSpace()) {
-      working_disk = disk.GetHDD();
-      return kWorkingDiskChosen;
-    }
-  }
+    return freed_bytes;
+  });
+  working_disk = disk != nullptr ? disk->GetHDD() : CString();
+  return disk != nullptr ? kWorkingDiskChosen : kNothingToRecycle;
+}
+
+RecyclingForecast ForecastRecycling(const CObList& disks) {
+  RecyclingForecast forecast;
+  forecast.m_working_disk = ChooseDisk(disks, [&forecast](CHddObj& disk, DWORD date) {
+    const CTime day(date);
+    const ULONGLONG bytes = BytesBelow(disk.GetBaseDir() + DayDirectoryName(day));
+    forecast.m_days.push_back({&disk, day, bytes});
+    return static_cast<DWORD>(bytes);
+  });
+  return forecast;
 }

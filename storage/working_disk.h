@@ -2,7 +2,11 @@
 // deleting the oldest days.
 #pragma once
 
+#include <vector>
+
+#include "platform/framework/export.h"
 #include "platform/framework/object.h"
+#include "platform/framework/time.h"
 #include "platform/framework/types.h"
 #include "storage/storage_messages.h"
 
@@ -39,3 +43,19 @@ int CheckWorkingDisk(const CObList& disks, const CString& working_disk, DWORD& f
 // host must not change the list. Sets `working_disk` when one is chosen, empties it when nothing
 // can be recycled, and leaves it when the list is empty.
 int ChooseWorkingDisk(const CObList& disks, HWND host_window, CString& working_disk);
+
+// A day that recycling would delete.
+struct DoomedDay {
+  const CHddObj* m_disk;  // borrowed from the list
+  CTime m_day;            // its local midnight
+  ULONGLONG m_bytes;      // of its files, as they are now
+};
+
+struct RecyclingForecast {
+  std::vector<DoomedDay> m_days;            // in the order of their deletion
+  const CHddObj* m_working_disk = nullptr;  // afterwards; borrowed from the list, null for none
+};
+
+// What ChooseWorkingDisk would do with the disks now, if every file can be deleted. Changes
+// nothing. Days without a byte are among the days: they are deleted on the way, without a notice.
+ZEBX_API RecyclingForecast ForecastRecycling(const CObList& disks);

@@ -9,7 +9,6 @@
 #include "storage/working_disk.h"
 #include "tools/zebtool/database_session.h"
 #include "tools/zebtool/json_writer.h"
-#include "tools/zebtool/store_recycle.h"
 #include "tools/zebtool/store_report.h"
 #include "tools/zebtool/subcommands.h"
 #include "tools/zebtool/text.h"
@@ -239,13 +238,15 @@ int Recycle(Arguments arguments, Console& console) {
       ReadDatabaseOptions(options), DatabaseSession::Start::kExisting,
       [&](CTime day) { console.out << "deleted " << FormatDay(day) << '\n'; });
   if (options.Has("--dry-run")) {
-    const RecyclingForecast forecast = ForecastRecycling(database.Disks(), now);
-    for (const DoomedDay& doomed : forecast.days) {
-      console.out << "would delete " << FormatDay(doomed.day) << " of " << doomed.disk->GetDbsName()
-                  << ", " << Plural(doomed.bytes, "byte") << '\n';
+    CObList disks;
+    for (CHddObj* disk : database.Disks()) disks.AddTail(disk);
+    const RecyclingForecast forecast = ForecastRecycling(disks);
+    for (const DoomedDay& doomed : forecast.m_days) {
+      console.out << "would delete " << FormatDay(doomed.m_day) << " of "
+                  << doomed.m_disk->GetDbsName() << ", " << Plural(doomed.m_bytes, "byte") << '\n';
     }
-    const bool has_disk = forecast.working_disk != nullptr;
-    return EndRecycling(has_disk ? forecast.working_disk->GetDbsName() : CString(), console);
+    const bool has_disk = forecast.m_working_disk != nullptr;
+    return EndRecycling(has_disk ? forecast.m_working_disk->GetDbsName() : CString(), console);
   }
   dbsChangeWorkDir();
   database.Save();
