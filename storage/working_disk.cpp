@@ -84,12 +84,21 @@ CHddObj* ChooseDisk(const CObList& disks, const DayEnd& end_day) {
 // What CHddObj::DeleteDir would free.
 ULONGLONG BytesBelow(const CString& directory) {
   ULONGLONG bytes = 0;
-  CFileFind finder;
-  int more = finder.FindFile(directory + "\\*.*");
-  while (more != 0) {
-    more = finder.FindNextFile();
-    if (finder.IsDots()) continue;
-    bytes += finder.IsDirectory() ? BytesBelow(finder.GetFilePath()) : finder.GetLength();
+  std::vector<CString> waiting = {directory};
+  while (!waiting.empty()) {
+    const CString pattern = waiting.back() + "\\*.*";
+    waiting.pop_back();
+    CFileFind finder;
+    int more = finder.FindFile(pattern);
+    while (more != 0) {
+      more = finder.FindNextFile();
+      if (finder.IsDots()) continue;
+      if (finder.IsDirectory()) {
+        waiting.push_back(finder.GetFilePath());
+      } else {
+        bytes += finder.GetLength();
+      }
+    }
   }
   return bytes;
 }

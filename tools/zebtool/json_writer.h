@@ -22,7 +22,7 @@ class JsonWriter {
 
   void Value(std::string_view key, std::string_view text);
   void Value(std::string_view key, const char* text) { Value(key, std::string_view(text)); }
-  void Value(std::string_view key, const std::string& text) { Value(key, std::string_view(text)); }
+  void Value(std::string_view key, const std::string& text) { Value(key, std::string_view{text}); }
   template <std::same_as<bool> Truth>
   void Value(std::string_view key, Truth truth) {
     Raw(key, truth ? "true" : "false");
