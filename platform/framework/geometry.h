@@ -22,8 +22,14 @@ struct CRect {
   LONG right = 0;
   LONG bottom = 0;
 
-  LONG Width() const { return right - left; }
-  LONG Height() const { return bottom - top; }
-  bool IsEmpty() const { return Width() <= 0 || Height() <= 0; }
+  // Modulo 2^32: sides may be farther apart than a LONG tells.
+  constexpr LONG Width() const { return Distance(left, right); }
+  constexpr LONG Height() const { return Distance(top, bottom); }
+  constexpr bool IsEmpty() const { return right <= left || bottom <= top; }
   bool operator==(const CRect&) const = default;
+
+ private:
+  static constexpr LONG Distance(LONG from, LONG to) {
+    return static_cast<LONG>(static_cast<DWORD>(to) - static_cast<DWORD>(from));
+  }
 };
