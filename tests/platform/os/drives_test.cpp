@@ -2,153 +2,112 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <sstream>
+#include <utility>
 
 #include "platform/framework/file.h"
-#include "tests/support/temp_dir.h"
+#include "tests/support/test_drive.h"
 
 namespace {
 
-class DrivesTest : public testing::Test {
+class Drives : public testing::Test {
  protected:
-  DrivesTest() { os::MountDrive('d', Root(), os::DriveKind::kFixed); }
-  ~DrivesTest() override {
-    for (const char letter : {'d', 'e', 'f'}) os::UnmountDrive(letter);
-    os::MountDrive('c', "/", os::DriveKind::kFixed);
+  ~Drives() override {
+    for (const char letter : {'e', 'f'}) os::UnmountDrive(letter);
   }
 
-  std::string Root() const { return m_directory.Path().string(); }
-  void MakeDirectory(const std::string& name) const {
-    std::filesystem::create_directories(m_directory.Path() / name);
-  }
-
-  TempDir m_directory;
+  const TestDrive m_drive;
 };
 
-TEST_F(DrivesTest, FindsComponentsWhateverTheirCase) {
-  MakeDirectory("Dvr/2024-01-01");
-  WriteWholeFile(m_directory.File("Dvr/2024-01-01/Cam0.Zebz"), "x");
-  const std::string file = Root() + "/Dvr/2024-01-01/Cam0.Zebz";
-  EXPECT_EQ(os::HostPath("d:\\dvr\\2024-01-01\\cam0.zebz"), file);
-  EXPECT_EQ(os::HostPath("D:/DVR//./2024-01-01\\CAM0.ZEBZ"), file);
-  EXPECT_EQ(os::HostPath("d:dvr\\2024-01-01\\Cam0.Zebz"), file);
+TEST_F(Drives, FindComponentsWhateverTheirCaseAndTakeTheOthersAsSpelled) {
+  for (const char* name : {"Dvr/Day", "twice", "TWICE", "Twice"}) m_drive.MakeDirectory(name);
+  m_drive.MakeFile("Dvr/Day/Cam0.Zebz");
+  const std::pair<const char*, const char*> cases[] = {
+      {"d:\\dvr\\DAY\\cam0.zebz", "/Dvr/Day/Cam0.Zebz"},
+      {"D:/DVR//./Day\\CAM0.ZEBZ", "/Dvr/Day/Cam0.Zebz"},
+      {"d:dvr\\Day\\Cam0.Zebz", "/Dvr/Day/Cam0.Zebz"},
+      {"d:\\Twice", "/Twice"},
+      {"d:\\twice", "/twice"},
+      {"d:\\tWICE", "/TWICE"},  // the first in name order
+      {"d:\\dvr\\New\\File.zebz", "/Dvr/New/File.zebz"},
+      // Never outside the drive.
+      {"d:\\..\\..\\twice", "/twice"},
+      {"d:\\dvr\\..\\..\\etc\\passwd", "/etc/passwd"},
+      {"d:..", ""},
+  };
+  for (const auto& [path, below_root] : cases) {
+    EXPECT_EQ(os::HostPath(path), m_drive.Root() + below_root) << path;
+  }
 }
 
-TEST_F(DrivesTest, PrefersTheExactSpellingAndTheFirstInNameOrder) {
-  MakeDirectory("dvr");
-  MakeDirectory("DVR");
-  MakeDirectory("Dvr");
-  EXPECT_EQ(os::HostPath("d:\\Dvr"), Root() + "/Dvr");
-  EXPECT_EQ(os::HostPath("d:\\dvr"), Root() + "/dvr");
-  EXPECT_EQ(os::HostPath("d:\\dVR"), Root() + "/DVR");
-}
-
-TEST_F(DrivesTest, TakesWhatIsNotThereAsSpelled) {
-  MakeDirectory("Dvr");
-  EXPECT_EQ(os::HostPath("d:\\dvr\\New\\File.zebz"), Root() + "/Dvr/New/File.zebz");
-}
-
-TEST_F(DrivesTest, OpensFilesWhateverTheirCaseAndMakesNoSecondOne) {
-  MakeDirectory("Dvr");
-  WriteWholeFile(m_directory.File("Dvr/Cam.zebz"), "four");
+TEST_F(Drives, OpenFilesWhateverTheirCaseAndMakeNoSecondOne) {
+  m_drive.MakeDirectory("Dvr");
+  m_drive.MakeFile("Dvr/Cam.zebz", "four");
   CFile file;
   ASSERT_EQ(file.Open("d:\\dvr\\cam.ZEBZ", CFile::kModeRead), 1);
   EXPECT_EQ(file.GetLengthAtOpening(), 4U);
   file.Close();
   ASSERT_EQ(file.Open("d:\\DVR\\CAM.zebz", CFile::kModeCreate | CFile::kModeWrite), 1);
   EXPECT_EQ(file.GetLengthAtOpening(), 0U);
-  EXPECT_EQ(ReadWholeFile(m_directory.File("Dvr/Cam.zebz")), "");
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_directory.Path() / "Dvr"), {}), 1);
-  CFile missing;
-  EXPECT_EQ(missing.Open("d:\\dvr\\none", CFile::kModeRead), 0);
+  EXPECT_EQ(ReadWholeFile(m_drive.File("Dvr/Cam.zebz")), "");
+  EXPECT_FALSE(m_drive.Has("Dvr/CAM.zebz"));
 }
 
-TEST_F(DrivesTest, NeverLeavesTheDriveThroughDots) {
-  MakeDirectory("dvr");
-  WriteWholeFile(m_directory.File("x"), "x");
-  EXPECT_EQ(os::HostPath("d:\\..\\..\\..\\x"), Root() + "/x");
-  EXPECT_EQ(os::HostPath("d:\\dvr\\..\\..\\etc\\passwd"), Root() + "/etc/passwd");
-  EXPECT_EQ(os::HostPath("d:.."), Root());
-}
-
-TEST_F(DrivesTest, MakesPathsAbsolute) {
+TEST_F(Drives, MakePathsAbsolute) {
   EXPECT_EQ(os::FullPath("d:\\dvr\\.\\a\\..\\\\b/c"), "d:\\dvr\\b\\c");
   EXPECT_EQ(os::FullPath("D:.."), "D:\\");
   EXPECT_EQ(os::FullPath("/srv/./video/../x"), "/srv/x");
   EXPECT_EQ(os::FullPath("x"), (std::filesystem::current_path() / "x").string());
 }
 
-TEST_F(DrivesTest, KnowsTheKindOfMountedDrivesOnly) {
-  EXPECT_EQ(os::GetDriveType("d:\\"), os::DriveKind::kFixed);
+TEST_F(Drives, AreKnownByTheirLettersUntilTheyAreUnmounted) {
   EXPECT_EQ(os::GetDriveType("c:\\"), os::DriveKind::kFixed);
-  EXPECT_EQ(os::GetDriveType("f:\\x"), os::DriveKind::kNoRoot);
-  EXPECT_EQ(os::GetDriveType("/srv"), os::DriveKind::kNoRoot);
-  EXPECT_EQ(os::GetDriveType(""), os::DriveKind::kNoRoot);
-  EXPECT_FALSE(os::HostPath("f:\\x"));
   EXPECT_EQ(os::HostPath("c:\\"), "/");
-  EXPECT_EQ(os::HostPath("1:\\x"), "1:\\x");
-
+  EXPECT_EQ(os::GetDriveType("D:\\x"), os::DriveKind::kFixed);
+  for (const char* path : {"/srv", "1:\\x", ""}) {
+    EXPECT_EQ(os::GetDriveType(path), os::DriveKind::kNoRoot) << path;
+    EXPECT_EQ(os::HostPath(path), path);
+  }
   os::UnmountDrive('D');
+  EXPECT_EQ(os::MountDrive('1', m_drive.Root(), os::DriveKind::kFixed), 0);
+  EXPECT_EQ(os::MountDrive('d', "", os::DriveKind::kFixed), 0);
+  EXPECT_EQ(os::MountDrive('d', m_drive.Root(), os::DriveKind::kNoRoot), 0);
   EXPECT_EQ(os::GetDriveType("d:\\"), os::DriveKind::kNoRoot);
   EXPECT_FALSE(os::HostPath("d:\\x"));
 }
 
-TEST_F(DrivesTest, RefusesMountsWithoutALetterADirectoryOrAKind) {
-  EXPECT_EQ(os::MountDrive('1', Root(), os::DriveKind::kFixed), 0);
-  EXPECT_EQ(os::MountDrive('e', "", os::DriveKind::kFixed), 0);
-  EXPECT_EQ(os::MountDrive('e', Root(), os::DriveKind::kNoRoot), 0);
-  EXPECT_EQ(os::GetDriveType("e:\\"), os::DriveKind::kNoRoot);
-}
-
-TEST_F(DrivesTest, MountsEveryDriveOfAList) {
-  EXPECT_EQ(os::MountDrives("E=/srv/video1;f=/mnt/nas:network;"), 1);
-  EXPECT_EQ(os::HostPath("e:\\x"), "/srv/video1/x");
-  EXPECT_EQ(os::GetDriveType("e:"), os::DriveKind::kFixed);
-  EXPECT_EQ(os::HostPath("f:\\x"), "/mnt/nas/x");
-  EXPECT_EQ(os::GetDriveType("f:"), os::DriveKind::kNetwork);
-  EXPECT_EQ(os::MountDrives(""), 1);
-}
-
-TEST_F(DrivesTest, TakesQuotasFromAList) {
-  EXPECT_EQ(os::MountDrives("e=/srv/video1:64M;f=/mnt/nas:network:2g"), 1);
-  EXPECT_EQ(os::HostPath("e:\\x"), "/srv/video1/x");
-  EXPECT_EQ(os::GetDriveType("e:"), os::DriveKind::kFixed);
-  EXPECT_EQ(os::GetDriveQuota("E:\\dvr"), ULONGLONG{64} << 20);
-  EXPECT_EQ(os::HostPath("f:\\x"), "/mnt/nas/x");
-  EXPECT_EQ(os::GetDriveType("f:"), os::DriveKind::kNetwork);
-  EXPECT_EQ(os::GetDriveQuota("f:\\"), ULONGLONG{2} << 30);
-  EXPECT_EQ(os::MountDrives("e=/srv:1000;f=/mnt:16777215T"), 1);
-  EXPECT_EQ(os::GetDriveQuota("e:\\"), 1000U);
-  EXPECT_EQ(os::GetDriveQuota("f:\\"), ULONGLONG{16777215} << 40);
-  EXPECT_EQ(os::MountDrives("e=/srv"), 1);
-  EXPECT_EQ(os::GetDriveQuota("e:\\"), 0U);
+TEST_F(Drives, AreMountedFromAListWithKindsAndQuotas) {
+  const struct {
+    const char *m_list, *m_path;
+    os::DriveKind m_kind;
+    ULONGLONG m_quota_bytes;
+  } cases[] = {
+      {"E=/srv;f=/mnt:network;", "/mnt/x", os::DriveKind::kNetwork, 0},
+      {"e=/srv;f=/mnt:64M", "/mnt/x", os::DriveKind::kFixed, ULONGLONG{64} << 20},
+      {"e=/srv:1K;f=/:cdrom:2g", "/x", os::DriveKind::kCdRom, ULONGLONG{2} << 30},
+      {"f=/mnt:1000", "/mnt/x", os::DriveKind::kFixed, 1000},
+      {"f=/mnt:16777215T", "/mnt/x", os::DriveKind::kFixed, ULONGLONG{16777215} << 40},
+      {"", "/mnt/x", os::DriveKind::kFixed, ULONGLONG{16777215} << 40},  // as it was
+      {"f=/mnt:ramdisk", "/mnt/x", os::DriveKind::kRamDisk, 0},
+  };
+  for (const auto& [list, path, kind, quota_bytes] : cases) {
+    EXPECT_EQ(os::MountDrives(list), 1) << list;
+    EXPECT_EQ(os::HostPath("f:\\x"), path) << list;
+    EXPECT_EQ(os::GetDriveType("F:"), kind) << list;
+    EXPECT_EQ(os::GetDriveQuota("F:\\dvr"), quota_bytes) << list;
+  }
+  EXPECT_EQ(os::HostPath("e:\\x"), "/srv/x");
   EXPECT_EQ(os::GetDriveQuota("/srv"), 0U);
 }
 
-TEST_F(DrivesTest, MountsNothingOfAListWithABadEntry) {
-  for (const char* list : {"e=/srv;f",
-                           "e=/srv;f=",
-                           "e=/srv;=/mnt",
-                           "e=/srv;ff=/mnt",
-                           "e=/srv;1=/mnt",
-                           "e=/srv;;f=/mnt",
-                           "e=/srv;f=/mnt:floppy",
-                           "e=/srv;f=:network",
-                           "e=/srv;f=/mnt:",
-                           "e:/srv",
-                           "e=/srv:64M:network",
-                           "e=/srv:64M:64M",
-                           "e=/srv:0",
-                           "e=/srv:M",
-                           "e=/srv:-1",
-                           "e=/srv:64MB",
-                           "e=/srv:fixed:",
-                           "e=/srv:1.5G",
-                           "e=/srv:16777216T",
-                           "e=/srv:18446744073709551616",
-                           "e=:64M"}) {
-    EXPECT_EQ(os::MountDrives(list), 0) << list;
-    EXPECT_EQ(os::GetDriveType("e:\\"), os::DriveKind::kNoRoot) << list;
+TEST_F(Drives, AreNotMountedFromAListWithABadEntry) {
+  std::istringstream entries(
+      "f f= =/mnt ff=/mnt 1=/mnt ;f=/mnt f=:network f=:64M f=/mnt: f:/mnt f=/:floppy f=/:64M:64M "
+      "f=/:0 f=/:M f=/:-1 f=/:64MB f=/:fixed: f=/:1.5G f=/:1M:fixed f=/:16777216T "
+      "f=/:18446744073709551616");
+  for (std::string bad; entries >> bad;) {
+    EXPECT_EQ(os::MountDrives("e=/srv;" + bad), 0) << bad;
+    EXPECT_EQ(os::GetDriveType("e:\\"), os::DriveKind::kNoRoot) << bad;
   }
 }
 

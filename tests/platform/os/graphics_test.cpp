@@ -1,18 +1,15 @@
 #include "platform/os/graphics.h"
 
-#include <gtest/gtest.h>
-
-#include <initializer_list>
 #include <limits>
-#include <thread>
-#include <vector>
 
 #include "platform/framework/bitmap.h"
-#include "platform/os/windows.h"
+#include "tests/support/window_fixture.h"
 
 namespace {
 
-constexpr DWORD kRed = 0x0000FF;  // 0x00BBGGRR
+using Colors = std::vector<DWORD>;  // 0x00BBGGRR
+
+constexpr DWORD kRed = 0x0000FF;
 constexpr DWORD kGreen = 0x00FF00;
 constexpr DWORD kBlue = 0xFF0000;
 constexpr DWORD kWhite = 0xFFFFFF;
@@ -25,14 +22,10 @@ os::BitmapInfoHeader HeaderOf(LONG width, LONG height, WORD bit_count) {
   return header;
 }
 
-// A memory context with a bitmap in it, black at first.
-class Canvas {
- public:
-  Canvas(LONG width, LONG height, WORD bit_count = 32)
-      : m_dc(os::CreateCompatibleDC(os::GetDC(nullptr))),
-        m_bitmap(os::CreateDIBSection(m_dc, HeaderOf(width, height, bit_count), &m_bits)),
-        m_width(width),
-        m_height(height) {
+// A memory context with a bitmap of one row in it, black at first.
+struct Canvas {
+  explicit Canvas(LONG width, WORD bit_count = 32)
+      : m_bitmap(os::CreateDIBSection(m_dc, HeaderOf(width, 1, bit_count), &m_bits)) {
     os::SelectObject(m_dc, m_bitmap);
   }
   ~Canvas() {
@@ -42,252 +35,190 @@ class Canvas {
   Canvas(const Canvas&) = delete;
   Canvas& operator=(const Canvas&) = delete;
 
-  HDC Dc() const { return m_dc; }
-  HBITMAP Bitmap() const { return m_bitmap; }
-  std::span<BYTE> Bits() const { return m_bits; }
-
-  // One row of colours at the top left, 24 bits each.
-  void PutRow(std::initializer_list<DWORD> colors) const {
-    std::vector<BYTE> row;
-    for (const DWORD color : colors) {
-      for (const int shift : {16, 8, 0}) row.push_back(static_cast<BYTE>((color >> shift) & 0xFF));
-    }
-    row.resize(os::RowBytes(static_cast<DWORD>(row.size()) * 8));
-    const auto width = static_cast<int>(colors.size());
-    os::StretchDIBits(m_dc, 0, 0, width, 1, 0, 0, width, 1, row, HeaderOf(width, 1, 24), {},
-                      os::kSrcCopy);
-  }
-  // All pixels, row after row from the top.
-  std::vector<DWORD> Pixels() const {
-    std::vector<DWORD> pixels;
-    for (int y = 0; y < m_height; ++y) {
-      for (int x = 0; x < m_width; ++x) pixels.push_back(os::GetPixel(m_dc, x, y));
+  Colors Pixels() const {
+    Colors pixels;
+    for (int x = 0; os::GetPixel(m_dc, x, 0) != os::kNoPixel; ++x) {
+      pixels.push_back(os::GetPixel(m_dc, x, 0));
     }
     return pixels;
   }
 
- private:
+  const HDC m_dc = os::CreateCompatibleDC(os::GetDC(nullptr));
   std::span<BYTE> m_bits;
-  HDC m_dc;
-  HBITMAP m_bitmap;
-  LONG m_width;
-  LONG m_height;
+  const HBITMAP m_bitmap;
 };
 
-const std::vector<BYTE> kTwoColors = {0, 0, 255, 0, 0, 255, 0, 0};  // red, green
-
-struct Form {
-  WORD m_bit_count;
-  std::vector<BYTE> m_red_green;  // a row of two pixels
+// A canvas of these colours.
+struct Row : Canvas {
+  explicit Row(const Colors& colors) : Canvas(static_cast<LONG>(colors.size())) {
+    auto at = m_bits.begin();
+    for (const DWORD color : colors) {
+      for (const int shift : {16, 8, 0, 24}) *at++ = static_cast<BYTE>((color >> shift) & 0xFF);
+    }
+  }
 };
 
-std::vector<Form> Forms() {
-  return {{1, {0x40, 0, 0, 0}},
-          {4, {0x01, 0, 0, 0}},
-          {8, {0, 1, 0, 0}},
-          {16, {0x00, 0x7C, 0xE0, 0x03}},
-          {24, {0, 0, 255, 0, 255, 0, 0, 0}},
-          {32, {0, 0, 255, 0, 0, 255, 0, 0}}};
+// Copies from the left ends of the first rows.
+int CopyRow(HDC to, int width, HDC from, int source_width, DWORD raster_operation = os::kSrcCopy) {
+  return os::StretchBlt(to, 0, 0, width, 1, from, 0, 0, source_width, 1, raster_operation);
 }
 
-TEST(StretchDIBits, ReadsEveryFormOfPixels) {
-  for (const auto& [bit_count, red_green] : Forms()) {
-    // The bottom row is all of the first colour or black.
+TEST(Graphics, ReadsAndWritesEveryFormOfPixels) {
+  const std::vector<BYTE> colors = {0, 0, 255, 0, 0, 255, 0, 0};  // red, green
+  const struct {
+    WORD m_bit_count;
+    std::vector<BYTE> m_red_green;  // a row of two pixels
+  } forms[] = {{1, {0x40, 0, 0, 0}},
+               {4, {0x01, 0, 0, 0}},
+               {8, {0, 1, 0, 0}},
+               {16, {0x00, 0x7C, 0xE0, 0x03}},
+               {24, {0, 0, 255, 0, 255, 0, 0, 0}},
+               {32, {0, 0, 255, 0, 0, 255, 0, 0}}};
+  for (const auto& [bit_count, red_green] : forms) {
+    SCOPED_TRACE(bit_count);
     std::vector<BYTE> bits(red_green.size());
     bits.insert(bits.end(), red_green.begin(), red_green.end());
-    const DWORD bottom = bit_count <= 8 ? kRed : 0;
-
-    const Canvas bottom_up(2, 2);
-    EXPECT_EQ(os::StretchDIBits(bottom_up.Dc(), 0, 0, 2, 2, 0, 0, 2, 2, bits,
-                                HeaderOf(2, 2, bit_count), kTwoColors, os::kSrcCopy),
-              2);
-    EXPECT_EQ(bottom_up.Pixels(), (std::vector<DWORD>{kRed, kGreen, bottom, bottom})) << bit_count;
-
-    const Canvas top_down(2, 2);
-    os::StretchDIBits(top_down.Dc(), 0, 0, 2, 2, 0, 0, 2, 2, bits, HeaderOf(2, -2, bit_count),
-                      kTwoColors, os::kSrcCopy);
-    EXPECT_EQ(top_down.Pixels(), (std::vector<DWORD>{bottom, bottom, kRed, kGreen})) << bit_count;
+    // The second row from the bottom, and the second from the top.
+    const Canvas canvas(2);
+    for (const LONG height : {2, -2}) {
+      EXPECT_EQ(os::StretchDIBits(canvas.m_dc, 0, 0, 2, 1, 0, 1, 2, 1, bits,
+                                  HeaderOf(2, height, bit_count), colors, os::kSrcCopy),
+                2);
+      EXPECT_EQ(canvas.Pixels(), (Colors{kRed, kGreen}));
+    }
+    const Canvas target(2, bit_count);
+    EXPECT_EQ(os::SetDIBColorTable(target.m_dc, 0, colors), bit_count <= 8 ? 2U : 0U);
+    EXPECT_EQ(CopyRow(target.m_dc, 2, canvas.m_dc, 2), 1);
+    EXPECT_EQ(std::vector<BYTE>(target.m_bits.begin(), target.m_bits.end()), red_green);
   }
 }
 
-TEST(StretchBlt, WritesEveryFormOfPixels) {
-  const Canvas source(2, 1);
-  source.PutRow({kRed, kGreen});
-  for (const auto& [bit_count, red_green] : Forms()) {
-    const Canvas target(2, 1, bit_count);
-    EXPECT_EQ(os::SetDIBColorTable(target.Dc(), 0, kTwoColors), bit_count <= 8 ? 2U : 0U);
-    ASSERT_EQ(os::StretchBlt(target.Dc(), 0, 0, 2, 1, source.Dc(), 0, 0, 2, 1, os::kSrcCopy), 1);
-    EXPECT_EQ(std::vector<BYTE>(target.Bits().begin(), target.Bits().end()), red_green)
-        << bit_count;
-  }
+TEST(Graphics, RepeatsPixelsWhenEnlargingAndCombinesThemWhenShrinking) {
+  const Row source({kRed, kWhite, kBlue, kGreen});
+  const Canvas larger(8);
+  CopyRow(larger.m_dc, 8, source.m_dc, 4);
+  EXPECT_EQ(larger.Pixels(), (Colors{kRed, kRed, kWhite, kWhite, kBlue, kBlue, kGreen, kGreen}));
+  const Canvas smaller(2);
+  CopyRow(smaller.m_dc, 2, source.m_dc, 4);
+  EXPECT_EQ(smaller.Pixels(), (Colors{kRed, 0})) << "ANDed by default";
+  os::SetStretchBltMode(smaller.m_dc, os::StretchMode::kHalftone);
+  CopyRow(smaller.m_dc, 2, source.m_dc, 4);
+  EXPECT_EQ(smaller.Pixels(), (Colors{0x8080FF, 0x808000})) << "averaged";
 }
 
-TEST(StretchDIBits, CountsSourceRowsFromTheBottomOfABottomUpPicture) {
-  const std::vector<BYTE> bits = {0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};  // red, then two green rows
-  const Canvas canvas(1, 1);
-  const auto draw_row = [&](int row, LONG height) {
-    os::StretchDIBits(canvas.Dc(), 0, 0, 1, 1, 0, row, 1, 1, bits, HeaderOf(1, height, 8),
-                      kTwoColors, os::kSrcCopy);
-    return os::GetPixel(canvas.Dc(), 0, 0);
+TEST(Graphics, LeavesOutWhatLiesOutsideEitherPicture) {
+  constexpr int kFar = std::numeric_limits<int>::max();
+  const Colors background(3, kBlue);
+  const struct {
+    int m_x, m_width, m_source_x, m_source_width;
+    Colors m_row;
+  } cases[] = {
+      {-1, 2, 0, 2, {kGreen, kBlue, kBlue}},
+      {2, 2, 0, 2, {kBlue, kBlue, kRed}},
+      {0, 3, -1, 3, {kBlue, kRed, kGreen}},
+      {0, 3, 1, 3, {kGreen, kBlue, kBlue}},
+      {0, 0, 0, 2, background},
+      {0, 3, 0, 0, background},
+      {kFar, kFar, 0, 2, background},
+      {-kFar, kFar, kFar, kFar, background},
+      {0, kFar, 0, 2, {kRed, kRed, kRed}},
+      {0, 1, 0, kFar, {0, kBlue, kBlue}},
   };
-  EXPECT_EQ(draw_row(0, 3), kRed);
-  EXPECT_EQ(draw_row(2, 3), kGreen);
-  EXPECT_EQ(draw_row(0, -3), kRed);
-  EXPECT_EQ(draw_row(2, -3), kGreen);
-}
-
-TEST(StretchBlt, RepeatsPixelsWhenEnlargingAndCombinesThemWhenShrinking) {
-  const Canvas source(4, 1);
-  source.PutRow({kRed, kWhite, kBlue, kGreen});
-  const Canvas larger(8, 2);
-  os::StretchBlt(larger.Dc(), 0, 0, 8, 2, source.Dc(), 0, 0, 4, 1, os::kSrcCopy);
-  const std::vector<DWORD> twice = {kRed, kRed, kWhite, kWhite, kBlue, kBlue, kGreen, kGreen,
-                                    kRed, kRed, kWhite, kWhite, kBlue, kBlue, kGreen, kGreen};
-  EXPECT_EQ(larger.Pixels(), twice);
-
-  const Canvas smaller(2, 1);
-  os::StretchBlt(smaller.Dc(), 0, 0, 2, 1, source.Dc(), 0, 0, 4, 1, os::kSrcCopy);
-  EXPECT_EQ(smaller.Pixels(), (std::vector<DWORD>{kRed, 0})) << "ANDed by default";
-  os::SetStretchBltMode(smaller.Dc(), os::StretchMode::kHalftone);
-  os::StretchBlt(smaller.Dc(), 0, 0, 2, 1, source.Dc(), 0, 0, 4, 1, os::kSrcCopy);
-  EXPECT_EQ(smaller.Pixels(), (std::vector<DWORD>{0x8080FF, 0x808000})) << "averaged";
-}
-
-TEST(StretchBlt, LeavesOutWhatLiesOutsideEitherPicture) {
-  const Canvas source(2, 1);
-  source.PutRow({kRed, kGreen});
-  const Canvas target(3, 1);
-  const auto draw = [&](int x, int width, int source_x, int source_width) {
-    target.PutRow({kBlue, kBlue, kBlue});
-    EXPECT_EQ(os::StretchBlt(target.Dc(), x, 0, width, 1, source.Dc(), source_x, 0, source_width, 1,
+  const Row source({kRed, kGreen});
+  for (const auto& [x, width, source_x, source_width, row] : cases) {
+    const Row target(background);
+    EXPECT_EQ(os::StretchBlt(target.m_dc, x, 0, width, 1, source.m_dc, source_x, 0, source_width, 1,
                              os::kSrcCopy),
               1);
-    return target.Pixels();
-  };
-  using Row = std::vector<DWORD>;
-  constexpr int kFar = std::numeric_limits<int>::max();
-  EXPECT_EQ(draw(-1, 2, 0, 2), (Row{kGreen, kBlue, kBlue}));
-  EXPECT_EQ(draw(2, 2, 0, 2), (Row{kBlue, kBlue, kRed}));
-  EXPECT_EQ(draw(0, 3, -1, 3), (Row{kBlue, kRed, kGreen}));
-  EXPECT_EQ(draw(0, 3, 1, 3), (Row{kGreen, kBlue, kBlue}));
-  EXPECT_EQ(draw(0, 0, 0, 2), (Row{kBlue, kBlue, kBlue}));
-  EXPECT_EQ(draw(0, 3, 0, 0), (Row{kBlue, kBlue, kBlue}));
-  EXPECT_EQ(draw(kFar, kFar, 0, 2), (Row{kBlue, kBlue, kBlue}));
-  EXPECT_EQ(draw(-kFar, kFar, kFar, kFar), (Row{kBlue, kBlue, kBlue}));
-  EXPECT_EQ(draw(0, kFar, 0, 2), (Row{kRed, kRed, kRed}));
-  EXPECT_EQ(draw(0, 1, 0, kFar), (Row{0, kBlue, kBlue}));
+    EXPECT_EQ(target.Pixels(), row) << x << ' ' << width << ' ' << source_x << ' ' << source_width;
+  }
 }
 
-TEST(StretchBlt, CopiesWithinOnePictureAsItWasBefore) {
-  const Canvas canvas(4, 1);
-  canvas.PutRow({kRed, kGreen, kBlue, kWhite});
-  os::StretchBlt(canvas.Dc(), 1, 0, 3, 1, canvas.Dc(), 0, 0, 3, 1, os::kSrcCopy);
-  EXPECT_EQ(canvas.Pixels(), (std::vector<DWORD>{kRed, kRed, kGreen, kBlue}));
-}
-
-TEST(StretchBlt, RefusesWhatCannotBeDrawn) {
-  const Canvas canvas(2, 1);
+TEST(Graphics, RefusesWhatCannotBeDrawn) {
+  const Canvas canvas(2);
   const HDC screen = os::GetDC(nullptr);
   const HDC empty = os::CreateCompatibleDC(screen);
   const HDC stale = os::CreateCompatibleDC(screen);
   os::DeleteDC(stale);
   constexpr DWORD kSrcInvert = 0x00660046;
-  const auto draw = [](HDC to, HDC from, int width, DWORD raster_operation) {
-    return os::StretchBlt(to, 0, 0, width, 1, from, 0, 0, 2, 1, raster_operation);
-  };
-  EXPECT_EQ(draw(canvas.Dc(), canvas.Dc(), -2, os::kSrcCopy), 0);
-  EXPECT_EQ(draw(canvas.Dc(), canvas.Dc(), 2, kSrcInvert), 0);
+  EXPECT_EQ(CopyRow(canvas.m_dc, -2, canvas.m_dc, 2), 0);
+  EXPECT_EQ(CopyRow(canvas.m_dc, 2, canvas.m_dc, -2), 0);
+  EXPECT_EQ(CopyRow(canvas.m_dc, 2, canvas.m_dc, 2, kSrcInvert), 0);
   for (const HDC unusable : {screen, empty, stale, HDC{nullptr}}) {
-    EXPECT_EQ(draw(unusable, canvas.Dc(), 2, os::kSrcCopy), 0);
-    EXPECT_EQ(draw(canvas.Dc(), unusable, 2, os::kSrcCopy), 0);
+    EXPECT_EQ(CopyRow(unusable, 2, canvas.m_dc, 2), 0);
+    EXPECT_EQ(CopyRow(canvas.m_dc, 2, unusable, 2), 0);
   }
   os::DeleteDC(empty);
-}
 
-TEST(Dib, IsRefusedWithSizesThatMakeNoSense) {
   constexpr LONG kMax = std::numeric_limits<LONG>::max();
   constexpr LONG kMin = std::numeric_limits<LONG>::min();
-  std::vector<os::BitmapInfoHeader> headers = {
-      HeaderOf(0, 1, 24),          HeaderOf(1, 0, 24),      HeaderOf(-1, 1, 24),
-      HeaderOf(kMax, 1, 24),       HeaderOf(kMax, kMax, 1), HeaderOf(1, kMin, 1),
-      HeaderOf(2, 2, 0),           HeaderOf(2, 2, 2),       HeaderOf(2, 2, 64),
-      HeaderOf(0x8000, 0x8000, 32)};
-  headers.push_back(HeaderOf(1, 1, 24));
-  headers.back().m_compression = 1;
-  const std::vector<BYTE> bits(64);
-  const Canvas canvas(1, 1);
-  for (const auto& header : headers) {
-    std::span<BYTE> made;
-    EXPECT_EQ(os::CreateDIBSection(canvas.Dc(), header, &made), nullptr);
-    EXPECT_TRUE(made.empty());
-    EXPECT_EQ(os::CreateDIBitmap(canvas.Dc(), header, bits, {}), nullptr);
+  os::BitmapInfoHeader compressed = HeaderOf(1, 1, 24);
+  compressed.m_compression = 1;
+  const std::vector<BYTE> bits(8 * 2 - 1);  // one byte short of the last ones
+  for (const auto& header :
+       {compressed, HeaderOf(0, 1, 24), HeaderOf(1, 0, 24), HeaderOf(-1, 1, 24),
+        HeaderOf(kMax, 1, 24), HeaderOf(kMax, kMax, 1), HeaderOf(1, kMin, 1), HeaderOf(2, 2, 0),
+        HeaderOf(2, 2, 2), HeaderOf(2, 2, 64), HeaderOf(0x8000, 0x8000, 32), HeaderOf(2, 2, 24)}) {
+    EXPECT_EQ(os::CreateDIBitmap(canvas.m_dc, header, bits, {}), nullptr);
     EXPECT_EQ(
-        os::StretchDIBits(canvas.Dc(), 0, 0, 1, 1, 0, 0, 1, 1, bits, header, {}, os::kSrcCopy),
+        os::StretchDIBits(canvas.m_dc, 0, 0, 1, 1, 0, 0, 1, 1, bits, header, {}, os::kSrcCopy),
         os::kGdiError);
   }
-  const std::vector<BYTE> one_byte_short(8 * 2 - 1);
-  EXPECT_EQ(os::CreateDIBitmap(canvas.Dc(), HeaderOf(2, 2, 24), one_byte_short, {}), nullptr);
+  std::span<BYTE> made;
+  EXPECT_EQ(os::CreateDIBSection(canvas.m_dc, compressed, &made), nullptr);
+  EXPECT_TRUE(made.empty());
 }
 
-TEST(SelectObject, KeepsABitmapInOneContextAndFromBeingDeleted) {
-  const Canvas canvas(1, 1);
-  const HDC other = os::CreateCompatibleDC(canvas.Dc());
-  EXPECT_EQ(os::SelectObject(other, canvas.Bitmap()), nullptr);
+TEST(Graphics, KeepsABitmapInOneContextAndFromBeingDeletedMeanwhile) {
+  const Canvas canvas(1);
+  const HDC other = os::CreateCompatibleDC(canvas.m_dc);
+  EXPECT_EQ(os::SelectObject(other, canvas.m_bitmap), nullptr);
   EXPECT_EQ(os::GetPixel(other, 0, 0), os::kNoPixel);
-  EXPECT_EQ(os::DeleteObject(canvas.Bitmap()), 0);
-  EXPECT_EQ(os::SelectObject(canvas.Dc(), nullptr), canvas.Bitmap());
-  EXPECT_EQ(os::SelectObject(other, canvas.Bitmap()), nullptr);
+  EXPECT_EQ(os::DeleteObject(canvas.m_bitmap), 0);
+  EXPECT_EQ(os::SelectObject(canvas.m_dc, nullptr), canvas.m_bitmap);
+  EXPECT_EQ(os::SelectObject(other, canvas.m_bitmap), nullptr);
   EXPECT_EQ(os::GetPixel(other, 0, 0), 0U);
   EXPECT_EQ(os::DeleteDC(other), 1);
-  EXPECT_EQ(os::DeleteObject(canvas.Bitmap()), 1);
-  EXPECT_EQ(os::DeleteObject(canvas.Bitmap()), 0);
-}
 
-TEST(CBitmap, DeletesTheBitmapItOwns) {
-  const std::vector<BYTE> red = {0, 0, 255, 0};
-  const HDC screen = os::GetDC(nullptr);
-  const HBITMAP handle = os::CreateDIBitmap(screen, HeaderOf(1, 1, 24), red, {});
   CSize size;
   {
-    CBitmap bitmap;
-    EXPECT_EQ(bitmap.Attach(handle), 1);
-    EXPECT_EQ(bitmap.Attach(handle), 0);
-    EXPECT_EQ(os::GetBitmapSize(handle, &size), 1);
+    CBitmap owner;
+    EXPECT_EQ(owner.Attach(canvas.m_bitmap), 1);
+    EXPECT_EQ(owner.Attach(canvas.m_bitmap), 0);
+    EXPECT_EQ(os::GetBitmapSize(canvas.m_bitmap, &size), 1);
     EXPECT_EQ(size, (CSize{1, 1}));
   }
-  EXPECT_EQ(os::GetBitmapSize(handle, &size), 0);
+  EXPECT_EQ(os::GetBitmapSize(canvas.m_bitmap, &size), 0);
+  EXPECT_EQ(os::DeleteObject(canvas.m_bitmap), 0);
 }
 
-TEST(WindowContext, DrawsIntoTheWindowsPictureUntilTheWindowGoes) {
-  const HWND window = os::CreateWindow(nullptr, "canvas", {10, 10, 12, 11},
-                                       [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; });
+class WindowContext : public WindowTest {};
+
+TEST_F(WindowContext, DrawsIntoTheWindowsPictureUntilTheWindowGoes) {
+  const HWND window = Make(AddParameters, nullptr, {10, 10, 13, 11});
   const HDC dc = os::GetDC(window);
-  const Canvas source(2, 1);
-  source.PutRow({kRed, kGreen});
-  EXPECT_EQ(os::StretchBlt(dc, 0, 0, 2, 1, source.Dc(), 0, 0, 2, 1, os::kSrcCopy), 1);
+  const Row source({kRed, kGreen, kBlue});
+  EXPECT_EQ(CopyRow(dc, 3, source.m_dc, 3), 1);
   const HDC second = os::GetDC(window);
-  EXPECT_EQ(os::GetPixel(second, 0, 0), kRed);
-  EXPECT_EQ(os::GetPixel(second, 1, 0), kGreen);
-  EXPECT_EQ(os::StretchBlt(dc, 1, 0, 1, 1, second, 0, 0, 1, 1, os::kSrcCopy), 1)
-      << "a window is copied onto itself";
-  EXPECT_EQ(os::GetPixel(second, 1, 0), kRed);
+  // A picture is copied within itself as it was before.
+  EXPECT_EQ(os::StretchBlt(dc, 1, 0, 2, 1, second, 0, 0, 2, 1, os::kSrcCopy), 1);
+  EXPECT_EQ(CopyRow(source.m_dc, 3, second, 3), 1);
+  EXPECT_EQ(source.Pixels(), (Colors{kRed, kRed, kGreen}));
+  os::StretchBlt(source.m_dc, 1, 0, 2, 1, source.m_dc, 0, 0, 2, 1, os::kSrcCopy);
+  EXPECT_EQ(source.Pixels(), (Colors{kRed, kRed, kRed}));
   EXPECT_EQ(os::ReleaseDC(nullptr, second), 0);
   EXPECT_EQ(os::ReleaseDC(window, second), 1);
   EXPECT_EQ(os::ReleaseDC(window, second), 0);
 
   os::DestroyWindow(window);
-  EXPECT_EQ(os::StretchBlt(dc, 0, 0, 2, 1, source.Dc(), 0, 0, 2, 1, os::kSrcCopy), 0);
+  EXPECT_EQ(CopyRow(dc, 3, source.m_dc, 3), 0);
   EXPECT_EQ(os::GetDC(window), nullptr);
   EXPECT_EQ(os::ReleaseDC(window, dc), 1);
 }
 
 TEST(Graphics, MakesAndGivesBackHandlesOnAnyThread) {
   const auto draw = [] {
-    for (int i = 0; i < 100; ++i) {
-      const Canvas canvas(2, 1);
-      canvas.PutRow({kRed, kGreen});
-      EXPECT_EQ(canvas.Pixels(), (std::vector<DWORD>{kRed, kGreen}));
-    }
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(Row({kRed}).Pixels(), Colors{kRed});
   };
   std::thread other(draw);
   draw();

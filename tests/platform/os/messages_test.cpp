@@ -1,16 +1,9 @@
 // Sending, posting and taking messages, within a thread and across threads.
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <functional>
-#include <future>
 #include <memory>
-#include <thread>
-#include <utility>
-#include <vector>
 
-#include "platform/os/windows.h"
-#include "tests/support/loop_thread.h"
+#include "tests/support/window_fixture.h"
 
 namespace {
 
@@ -18,14 +11,6 @@ constexpr UINT kPing = os::kWmUser + 1;
 constexpr UINT kAdd = os::kWmUser + 2;
 
 using Numbers = std::vector<UINT>;
-
-HWND MakeWindow(os::WindowProcedure procedure) {
-  return os::CreateWindow(nullptr, "", {}, std::move(procedure));
-}
-
-LRESULT Add(HWND, UINT, WPARAM wparam, LPARAM lparam) {
-  return static_cast<LRESULT>(wparam) + lparam;
-}
 
 // The numbers of the messages that are waiting, taken.
 Numbers TakeAll(HWND window = nullptr, UINT first = 0, UINT last = 0) {
@@ -35,250 +20,160 @@ Numbers TakeAll(HWND window = nullptr, UINT first = 0, UINT last = 0) {
   return numbers;
 }
 
-// A thread with a window that takes no messages until it is told to go on, and ends then.
-class ParkedThread {
- public:
-  explicit ParkedThread(std::function<void(HWND)> go_on) {
-    std::promise<HWND> made;
-    auto window = made.get_future();
-    m_thread = std::thread([this, &made, go_on = std::move(go_on)] {
-      const HWND own = MakeWindow(Add);
-      made.set_value(own);
-      m_go_on.get_future().wait();
-      go_on(own);
-    });
-    m_window = window.get();
-  }
-  ~ParkedThread() { m_thread.join(); }
-  ParkedThread(const ParkedThread&) = delete;
-  ParkedThread& operator=(const ParkedThread&) = delete;
+class Messages : public WindowTest {};
+class SendMessage : public WindowTest {};
 
-  HWND Window() const { return m_window; }
-  void GoOn() { m_go_on.set_value(); }
-
- private:
-  std::thread m_thread;
-  std::promise<void> m_go_on;
-  HWND m_window = nullptr;
-};
-
-// A thread that waits in SendMessage for the answer of `target`, a window of a third thread.
-class WaitingSender {
- public:
-  explicit WaitingSender(HWND target) {
-    std::promise<HWND> made;
-    auto window = made.get_future();
-    m_answer = std::async(std::launch::async, [target, &made] {
-      made.set_value(MakeWindow(Add));
-      return os::SendMessage(target, kAdd, 3, 4);
-    });
-    m_window = window.get();
-    // It has no loop: it answers only once its own message is on its way.
-    EXPECT_EQ(os::SendMessage(m_window, kAdd, 1, 2), 3);
-  }
-  LRESULT Answer() { return m_answer.get(); }
-
- private:
-  HWND m_window = nullptr;
-  std::future<LRESULT> m_answer;
-};
-
-TEST(Messages, AreTakenInTheOrderOfPostingAndDispatchedToTheirWindow) {
-  Numbers first_seen;
-  Numbers second_seen;
-  const HWND first = MakeWindow([&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
-    first_seen.push_back(message);
-    return 11;
-  });
-  const HWND second = MakeWindow([&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
-    second_seen.push_back(message);
-    return 22;
-  });
-  EXPECT_EQ(os::PostMessage(first, 0x401, 5, -6), 1);
-  EXPECT_EQ(os::PostMessage(second, 0x402, 0, 0), 1);
-  EXPECT_EQ(os::PostMessage(first, 0x403, 0, 0), 1);
-  EXPECT_TRUE(first_seen.empty());
+TEST_F(Messages, AreTakenInTheOrderOfPostingBeforeTheQuitMessageAndDispatched) {
+  const HWND first = Make([](HWND, UINT, WPARAM, LPARAM) { return LRESULT{11}; });
+  const HWND second = Make([](HWND, UINT, WPARAM, LPARAM) { return LRESULT{22}; });
+  os::PostQuitMessage(7);
+  EXPECT_EQ(os::PostMessage(first, kPing, 5, -6), 1);
+  EXPECT_EQ(os::PostMessage(second, kAdd, 0, 0), 1);
 
   os::Message message;
   ASSERT_EQ(os::GetMessage(&message), 1);
   EXPECT_EQ(message.m_window, first);
+  EXPECT_EQ(message.m_message, kPing);
   EXPECT_EQ(message.m_wparam, 5U);
   EXPECT_EQ(message.m_lparam, -6);
   EXPECT_EQ(os::DispatchMessage(message), 11);
   ASSERT_EQ(os::GetMessage(&message), 1);
   EXPECT_EQ(os::DispatchMessage(message), 22);
-  EXPECT_EQ(TakeAll(), Numbers{0x403});
-  EXPECT_EQ(first_seen, Numbers{0x401});
-  EXPECT_EQ(second_seen, Numbers{0x402});
-  os::DestroyWindow(first);
-  os::DestroyWindow(second);
+  EXPECT_EQ(os::GetMessage(&message), 0);
+  EXPECT_EQ(message.m_message, os::kWmQuit);
+  EXPECT_EQ(message.m_wparam, 7U);
+  EXPECT_EQ(os::PeekMessage(&message), 0);
 }
 
-TEST(Messages, AreFoundByWindowAndNumber) {
-  const HWND first = MakeWindow(Add);
-  const HWND second = MakeWindow(Add);
+TEST_F(Messages, AreFoundByWindowAndNumberAndDroppedWithTheirWindow) {
+  const HWND first = Make();
+  const HWND second = Make();
   for (const UINT number : {0x401U, 0x466U, 0x402U, 0x466U}) os::PostMessage(first, number, 0, 0);
   os::PostMessage(second, 0x466, 0, 0);
   os::PostQuitMessage(0);
   EXPECT_EQ(TakeAll(first, 0x466, 0x466), (Numbers{0x466, 0x466}));
   EXPECT_EQ(TakeAll(second), Numbers{0x466});
   EXPECT_EQ(TakeAll(nullptr, 0x402, 0x500), Numbers{0x402});
-  EXPECT_EQ(TakeAll(), (Numbers{0x401, os::kWmQuit}));
+  os::PostMessage(second, 0x403, 0, 0);
+  EXPECT_EQ(TakeAll(), (Numbers{0x401, 0x403, os::kWmQuit}));
+
+  os::PostMessage(first, 0x401, 0, 0);
+  os::PostMessage(second, 0x402, 0, 0);
+  os::SetTimer(first, 1, 1);
   os::DestroyWindow(first);
-  os::DestroyWindow(second);
-}
-
-TEST(Messages, EndTheLoopWithTheQuitMessageBehindWhatWasPosted) {
-  const HWND window = MakeWindow(Add);
-  os::PostQuitMessage(7);
-  os::PostMessage(window, kPing, 0, 0);
-  os::Message message;
-  EXPECT_EQ(os::GetMessage(&message), 1);
-  EXPECT_EQ(message.m_message, kPing);
-  EXPECT_EQ(os::GetMessage(&message), 0);
-  EXPECT_EQ(message.m_message, os::kWmQuit);
-  EXPECT_EQ(message.m_wparam, 7U);
-  EXPECT_EQ(os::PeekMessage(&message), 0);
-  os::DestroyWindow(window);
-}
-
-TEST(Messages, AreDroppedWithTheirWindow) {
-  const HWND window = MakeWindow(Add);
-  const HWND other = MakeWindow(Add);
-  os::PostMessage(window, 0x401, 0, 0);
-  os::PostMessage(other, 0x402, 0, 0);
-  os::SetTimer(window, 1, 1);
-  os::DestroyWindow(window);
   EXPECT_EQ(TakeAll(), Numbers{0x402});
-  os::DestroyWindow(other);
 }
 
-TEST(Messages, DoNotFillTheMemoryOfAThreadThatTakesNone) {
-  const HWND window = MakeWindow(Add);
+TEST_F(Messages, DoNotFillTheMemoryOfAThreadThatTakesNone) {
+  const HWND window = Make();
   int posted = 0;
   while (posted < 100000 && os::PostMessage(window, kPing, 0, 0) != 0) ++posted;
   EXPECT_EQ(posted, 10000);
   os::Message message;
   os::GetMessage(&message);
   EXPECT_EQ(os::PostMessage(window, kPing, 0, 0), 1);
-  os::DestroyWindow(window);
 }
 
-TEST(SendMessage, RunsTheOwnThreadsProcedureAtOnce) {
-  const HWND window = MakeWindow(Add);
+TEST_F(SendMessage, RunsInTheWindowsThreadWhichTakesNothingElseMeanwhile) {
+  const HWND window = Make();
   os::PostMessage(window, kPing, 0, 0);
   EXPECT_EQ(os::SendMessage(window, kAdd, 40, 2), 42);
-  EXPECT_EQ(TakeAll(), Numbers{kPing});
-  os::DestroyWindow(window);
-}
-
-TEST(SendMessage, WaitsForTheLoopOfAnotherThread) {
-  std::atomic<std::thread::id> ran_in;
-  const LoopThread other([&](HWND, UINT message, WPARAM wparam, LPARAM lparam) -> LRESULT {
-    if (message == kAdd) ran_in = std::this_thread::get_id();
-    return static_cast<LRESULT>(wparam) + lparam;
-  });
-  EXPECT_EQ(os::SendMessage(other.Window(), kAdd, 40, 2), 42);
-  EXPECT_NE(ran_in.load(), std::thread::id());
-  EXPECT_NE(ran_in.load(), std::this_thread::get_id());
-}
-
-TEST(SendMessage, IsAnsweredByPeekingToo) {
-  ParkedThread owner([](HWND window) { EXPECT_EQ(TakeAll(window, kPing, kPing), Numbers{}); });
-  WaitingSender first(owner.Window());
-  WaitingSender second(owner.Window());
-  owner.GoOn();
-  EXPECT_EQ(first.Answer(), 7);
-  EXPECT_EQ(second.Answer(), 7);
-}
-
-TEST(SendMessage, AnswersSendersButTakesNoPostedMessagesWhileItWaits) {
-  const HWND window = MakeWindow(Add);
-  os::PostMessage(window, kPing, 0, 0);
-  // Sends back to the window that is waiting for it.
-  const LoopThread other([&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
-    return message == kPing ? os::SendMessage(window, kAdd, 40, 2) + 1 : 0;
+  std::thread::id ran_in;
+  // Sends back to the window that is waiting for it, and answers for one that is gone.
+  const LoopThread other([&](HWND own, UINT message, WPARAM, LPARAM) -> LRESULT {
+    if (message != kPing) return 0;
+    ran_in = std::this_thread::get_id();
+    os::DestroyWindow(own);
+    os::PostQuitMessage(0);
+    return os::SendMessage(window, kAdd, 40, 2) + 1;
   });
   EXPECT_EQ(os::SendMessage(other.Window(), kPing, 0, 0), 43);
-  EXPECT_EQ(TakeAll(), Numbers{kPing});
-  os::DestroyWindow(window);
-}
-
-TEST(SendMessage, Gives0WhenTheWindowEndsFirst) {
-  std::promise<void> may_end;
-  ParkedThread owner([&](HWND window) {
-    os::DestroyWindow(window);
-    may_end.get_future().wait();
-  });
-  WaitingSender first(owner.Window());
-  WaitingSender second(owner.Window());
-  owner.GoOn();
-  EXPECT_EQ(first.Answer(), 0);
-  EXPECT_EQ(second.Answer(), 0);
-  may_end.set_value();
-}
-
-TEST(SendMessage, Gives0WhenTheThreadEndsFirst) {
-  ParkedThread owner([](HWND) {});
-  WaitingSender first(owner.Window());
-  WaitingSender second(owner.Window());
-  owner.GoOn();
-  EXPECT_EQ(first.Answer(), 0);
-  EXPECT_EQ(second.Answer(), 0);
-}
-
-TEST(SendMessage, AnswersAfterTheProcedureDestroyedItsWindow) {
-  const LoopThread other([](HWND window, UINT message, WPARAM, LPARAM) -> LRESULT {
-    if (message == kPing) {
-      os::DestroyWindow(window);
-      os::PostQuitMessage(0);
-    }
-    return 5;
-  });
-  EXPECT_EQ(os::SendMessage(other.Window(), kPing, 0, 0), 5);
   EXPECT_EQ(os::IsWindow(other.Window()), 0);
+  EXPECT_NE(ran_in, std::thread::id());
+  EXPECT_NE(ran_in, std::this_thread::get_id());
+  EXPECT_EQ(TakeAll(), Numbers{kPing});
+}
+
+// A thread that waits in SendMessage for the answer of `target`, a window of a third thread.
+std::future<LRESULT> SendFromAnotherThread(HWND target) {
+  std::promise<HWND> made;
+  auto window = made.get_future();
+  auto answer = std::async(std::launch::async, [target, made = std::move(made)]() mutable {
+    made.set_value(os::CreateWindow(nullptr, "", {}, AddParameters));
+    return os::SendMessage(target, kAdd, 3, 4);
+  });
+  // It has no loop: it answers only once its own message is on its way.
+  EXPECT_EQ(os::SendMessage(window.get(), kAdd, 1, 2), 3);
+  return answer;
+}
+
+TEST_F(SendMessage, IsAnsweredByPeekingAndGives0WhenTheWindowOrItsThreadEndsFirst) {
+  struct Case {
+    std::function<void(HWND)> m_act;
+    bool m_thread_ends = false;
+    LRESULT m_answer = 0;
+  };
+  const Case cases[] = {
+      {[](HWND window) { EXPECT_EQ(TakeAll(window, kPing, kPing), Numbers{}); }, false, 7},
+      {[](HWND window) { os::DestroyWindow(window); }, false, 0},
+      {[](HWND) {}, true, 0},
+  };
+  for (const auto& [act, thread_ends, expected] : cases) {
+    std::promise<HWND> made;
+    std::promise<void> go_on;
+    std::promise<void> answered;
+    std::thread owner([&, act = act, thread_ends = thread_ends] {
+      const HWND window = os::CreateWindow(nullptr, "", {}, AddParameters);
+      made.set_value(window);
+      go_on.get_future().wait();
+      act(window);
+      if (!thread_ends) answered.get_future().wait();
+    });
+    const HWND window = made.get_future().get();
+    auto first = SendFromAnotherThread(window);
+    auto second = SendFromAnotherThread(window);
+    go_on.set_value();
+    EXPECT_EQ(first.get(), expected);
+    EXPECT_EQ(second.get(), expected);
+    answered.set_value();
+    owner.join();
+  }
 }
 
 // Every thread sends to the next one of a ring, and each message goes on round the ring twice
 // before it is answered, so that all threads wait for each other all the time.
-TEST(SendMessage, NeverLocksThreadsThatSendToEachOther) {
-  constexpr int kThreads = 4;
-  constexpr int kRounds = 200;
+TEST_F(SendMessage, NeverLocksThreadsThatSendToEachOther) {
+  constexpr std::size_t kThreads = 4;
   std::vector<HWND> windows(kThreads);
   std::vector<std::unique_ptr<LoopThread>> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.push_back(std::make_unique<LoopThread>(
-        [&windows, i](HWND, UINT message, WPARAM steps, LPARAM) -> LRESULT {
-          const HWND next = windows[static_cast<std::size_t>((i + 1) % kThreads)];
-          if (message == kAdd) {
-            return steps == 0 ? 1 : os::SendMessage(next, kAdd, steps - 1, 0) + 1;
-          }
-          if (message != kPing) return 0;
-          for (int round = 0; round < kRounds; ++round) {
-            EXPECT_EQ(os::SendMessage(next, kAdd, 2 * kThreads, 0), 2 * kThreads + 1);
-          }
-          return 0;
-        }));
-    windows[static_cast<std::size_t>(i)] = threads.back()->Window();
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    const auto procedure = [&, i](HWND, UINT message, WPARAM steps, LPARAM) -> LRESULT {
+      const HWND next = windows[(i + 1) % kThreads];
+      if (message == kAdd) return steps == 0 ? 1 : os::SendMessage(next, kAdd, steps - 1, 0) + 1;
+      for (int round = 0; message == kPing && round < 200; ++round) {
+        EXPECT_EQ(os::SendMessage(next, kAdd, 2 * kThreads, 0), LRESULT{2 * kThreads + 1});
+      }
+      return 0;
+    };
+    windows[i] = threads.emplace_back(std::make_unique<LoopThread>(procedure))->Window();
   }
-  std::vector<std::thread> starters;
+  std::vector<std::future<LRESULT>> started;
   for (const HWND window : windows) {
-    starters.emplace_back([window] { os::SendMessage(window, kPing, 0, 0); });
+    started.push_back(std::async(std::launch::async, os::SendMessage, window, kPing, 0, 0));
   }
-  for (std::thread& starter : starters) starter.join();
 }
 
 // Windows come and go while others send, post and set timers: nobody hangs, and a handle that is
 // gone stays gone.
-TEST(SendMessage, ComesBackFromWindowsThatComeAndGo) {
+TEST_F(SendMessage, ComesBackFromWindowsThatComeAndGo) {
   std::atomic<HWND> target = nullptr;
   std::atomic<bool> is_over = false;
   std::thread owner([&] {
     for (int i = 0; i < 300; ++i) {
-      const HWND window = MakeWindow(Add);
+      const HWND window = os::CreateWindow(nullptr, "", {}, AddParameters);
       target = window;
       os::Message message;
-      while (i % 3 != 0 && os::PeekMessage(&message) == 0 && !is_over) std::this_thread::yield();
+      while (i % 3 != 0 && os::PeekMessage(&message) == 0) std::this_thread::yield();
       os::DestroyWindow(window);
       EXPECT_EQ(os::IsWindow(window), 0);
     }
