@@ -3,38 +3,31 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <stdexcept>
-#include <string>
 #include <thread>
 
 #include "platform/framework/file_exception.h"
 
 namespace {
 
-class ErrorReportTest : public testing::Test {
- protected:
-  ~ErrorReportTest() override { SetErrorSink({}); }
-};
-
-TEST_F(ErrorReportTest, PrintsOneLineUnlessASinkIsSet) {
-  testing::internal::CaptureStderr();
-  ReportError(CFileException(CFileException::Cause::kDiskFull, 0, "d:\\dvr\\x.zebz"));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "zebx: d:\\dvr\\x.zebz: the disk is full\n");
-}
-
-TEST_F(ErrorReportTest, HandsEveryErrorToTheSinkInForceWhichMayReplaceItself) {
+TEST(ErrorReport, PrintsOneLineUnlessASinkIsSetWhichMayReplaceItself) {
+  const CFileException error(CFileException::Cause::kAccessDenied, EACCES, "d:\\x");
   std::string reports;
-  SetErrorSink([&](const std::exception& error) {
-    reports += error.what();
-    SetErrorSink([](const std::exception&) {});
+  SetErrorSink([&](const std::exception& reported) {
+    reports += reported.what();
+    SetErrorSink({});
     reports += "!";  // what was captured still lives
   });
+  testing::internal::CaptureStderr();
   ReportError(std::runtime_error("one"));
-  ReportError(std::runtime_error("two"));
+  ReportError(error);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "zebx: d:\\x: access is denied (Permission denied)\n");
   EXPECT_EQ(reports, "one!");
 }
 
-TEST_F(ErrorReportTest, MayBeUsedFromAnyThread) {
+TEST(ErrorReport, MayBeUsedFromAnyThread) {
   std::atomic<int> reports = 0;
   const ErrorSink count = [&](const std::exception&) { ++reports; };
   SetErrorSink(count);
@@ -43,6 +36,7 @@ TEST_F(ErrorReportTest, MayBeUsedFromAnyThread) {
   });
   for (int i = 0; i < 1000; ++i) SetErrorSink(count);
   reporter.join();
+  SetErrorSink({});
   EXPECT_EQ(reports, 1000);
 }
 
