@@ -32,7 +32,6 @@ TEST_F(ZebFileClip, CutsBlocksOutAndRelinksThem) {
       {1, 1, 30, "30@2200 0@3360", "1000000001-1000000002, stamp 2200"},
       {2, 2, 1, "1@3400 0@3400", "1000000002-1000000002, stamp 3400"},
       // An empty last block needs no other to end the file.
-      {1, 3, 0, "30@2200 30@3400 0@4600", "1000000001-1000000003, stamp 2200"},
       {1, 3, -4, "30@2200 30@3400 0@4600", "1000000001-1000000003, stamp 2200"},
       // Beyond the end: all whole blocks, all frames.
       {2, 9, 7, "30@3400 30@4600 0@5800", "1000000002-1000000004, stamp 3400"},

@@ -50,10 +50,10 @@ TEST(DamagedRecording, AnyByteMayBeAnything) {
 // ones are tried, and the file is closed in the end.
 class FailingDisk : public testing::Test {
  protected:
-  FailingDisk() {
+  void SetUp() override {
     SetErrorSink([](const std::exception&) {});
   }
-  ~FailingDisk() override { SetErrorSink({}); }
+  void TearDown() override { SetErrorSink({}); }
 
   // True when Open and Close came through.
   bool Record(bool heal_before_close) {
@@ -62,15 +62,8 @@ class FailingDisk : public testing::Test {
     CZebFile file;
     m_written.clear();
     if (file.Open(&info, kZebFileWrite) == 0) return false;
-    CZebFrameData frame(64, 64, 64);
-    for (int i = 0; i < 21; ++i) {
-      FillFrame(frame, 0, 1000 + 40U * static_cast<DWORD>(i), NumberedVideo(i));
-      frame.SetEncoderType(2);
-      const int result = file.WriteOneFrame(&frame);
-      EXPECT_TRUE(result == kFrameWritten || result == kWriteFileError || result == kWriteNoFile);
-      if (result == kFrameWritten) m_written.push_back(i);
-      EXPECT_EQ(file.GetTotalFrame(), static_cast<int>(m_written.size()));
-    }
+    m_written = WriteRun(file, {.m_frames = 21, .m_gop = 1, .m_encoder_type = 2});
+    EXPECT_EQ(file.GetTotalFrame(), static_cast<int>(m_written.size()));
     if (heal_before_close) m_disk.Heal();
     try {
       file.Close();

@@ -5,8 +5,8 @@
 #include <array>
 #include <tuple>
 
+#include "tests/support/expect_forms.h"
 #include "tests/support/memory_file_system.h"
-#include "tests/support/recording_fixture.h"
 
 namespace {
 
@@ -35,22 +35,8 @@ std::string BufferForm(const CZebFileInfo& info) {
 
 TEST(ZebFileInfo, FormsAreByteForByteAndComeBackUnlessTheyAreCut) {
   CZebFileInfo info = GoldenInfo();
-  EXPECT_EQ(FileFormOf(info), kFileForm);
-  EXPECT_EQ(BufferForm(info), kBufferForm);
-
-  CZebFileInfo read;
-  for (std::size_t size = 0; size < kFileForm.size(); ++size) {
-    EXPECT_EQ(ReadFileForm(read, kFileForm.substr(0, size)), 0U) << size;
-  }
-  EXPECT_EQ(ReadFileForm(read, kFileForm + "first block"), kFileForm.size());
-  EXPECT_EQ(FileFormOf(read), kFileForm);
-  CZebFileInfo kept = MakeInfo("kept");
-  for (std::size_t size = 0; size < kBufferForm.size(); ++size) {
-    EXPECT_EQ(ReadBufferForm(kept, kBufferForm.substr(0, size)), 0U) << size;
-    EXPECT_EQ(kept.GetFileName(), "kept");
-  }
-  EXPECT_EQ(ReadBufferForm(kept, kBufferForm + "next"), kBufferForm.size());
-  EXPECT_EQ(BufferForm(CZebFileInfo(kept)), kBufferForm);
+  CZebFileInfo read = MakeInfo("read");
+  ExpectForms(info, read, kFileForm, kBufferForm, static_cast<DWORD>(kFileForm.size()));
 }
 
 TEST(ZebFileInfo, AFreshHeaderIs52BytesAndEmptyTextsEmptyTheRecord) {

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "platform/framework/error_report.h"
+#include "platform/os/clock.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/recording_fixture.h"
@@ -132,17 +133,23 @@ TEST_F(ZebFileReader, FramesThatCannotBeReadDoNotEndTheReading) {
 }
 
 TEST_F(ZebFileReader, ReadsARecordingThatIsBeingWritten) {
+  os::SteppedClock clock(1000000060, 0);
   m_info = MakeInfo("w.zebz");
   CZebFile writer;
   ASSERT_EQ(writer.Open(&m_info, kZebFileWrite), 1);
-  WriteRun(writer, {102, 1});
+  WriteRun(writer, {101, 1});
+  EXPECT_EQ(ReadVideos("w.zebz").size(), 0U);
+  WriteRun(writer, {.m_frames = 1, .m_first_number = 101});
+  clock.Advance(5000);
+  WriteRun(writer, {.m_frames = 5, .m_first_number = 102});
   ASSERT_EQ(m_file.Open(&m_info, kZebFileRead), 1);
+  EXPECT_EQ(m_info.GetEndTime().GetTime(), 1000000060U);  // of the block before
   EXPECT_EQ(m_file.GetTotalBlock(), 2);
-  WriteRun(writer, {.m_frames = 100, .m_gop = 1, .m_first_number = 102});
+  WriteRun(writer, {.m_frames = 100, .m_first_number = 107});
   writer.Close();
   for (int i = 0; i < 101; ++i) EXPECT_EQ(Read(), NumberedVideo(i) + " at 0:" + std::to_string(i));
   EXPECT_EQ(Read(), "-");
-  EXPECT_EQ(ReadVideos("w.zebz").size(), 202U);
+  EXPECT_EQ(ReadVideos("w.zebz").size(), 207U);
 }
 
 TEST(ZebFileReaderOnDisk, ReportsDiskErrorsAndGoesOnBehindThem) {

@@ -189,8 +189,8 @@ inline ParsedRecording ParseRecording(const std::string& bytes) {
 }
 
 inline std::vector<std::string> NumberedVideos(const std::vector<int>& numbers) {
-  std::vector<std::string> videos;
-  for (const int number : numbers) videos.push_back(NumberedVideo(number));
+  std::vector<std::string> videos(numbers.size());
+  std::ranges::transform(numbers, videos.begin(), NumberedVideo);
   return videos;
 }
 

@@ -20,7 +20,9 @@ class Drives : public testing::Test {
 };
 
 TEST_F(Drives, FindComponentsWhateverTheirCaseAndTakeTheOthersAsSpelled) {
-  for (const char* name : {"Dvr/Day", "twice", "TWICE", "Twice"}) m_drive.MakeDirectory(name);
+  for (const char* name : {"Dvr/Day", "twice", "TWICE", "Twice", "twicE", "TWice"}) {
+    m_drive.MakeDirectory(name);
+  }
   m_drive.MakeFile("Dvr/Day/Cam0.Zebz");
   const std::pair<const char*, const char*> cases[] = {
       {"d:\\dvr\\DAY\\cam0.zebz", "/Dvr/Day/Cam0.Zebz"},

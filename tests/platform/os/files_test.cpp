@@ -89,6 +89,7 @@ TEST(ReplaceFile, PutsTheNewFileInThePlaceOfTheOldOneOrLeavesBoth) {
     drive.MakeFile("dbs.new", bytes);
     EXPECT_EQ(os::ReplaceFile("d:\\none\\dbs", "d:\\dbs.new"), 0);
     EXPECT_EQ(os::ReplaceFile("e:\\dbs", "d:\\dbs.new"), 0);
+    EXPECT_EQ(os::ReplaceFile("d:\\dbs", "e:\\dbs.new"), 0);
     EXPECT_EQ(os::ReplaceFile("d:\\dbs", "d:\\dbs.new"), 1);
     EXPECT_FALSE(drive.Has("dbs.new"));
     EXPECT_EQ(os::ReplaceFile("d:\\dbs", "d:\\dbs.new"), 0);
