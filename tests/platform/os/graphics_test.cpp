@@ -22,11 +22,19 @@ os::BitmapInfoHeader HeaderOf(LONG width, LONG height, WORD bit_count) {
   return header;
 }
 
-// A memory context with a bitmap of one row in it, black at first.
+// A memory context with a bitmap in it, black at first.
 struct Canvas {
-  explicit Canvas(LONG width, WORD bit_count = 32)
-      : m_bitmap(os::CreateDIBSection(m_dc, HeaderOf(width, 1, bit_count), &m_bits)) {
+  explicit Canvas(LONG width, WORD bit_count = 32, LONG height = 1)
+      : m_bitmap(os::CreateDIBSection(m_dc, HeaderOf(width, -height, bit_count), &m_bits)) {
     os::SelectObject(m_dc, m_bitmap);
+  }
+  // Of these colours, row after row from the top.
+  explicit Canvas(const Colors& colors, LONG height = 1)
+      : Canvas(static_cast<LONG>(colors.size()) / height, 32, height) {
+    auto at = m_bits.begin();
+    for (const DWORD color : colors) {
+      for (const int shift : {16, 8, 0, 24}) *at++ = static_cast<BYTE>((color >> shift) & 0xFF);
+    }
   }
   ~Canvas() {
     os::DeleteDC(m_dc);
@@ -37,8 +45,10 @@ struct Canvas {
 
   Colors Pixels() const {
     Colors pixels;
-    for (int x = 0; os::GetPixel(m_dc, x, 0) != os::kNoPixel; ++x) {
-      pixels.push_back(os::GetPixel(m_dc, x, 0));
+    for (int y = 0; os::GetPixel(m_dc, 0, y) != os::kNoPixel; ++y) {
+      for (int x = 0; os::GetPixel(m_dc, x, y) != os::kNoPixel; ++x) {
+        pixels.push_back(os::GetPixel(m_dc, x, y));
+      }
     }
     return pixels;
   }
@@ -46,16 +56,6 @@ struct Canvas {
   const HDC m_dc = os::CreateCompatibleDC(os::GetDC(nullptr));
   std::span<BYTE> m_bits;
   const HBITMAP m_bitmap;
-};
-
-// A canvas of these colours.
-struct Row : Canvas {
-  explicit Row(const Colors& colors) : Canvas(static_cast<LONG>(colors.size())) {
-    auto at = m_bits.begin();
-    for (const DWORD color : colors) {
-      for (const int shift : {16, 8, 0, 24}) *at++ = static_cast<BYTE>((color >> shift) & 0xFF);
-    }
-  }
 };
 
 // Copies from the left ends of the first rows.
@@ -94,7 +94,7 @@ TEST(Graphics, ReadsAndWritesEveryFormOfPixels) {
 }
 
 TEST(Graphics, RepeatsPixelsWhenEnlargingAndCombinesThemWhenShrinking) {
-  const Row source({kRed, kWhite, kBlue, kGreen});
+  const Canvas source(Colors{kRed, kWhite, kBlue, kGreen});
   const Canvas larger(8);
   CopyRow(larger.m_dc, 8, source.m_dc, 4);
   EXPECT_EQ(larger.Pixels(), (Colors{kRed, kRed, kWhite, kWhite, kBlue, kBlue, kGreen, kGreen}));
@@ -124,9 +124,9 @@ TEST(Graphics, LeavesOutWhatLiesOutsideEitherPicture) {
       {0, kFar, 0, 2, {kRed, kRed, kRed}},
       {0, 1, 0, kFar, {0, kBlue, kBlue}},
   };
-  const Row source({kRed, kGreen});
+  const Canvas source(Colors{kRed, kGreen});
   for (const auto& [x, width, source_x, source_width, row] : cases) {
-    const Row target(background);
+    const Canvas target(background);
     EXPECT_EQ(os::StretchBlt(target.m_dc, x, 0, width, 1, source.m_dc, source_x, 0, source_width, 1,
                              os::kSrcCopy),
               1);
@@ -195,30 +195,34 @@ TEST(Graphics, KeepsABitmapInOneContextAndFromBeingDeletedMeanwhile) {
 class WindowContext : public WindowTest {};
 
 TEST_F(WindowContext, DrawsIntoTheWindowsPictureUntilTheWindowGoes) {
-  const HWND window = Make(AddParameters, nullptr, {10, 10, 13, 11});
+  const HWND window = Make(AddParameters, nullptr, {10, 10, 11, 13});
   const HDC dc = os::GetDC(window);
-  const Row source({kRed, kGreen, kBlue});
-  EXPECT_EQ(CopyRow(dc, 3, source.m_dc, 3), 1);
   const HDC second = os::GetDC(window);
+  const Canvas canvas(Colors{kRed, kGreen, kBlue}, 3);
+  const auto copy = [](HDC to, int y, HDC from, int height) {
+    return os::StretchBlt(to, 0, y, 1, height, from, 0, 0, 1, height, os::kSrcCopy);
+  };
+  EXPECT_EQ(copy(dc, 0, canvas.m_dc, 3), 1);
   // A picture is copied within itself as it was before.
-  EXPECT_EQ(os::StretchBlt(dc, 1, 0, 2, 1, second, 0, 0, 2, 1, os::kSrcCopy), 1);
-  EXPECT_EQ(CopyRow(source.m_dc, 3, second, 3), 1);
-  EXPECT_EQ(source.Pixels(), (Colors{kRed, kRed, kGreen}));
-  os::StretchBlt(source.m_dc, 1, 0, 2, 1, source.m_dc, 0, 0, 2, 1, os::kSrcCopy);
-  EXPECT_EQ(source.Pixels(), (Colors{kRed, kRed, kRed}));
+  EXPECT_EQ(copy(dc, 1, second, 2), 1);
+  EXPECT_EQ(copy(canvas.m_dc, 1, canvas.m_dc, 2), 1);
+  EXPECT_EQ(canvas.Pixels(), (Colors{kRed, kRed, kGreen}));
+  for (int y = 0; y < 3; ++y) {
+    EXPECT_EQ(os::GetPixel(second, 0, y), os::GetPixel(canvas.m_dc, 0, y));
+  }
   EXPECT_EQ(os::ReleaseDC(nullptr, second), 0);
   EXPECT_EQ(os::ReleaseDC(window, second), 1);
   EXPECT_EQ(os::ReleaseDC(window, second), 0);
 
   os::DestroyWindow(window);
-  EXPECT_EQ(CopyRow(dc, 3, source.m_dc, 3), 0);
+  EXPECT_EQ(copy(dc, 0, canvas.m_dc, 3), 0);
   EXPECT_EQ(os::GetDC(window), nullptr);
   EXPECT_EQ(os::ReleaseDC(window, dc), 1);
 }
 
 TEST(Graphics, MakesAndGivesBackHandlesOnAnyThread) {
   const auto draw = [] {
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(Row({kRed}).Pixels(), Colors{kRed});
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(Canvas(Colors{kRed}).Pixels(), Colors{kRed});
   };
   std::thread other(draw);
   draw();

@@ -1,6 +1,5 @@
 // Sending, posting and taking messages, within a thread and across threads.
 #include <atomic>
-#include <functional>
 #include <memory>
 
 #include "tests/support/window_fixture.h"
@@ -108,33 +107,29 @@ std::future<LRESULT> SendFromAnotherThread(HWND target) {
 }
 
 TEST_F(SendMessage, IsAnsweredByPeekingAndGives0WhenTheWindowOrItsThreadEndsFirst) {
-  struct Case {
-    std::function<void(HWND)> m_act;
-    bool m_thread_ends = false;
-    LRESULT m_answer = 0;
-  };
-  const Case cases[] = {
-      {[](HWND window) { EXPECT_EQ(TakeAll(window, kPing, kPing), Numbers{}); }, false, 7},
-      {[](HWND window) { os::DestroyWindow(window); }, false, 0},
-      {[](HWND) {}, true, 0},
-  };
-  for (const auto& [act, thread_ends, expected] : cases) {
+  enum class Event { kPeeks, kDestroysWindow, kEnds, kLosesParent };
+  for (const Event event :
+       {Event::kPeeks, Event::kDestroysWindow, Event::kEnds, Event::kLosesParent}) {
+    SCOPED_TRACE(static_cast<int>(event));
+    const HWND parent = Make();
     std::promise<HWND> made;
     std::promise<void> go_on;
     std::promise<void> answered;
-    std::thread owner([&, act = act, thread_ends = thread_ends] {
-      const HWND window = os::CreateWindow(nullptr, "", {}, AddParameters);
+    std::thread owner([&] {
+      const HWND window = os::CreateWindow(parent, "", {}, AddParameters);
       made.set_value(window);
       go_on.get_future().wait();
-      act(window);
-      if (!thread_ends) answered.get_future().wait();
+      if (event == Event::kPeeks) TakeAll(window, kPing, kPing);
+      if (event == Event::kDestroysWindow) os::DestroyWindow(window);
+      if (event != Event::kEnds) answered.get_future().wait();
     });
     const HWND window = made.get_future().get();
     auto first = SendFromAnotherThread(window);
     auto second = SendFromAnotherThread(window);
+    if (event == Event::kLosesParent) os::DestroyWindow(parent);
     go_on.set_value();
-    EXPECT_EQ(first.get(), expected);
-    EXPECT_EQ(second.get(), expected);
+    EXPECT_EQ(first.get(), event == Event::kPeeks ? 7 : 0);
+    EXPECT_EQ(second.get(), event == Event::kPeeks ? 7 : 0);
     answered.set_value();
     owner.join();
   }
