@@ -1,6 +1,7 @@
 #include "platform/os/window_thread.h"
 
 #include <exception>
+#include <vector>
 
 #include "platform/framework/error_report.h"
 
@@ -9,6 +10,15 @@ namespace {
 
 void AnswerNothing(const SentMessages& messages) {
   for (const auto& sent : messages) MessageQueue::Answer(*sent, 0);
+}
+
+// Marks a window as dying and, with `tell`, lets one of this thread know. False as DestroyTree.
+bool BeginDestroying(HWND handle, const MessageQueue& own_queue, bool tell) {
+  WindowTable& table = WindowTable::Get();
+  if (!table.Condemn(handle)) return false;
+  const auto own = tell ? table.OfThread(handle, own_queue) : nullptr;
+  if (own != nullptr) CallProcedure(*own, {handle, kWmDestroy, 0, 0});
+  return true;
 }
 
 thread_local bool thread_has_ended = false;
@@ -51,13 +61,20 @@ LRESULT CallProcedure(const Window& window, const Message& message) noexcept {
   }
 }
 
-bool DestroyTree(HWND handle, const MessageQueue& own_queue, bool tell) {
+bool DestroyTree(HWND root, const MessageQueue& own_queue, bool tell) {
   WindowTable& table = WindowTable::Get();
-  if (!table.Condemn(handle)) return false;
-  const auto own = table.OfThread(handle, own_queue);
-  if (own != nullptr && tell) CallProcedure(*own, {handle, kWmDestroy, 0, 0});
-  while (const HWND child = table.TakeChild(handle)) DestroyTree(child, own_queue, tell);
-  AnswerNothing(own != nullptr ? table.Remove(handle) : table.RemoveFromOtherThread(handle));
+  if (!BeginDestroying(root, own_queue, tell)) return false;
+  std::vector<HWND> path = {root};  // what is being destroyed, each below the one before it
+  while (!path.empty()) {
+    const HWND window = path.back();
+    if (const HWND child = table.TakeChild(window)) {
+      if (BeginDestroying(child, own_queue, tell)) path.push_back(child);
+      continue;
+    }
+    path.pop_back();
+    const bool is_own = table.OfThread(window, own_queue) != nullptr;
+    AnswerNothing(is_own ? table.Remove(window) : table.RemoveFromOtherThread(window));
+  }
   return true;
 }
 

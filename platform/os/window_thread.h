@@ -17,6 +17,6 @@ LRESULT CallProcedure(const Window& window, const Message& message) noexcept;
 
 // Destroys a window and everything below it, in whatever thread; with `tell` its own windows of the
 // calling thread get kWmDestroy. False when it is stale or being destroyed already.
-bool DestroyTree(HWND handle, const MessageQueue& own_queue, bool tell);
+bool DestroyTree(HWND root, const MessageQueue& own_queue, bool tell);
 
 }  // namespace os

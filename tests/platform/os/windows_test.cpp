@@ -91,6 +91,16 @@ TEST_F(DestroyWindow, EndsWhenProceduresDestroyAndCreateMeanwhile) {
   }
 }
 
+TEST_F(DestroyWindow, EndsHoweverDeepTheWindowsLie) {
+  const HWND top = Make();
+  HWND window = top;
+  for (int depth = 0; depth < 100000; ++depth) {
+    window = os::CreateWindow(window, "", {}, AddParameters);
+  }
+  EXPECT_EQ(os::DestroyWindow(top), 1);
+  EXPECT_EQ(os::IsWindow(window), 0);
+}
+
 TEST_F(DestroyWindow, TellsAChildOfAnotherThreadFromItsOwnLoop) {
   const HWND parent = Make();
   std::promise<std::thread::id> told;
