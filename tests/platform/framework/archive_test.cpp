@@ -130,9 +130,14 @@ TEST_F(ArchiveTest, WritesOnlyWhatIsClosedOrOverflowsAndPassesOnWhatTheDiskRepor
   EXPECT_EQ(stored, '\x14' + std::string(20, 'x'));
 
   OpenForLoading(stored);
+  CArchive loading(m_file, CArchive::Mode::kLoad, 4);
+  DWORD value = 0;
+  loading >> value;
   disk.FailCall(FaultyFileSystem::kRead, 1);
-  CString text;
-  EXPECT_EQ(LoadText(text), Cause::kHardIo);
+  EXPECT_THROW(loading >> value, CFileException);
+  EXPECT_EQ(value, 0x78787814U);
+  loading >> value;  // what follows, and not the old bytes of the buffer
+  EXPECT_EQ(value, 0x78787878U);
   m_file.Close();
 }
 

@@ -49,7 +49,7 @@ TEST_F(Drives, OpenFilesWhateverTheirCaseAndMakeNoSecondOne) {
   ASSERT_EQ(file.Open("d:\\dvr\\cam.ZEBZ", CFile::kModeRead), 1);
   EXPECT_EQ(file.GetLengthAtOpening(), 4U);
   file.Close();
-  ASSERT_EQ(file.Open("d:\\DVR\\CAM.zebz", CFile::kModeCreate | CFile::kModeWrite), 1);
+  ASSERT_EQ(file.Open("d:\\Dvr\\CAM.zebz", CFile::kModeCreate | CFile::kModeWrite), 1);
   EXPECT_EQ(file.GetLengthAtOpening(), 0U);
   EXPECT_EQ(ReadWholeFile(m_drive.File("Dvr/Cam.zebz")), "");
   EXPECT_FALSE(m_drive.Has("Dvr/CAM.zebz"));

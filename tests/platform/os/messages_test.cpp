@@ -164,7 +164,7 @@ TEST_F(SendMessage, ComesBackFromWindowsThatComeAndGo) {
   std::atomic<HWND> target = nullptr;
   std::atomic<bool> is_over = false;
   std::thread owner([&] {
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 100; ++i) {
       const HWND window = os::CreateWindow(nullptr, "", {}, AddParameters);
       target = window;
       os::Message message;
