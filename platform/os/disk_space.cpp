@@ -66,7 +66,8 @@ class TreeMeasure {
         continue;
       }
       if (S_ISDIR(status.st_mode)) {
-        m_pending.push_back(path + '/' + name);
+        m_pending.push_back(path);
+        m_pending.back().append("/").append(name);
       } else if (status.st_nlink > 1 && !m_linked.insert(status.st_ino).second) {
         continue;  // counted under another name
       }

@@ -55,6 +55,7 @@ class Tables {
 
   template <class Handle>
   Handle NewHandle() {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): a number in the place of an address
     return reinterpret_cast<Handle>(++m_last_handle);
   }
   ContextPointer Context(HDC dc) const {
@@ -66,7 +67,7 @@ class Tables {
     return found != m_bitmaps.end() ? found->second : nullptr;
   }
   HDC AddContext(DeviceContext context) {
-    const HDC dc = NewHandle<HDC>();
+    HDC dc = NewHandle<HDC>();
     m_contexts.emplace(dc, std::make_shared<DeviceContext>(std::move(context)));
     return dc;
   }
@@ -95,7 +96,7 @@ HBITMAP AddBitmap(const PixelLayout& layout, std::span<BYTE>* bits) {
   *bits = bitmap->m_bytes;
   Tables& tables = Tables::Get();
   const std::lock_guard lock(tables.m_mutex);
-  const auto handle = tables.NewHandle<HBITMAP>();
+  HBITMAP handle = tables.NewHandle<HBITMAP>();
   tables.m_bitmaps.emplace(handle, std::move(bitmap));
   return handle;
 }
@@ -228,7 +229,7 @@ HBITMAP CreateDIBitmap(HDC dc, const BitmapInfoHeader& header, std::span<const B
   if (!screen_layout) return nullptr;
 
   std::span<BYTE> screen_bits;
-  const HBITMAP bitmap = AddBitmap(*screen_layout, &screen_bits);
+  HBITMAP bitmap = AddBitmap(*screen_layout, &screen_bits);
   const auto colors = ParseColorTable(color_table, layout->m_bit_count);
   const Area whole = {0, 0, layout->m_width, layout->m_height};
   StretchPixels({*layout, bits, colors}, whole, {*screen_layout, screen_bits, {}}, whole,

@@ -18,7 +18,8 @@ HWND WindowTable::Add(std::shared_ptr<Window> window) {
     if (parent == nullptr || parent->m_is_dying) return nullptr;
   }
   // A number that is never used again, in the place of an address.
-  const HWND handle = reinterpret_cast<HWND>(++m_last_handle);
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
+  HWND handle = reinterpret_cast<HWND>(++m_last_handle);
   window->m_handle = handle;
   if (window->m_parent != nullptr) Find(window->m_parent)->m_children.push_back(handle);
   m_windows.emplace(handle, std::move(window));
@@ -50,7 +51,7 @@ HWND WindowTable::TakeChild(HWND handle) {
   const std::lock_guard lock(m_mutex);
   Window* window = Find(handle);
   if (window == nullptr || window->m_children.empty()) return nullptr;
-  const HWND child = window->m_children.back();
+  HWND child = window->m_children.back();
   window->m_children.pop_back();
   if (Window* found = Find(child)) found->m_parent = nullptr;
   return child;

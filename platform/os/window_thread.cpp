@@ -34,7 +34,7 @@ struct ThreadWindows {
   ~ThreadWindows() {
     thread_has_ended = true;
     WindowTable& table = WindowTable::Get();
-    while (const HWND window = table.AnyOfThread(*m_queue)) DestroyTree(window, *m_queue, false);
+    while (HWND window = table.AnyOfThread(*m_queue)) DestroyTree(window, *m_queue, false);
     AnswerNothing(m_queue->Close());
   }
 };
@@ -66,8 +66,8 @@ bool DestroyTree(HWND root, const MessageQueue& own_queue, bool tell) {
   if (!BeginDestroying(root, own_queue, tell)) return false;
   std::vector<HWND> path = {root};  // what is being destroyed, each below the one before it
   while (!path.empty()) {
-    const HWND window = path.back();
-    if (const HWND child = table.TakeChild(window)) {
+    HWND window = path.back();
+    if (HWND child = table.TakeChild(window)) {
       if (BeginDestroying(child, own_queue, tell)) path.push_back(child);
       continue;
     }

@@ -19,7 +19,7 @@ inline LRESULT AddParameters(HWND, UINT, WPARAM wparam, LPARAM lparam) {
 class WindowTest : public testing::Test {
  protected:
   ~WindowTest() override {
-    for (const HWND window : m_windows) os::DestroyWindow(window);
+    for (HWND window : m_windows) os::DestroyWindow(window);
   }
 
   HWND Make(os::WindowProcedure procedure = AddParameters, HWND parent = nullptr,

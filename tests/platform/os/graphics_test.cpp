@@ -53,9 +53,9 @@ struct Canvas {
     return pixels;
   }
 
-  const HDC m_dc = os::CreateCompatibleDC(os::GetDC(nullptr));
+  HDC m_dc = os::CreateCompatibleDC(os::GetDC(nullptr));
   std::span<BYTE> m_bits;
-  const HBITMAP m_bitmap;
+  HBITMAP m_bitmap;
 };
 
 // Copies from the left ends of the first rows.
@@ -136,15 +136,15 @@ TEST(Graphics, LeavesOutWhatLiesOutsideEitherPicture) {
 
 TEST(Graphics, RefusesWhatCannotBeDrawn) {
   const Canvas canvas(2);
-  const HDC screen = os::GetDC(nullptr);
-  const HDC empty = os::CreateCompatibleDC(screen);
-  const HDC stale = os::CreateCompatibleDC(screen);
+  HDC screen = os::GetDC(nullptr);
+  HDC empty = os::CreateCompatibleDC(screen);
+  HDC stale = os::CreateCompatibleDC(screen);
   os::DeleteDC(stale);
   constexpr DWORD kSrcInvert = 0x00660046;
   EXPECT_EQ(CopyRow(canvas.m_dc, -2, canvas.m_dc, 2), 0);
   EXPECT_EQ(CopyRow(canvas.m_dc, 2, canvas.m_dc, -2), 0);
   EXPECT_EQ(CopyRow(canvas.m_dc, 2, canvas.m_dc, 2, kSrcInvert), 0);
-  for (const HDC unusable : {screen, empty, stale, HDC{nullptr}}) {
+  for (HDC unusable : {screen, empty, stale, HDC{nullptr}}) {
     EXPECT_EQ(CopyRow(unusable, 2, canvas.m_dc, 2), 0);
     EXPECT_EQ(CopyRow(canvas.m_dc, 2, unusable, 2), 0);
   }
@@ -171,7 +171,7 @@ TEST(Graphics, RefusesWhatCannotBeDrawn) {
 
 TEST(Graphics, KeepsABitmapInOneContextAndFromBeingDeletedMeanwhile) {
   const Canvas canvas(1);
-  const HDC other = os::CreateCompatibleDC(canvas.m_dc);
+  HDC other = os::CreateCompatibleDC(canvas.m_dc);
   EXPECT_EQ(os::SelectObject(other, canvas.m_bitmap), nullptr);
   EXPECT_EQ(os::GetPixel(other, 0, 0), os::kNoPixel);
   EXPECT_EQ(os::DeleteObject(canvas.m_bitmap), 0);
@@ -195,9 +195,9 @@ TEST(Graphics, KeepsABitmapInOneContextAndFromBeingDeletedMeanwhile) {
 class WindowContext : public WindowTest {};
 
 TEST_F(WindowContext, DrawsIntoTheWindowsPictureUntilTheWindowGoes) {
-  const HWND window = Make(AddParameters, nullptr, {10, 10, 11, 13});
-  const HDC dc = os::GetDC(window);
-  const HDC second = os::GetDC(window);
+  HWND window = Make(AddParameters, nullptr, {10, 10, 11, 13});
+  HDC dc = os::GetDC(window);
+  HDC second = os::GetDC(window);
   const Canvas canvas(Colors{kRed, kGreen, kBlue}, 3);
   const auto copy = [](HDC to, int y, HDC from, int height) {
     return os::StretchBlt(to, 0, y, 1, height, from, 0, 0, 1, height, os::kSrcCopy);

@@ -23,8 +23,8 @@ class Messages : public WindowTest {};
 class SendMessage : public WindowTest {};
 
 TEST_F(Messages, AreTakenInTheOrderOfPostingBeforeTheQuitMessageAndDispatched) {
-  const HWND first = Make([](HWND, UINT, WPARAM, LPARAM) { return LRESULT{11}; });
-  const HWND second = Make([](HWND, UINT, WPARAM, LPARAM) { return LRESULT{22}; });
+  HWND first = Make([](HWND, UINT, WPARAM, LPARAM) { return LRESULT{11}; });
+  HWND second = Make([](HWND, UINT, WPARAM, LPARAM) { return LRESULT{22}; });
   os::PostQuitMessage(7);
   EXPECT_EQ(os::PostMessage(first, kPing, 5, -6), 1);
   EXPECT_EQ(os::PostMessage(second, kAdd, 0, 0), 1);
@@ -45,8 +45,8 @@ TEST_F(Messages, AreTakenInTheOrderOfPostingBeforeTheQuitMessageAndDispatched) {
 }
 
 TEST_F(Messages, AreFoundByWindowAndNumberAndDroppedWithTheirWindow) {
-  const HWND first = Make();
-  const HWND second = Make();
+  HWND first = Make();
+  HWND second = Make();
   for (const UINT number : {0x401U, 0x466U, 0x402U, 0x466U}) os::PostMessage(first, number, 0, 0);
   os::PostMessage(second, 0x466, 0, 0);
   os::PostQuitMessage(0);
@@ -64,7 +64,7 @@ TEST_F(Messages, AreFoundByWindowAndNumberAndDroppedWithTheirWindow) {
 }
 
 TEST_F(Messages, DoNotFillTheMemoryOfAThreadThatTakesNone) {
-  const HWND window = Make();
+  HWND window = Make();
   int posted = 0;
   while (posted < 100000 && os::PostMessage(window, kPing, 0, 0) != 0) ++posted;
   EXPECT_EQ(posted, 10000);
@@ -74,7 +74,7 @@ TEST_F(Messages, DoNotFillTheMemoryOfAThreadThatTakesNone) {
 }
 
 TEST_F(SendMessage, RunsInTheWindowsThreadWhichTakesNothingElseMeanwhile) {
-  const HWND window = Make();
+  HWND window = Make();
   os::PostMessage(window, kPing, 0, 0);
   EXPECT_EQ(os::SendMessage(window, kAdd, 40, 2), 42);
   std::thread::id ran_in;
@@ -111,19 +111,19 @@ TEST_F(SendMessage, IsAnsweredByPeekingAndGives0WhenTheWindowOrItsThreadEndsFirs
   for (const Event event :
        {Event::kPeeks, Event::kDestroysWindow, Event::kEnds, Event::kLosesParent}) {
     SCOPED_TRACE(static_cast<int>(event));
-    const HWND parent = Make();
+    HWND parent = Make();
     std::promise<HWND> made;
     std::promise<void> go_on;
     std::promise<void> answered;
     std::thread owner([&] {
-      const HWND window = os::CreateWindow(parent, "", {}, AddParameters);
+      HWND window = os::CreateWindow(parent, "", {}, AddParameters);
       made.set_value(window);
       go_on.get_future().wait();
       if (event == Event::kPeeks) TakeAll(window, kPing, kPing);
       if (event == Event::kDestroysWindow) os::DestroyWindow(window);
       if (event != Event::kEnds) answered.get_future().wait();
     });
-    const HWND window = made.get_future().get();
+    HWND window = made.get_future().get();
     auto first = SendFromAnotherThread(window);
     auto second = SendFromAnotherThread(window);
     if (event == Event::kLosesParent) os::DestroyWindow(parent);
@@ -143,7 +143,7 @@ TEST_F(SendMessage, NeverLocksThreadsThatSendToEachOther) {
   std::vector<std::unique_ptr<LoopThread>> threads;
   for (std::size_t i = 0; i < kThreads; ++i) {
     const auto procedure = [&, i](HWND, UINT message, WPARAM steps, LPARAM) -> LRESULT {
-      const HWND next = windows[(i + 1) % kThreads];
+      HWND next = windows[(i + 1) % kThreads];
       if (message == kAdd) return steps == 0 ? 1 : os::SendMessage(next, kAdd, steps - 1, 0) + 1;
       for (int round = 0; message == kPing && round < 200; ++round) {
         EXPECT_EQ(os::SendMessage(next, kAdd, 2 * kThreads, 0), LRESULT{2 * kThreads + 1});
@@ -153,7 +153,7 @@ TEST_F(SendMessage, NeverLocksThreadsThatSendToEachOther) {
     windows[i] = threads.emplace_back(std::make_unique<LoopThread>(procedure))->Window();
   }
   std::vector<std::future<LRESULT>> started;
-  for (const HWND window : windows) {
+  for (HWND window : windows) {
     started.push_back(std::async(std::launch::async, os::SendMessage, window, kPing, 0, 0));
   }
 }
@@ -165,7 +165,7 @@ TEST_F(SendMessage, ComesBackFromWindowsThatComeAndGo) {
   std::atomic<bool> is_over = false;
   std::thread owner([&] {
     for (int i = 0; i < 100; ++i) {
-      const HWND window = os::CreateWindow(nullptr, "", {}, AddParameters);
+      HWND window = os::CreateWindow(nullptr, "", {}, AddParameters);
       target = window;
       os::Message message;
       while (i % 3 != 0 && os::PeekMessage(&message) == 0) std::this_thread::yield();

@@ -23,7 +23,7 @@ class Timers : public WindowTest {
   }
 
   os::SteppedClock m_clock{1000, 0xFFFFFFF0};  // close to where the tick counter wraps
-  const HWND m_window = Make();
+  HWND m_window = Make();
 };
 
 TEST_F(Timers, FallDueEveryIntervalOnTheirGrid) {

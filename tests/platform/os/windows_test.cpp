@@ -20,7 +20,7 @@ class DestroyWindow : public WindowTest {};
 class WindowPictures : public WindowTest {};
 
 TEST_F(Windows, HaveARectangleAndATitleUntilTheyAreDestroyed) {
-  const HWND window = Make(AddParameters, nullptr, {1, 2, 3, 4});
+  HWND window = Make(AddParameters, nullptr, {1, 2, 3, 4});
   CRect rectangle;
   EXPECT_EQ(os::IsWindow(window), 1);
   EXPECT_EQ(os::GetWindowText(window), "title");
@@ -29,7 +29,7 @@ TEST_F(Windows, HaveARectangleAndATitleUntilTheyAreDestroyed) {
 
   EXPECT_EQ(os::DestroyWindow(window), 1);
   EXPECT_NE(Make(), window);
-  for (const HWND stale : {window, HWND{nullptr}, reinterpret_cast<HWND>(&rectangle)}) {
+  for (HWND stale : {window, HWND{nullptr}, reinterpret_cast<HWND>(&rectangle)}) {
     EXPECT_EQ(os::IsWindow(stale) + os::DestroyWindow(stale), 0);
     EXPECT_EQ(os::GetWindowRect(stale, &rectangle) + os::MoveWindow(stale, {}), 0);
     EXPECT_EQ(os::SetTimer(stale, 1, 1) + os::KillTimer(stale, 1), 0);
@@ -46,8 +46,7 @@ TEST_F(Windows, ReportTheExceptionsThatTheirProceduresLetOut) {
   std::string report;
   const ErrorSink before =
       SetErrorSink([&](const std::exception& error) { report += error.what(); });
-  const HWND window =
-      Make([](HWND, UINT, WPARAM, LPARAM) -> LRESULT { throw std::runtime_error("x"); });
+  HWND window = Make([](HWND, UINT, WPARAM, LPARAM) -> LRESULT { throw std::runtime_error("x"); });
   EXPECT_EQ(os::SendMessage(window, os::kWmUser, 0, 0), 0);
   EXPECT_EQ(os::DestroyWindow(window), 1);
   EXPECT_EQ(report, "xx");
@@ -61,12 +60,12 @@ TEST_F(DestroyWindow, TellsTheWindowAndThenEverythingBelowIt) {
     EXPECT_EQ(os::IsWindow(window), 1);
     return 0;
   };
-  const HWND parent = Make(tell);
-  const HWND child = Make(tell, parent);
-  const HWND grandchild = Make(tell, child);
+  HWND parent = Make(tell);
+  HWND child = Make(tell, parent);
+  HWND grandchild = Make(tell, child);
   EXPECT_EQ(os::DestroyWindow(parent), 1);
   EXPECT_EQ(told, (std::vector<HWND>{parent, child, grandchild}));
-  for (const HWND window : told) EXPECT_EQ(os::IsWindow(window), 0);
+  for (HWND window : told) EXPECT_EQ(os::IsWindow(window), 0);
 }
 
 // Whatever a procedure does when told, every window is told once and goes.
@@ -78,21 +77,21 @@ TEST_F(DestroyWindow, EndsWhenProceduresDestroyAndCreateMeanwhile) {
     ++times_told;
     EXPECT_EQ(os::DestroyWindow(window), 0);
     EXPECT_EQ(Make(AddParameters, window), nullptr);
-    for (const HWND other : family) os::DestroyWindow(other);
+    for (HWND other : family) os::DestroyWindow(other);
     return 0;
   };
   for (const std::size_t destroyed : {0, 1}) {
     times_told = 0;
-    const HWND parent = Make(procedure);
+    HWND parent = Make(procedure);
     family = {parent, Make(procedure, parent), Make(procedure, parent)};
     EXPECT_EQ(os::DestroyWindow(family[destroyed]), 1);
     EXPECT_EQ(times_told, 3);
-    for (const HWND window : family) EXPECT_EQ(os::IsWindow(window), 0);
+    for (HWND window : family) EXPECT_EQ(os::IsWindow(window), 0);
   }
 }
 
 TEST_F(DestroyWindow, EndsHoweverDeepTheWindowsLie) {
-  const HWND top = Make();
+  HWND top = Make();
   HWND window = top;
   for (int depth = 0; depth < 100000; ++depth) {
     window = os::CreateWindow(window, "", {}, AddParameters);
@@ -102,7 +101,7 @@ TEST_F(DestroyWindow, EndsHoweverDeepTheWindowsLie) {
 }
 
 TEST_F(DestroyWindow, TellsAChildOfAnotherThreadFromItsOwnLoop) {
-  const HWND parent = Make();
+  HWND parent = Make();
   std::promise<std::thread::id> told;
   const auto alive = std::make_shared<int>();
   {
@@ -125,7 +124,7 @@ TEST_F(DestroyWindow, TellsAChildOfAnotherThreadFromItsOwnLoop) {
 }
 
 TEST_F(Windows, EndWithTheirThreadWhichTellsOnlyChildrenInOtherThreads) {
-  const HWND parent = Make();
+  HWND parent = Make();
   std::promise<std::vector<HWND>> made;
   std::promise<void> child_made;
   std::promise<void> child_told;
@@ -136,7 +135,7 @@ TEST_F(Windows, EndWithTheirThreadWhichTellsOnlyChildrenInOtherThreads) {
       return 0;
     };
     const auto make = [&](HWND above) { return os::CreateWindow(above, "", {}, procedure); };
-    const HWND first = make(nullptr);
+    HWND first = make(nullptr);
     made.set_value({first, make(first), make(parent)});
     child_made.get_future().wait();
   });
@@ -152,14 +151,14 @@ TEST_F(Windows, EndWithTheirThreadWhichTellsOnlyChildrenInOtherThreads) {
   child_made.set_value();
   owner.join();
   child_told.get_future().wait();
-  for (const HWND window : windows) EXPECT_EQ(os::IsWindow(window), 0);
+  for (HWND window : windows) EXPECT_EQ(os::IsWindow(window), 0);
   EXPECT_EQ(os::IsWindow(other.Window()), 0);
   EXPECT_EQ(alive.use_count(), 1);
   EXPECT_EQ(os::DestroyWindow(parent), 1);
 }
 
 TEST_F(WindowPictures, KeepWhatIsDrawnAndTurnBlackWhenTheSizeChanges) {
-  const HWND window = Make();
+  HWND window = Make();
   CRect rectangle = kRectangle;
   // What a first byte was before it is set; -1 without a picture.
   const auto draw = [&] {
@@ -188,7 +187,7 @@ TEST_F(WindowPictures, KeepWhatIsDrawnAndTurnBlackWhenTheSizeChanges) {
 }
 
 TEST_F(WindowPictures, AreDrawnByOneThreadAtATime) {
-  const HWND window = Make(AddParameters, nullptr, kRectangle);
+  HWND window = Make(AddParameters, nullptr, kRectangle);
   const auto draw = [window](BYTE value) {
     for (int i = 0; i < 50; ++i) {
       os::WithWindowPicture(window, [&](const os::WindowPicture& picture) {
