@@ -127,6 +127,7 @@ TEST_F(ZebFileWriter, TheFirstPreAlarmFrameMovesTheBeginBack) {
 }
 
 TEST_F(ZebFileWriter, RefusedFramesChangeNothing) {
+  EXPECT_EQ(CFile().Open(m_path, CFile::kShareExclusive), 1);  // no handle before the first frame
   EXPECT_EQ(m_file->WriteOneFrame(nullptr), kWriteNoFile);
   const std::string created = ReadWholeFile(m_path);
   FillFrame(m_frame, 1, 1, "p");
@@ -240,6 +241,7 @@ TEST_F(PreparedBlocks, AreAppendedUpToAnEmptyOne) {
   Open();
   m_first.m_bytes += 1000;  // more than its stream holds
   EXPECT_EQ(Write({&m_first, &m_second, nullptr}), 1);
+  EXPECT_EQ(m_first.m_stream.GetPosition(), m_first.m_bytes);
   EXPECT_EQ(Finish().m_blocks, "2@500 2@8000 0@500");
 }
 

@@ -50,7 +50,7 @@ TEST_F(ArchiveTest, WidensTheLengthOfStringsWhereItMust) {
   };
   for (const auto& [length, prefix] : cases) {
     const CString text(length, 'x');
-    for (const std::size_t buffer_bytes : {1000, 4096, 1 << 20}) {
+    for (const std::size_t buffer_bytes : {1000U, 4096U, 1U << 20}) {
       OpenForStoring();
       CArchive archive(m_file, CArchive::Mode::kStore, buffer_bytes);
       archive << text;
