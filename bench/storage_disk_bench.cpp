@@ -9,6 +9,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 #include "bench/compare.h"
 #include "platform/os/drives.h"
@@ -98,26 +99,33 @@ void LoadDayList(benchmark::State& state) {
 BENCHMARK(LoadDayList)->UseManualTime()->Iterations(40)->Unit(benchmark::kMillisecond);
 
 // Empties a directory as safely as recycling has to: nothing read-only, nothing in use.
-void DeleteBare(const CString& path) {
-  DIR* directory = opendir(path.c_str());
-  while (const dirent* entry = readdir(directory)) {
-    const CString name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    const CString entry_path = path + "/" + name;
-    if (entry->d_type == DT_DIR) {
-      DeleteBare(entry_path);
-      continue;
+void DeleteBare(const CString& root) {
+  std::vector<CString> directories = {root};
+  for (std::size_t i = 0; i < directories.size(); ++i) {
+    const CString path = directories[i] + "/";
+    DIR* directory = opendir(path.c_str());
+    while (const dirent* entry = readdir(directory)) {
+      const CString name = entry->d_name;
+      if (name == "." || name == "..") continue;
+      const CString entry_path = path + name;
+      if (entry->d_type == DT_DIR) {
+        directories.push_back(entry_path);
+        continue;
+      }
+      struct stat status {};
+      Require(stat(entry_path.c_str(), &status) == 0 && (status.st_mode & S_IWUSR) != 0,
+              "cannot delete");
+      const int descriptor = open(entry_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+      Require(flock(descriptor, LOCK_EX | LOCK_NB) == 0 && unlink(entry_path.c_str()) == 0,
+              "cannot delete");
+      close(descriptor);
     }
-    struct stat status {};
-    Require(stat(entry_path.c_str(), &status) == 0 && (status.st_mode & S_IWUSR) != 0,
-            "cannot delete");
-    const int descriptor = open(entry_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    Require(flock(descriptor, LOCK_EX | LOCK_NB) == 0 && unlink(entry_path.c_str()) == 0,
-            "cannot delete");
-    close(descriptor);
+    closedir(directory);
   }
-  closedir(directory);
-  Require(rmdir(path.c_str()) == 0, "cannot remove");
+  // What lies in a directory comes behind it.
+  for (auto path = directories.rbegin(); path != directories.rend(); ++path) {
+    Require(rmdir(path->c_str()) == 0, "cannot remove");
+  }
 }
 
 void RecycleOldestDay(benchmark::State& state) {

@@ -56,8 +56,8 @@ TEST(ZebFileInfo, TextsAreCutAt500AndLongerOnesAreNoHeader) {
   CZebFileInfo read;
   EXPECT_EQ(ReadFileForm(read, form), 552U);
   EXPECT_EQ(read.GetCameraName(), std::string(500, 'c'));
-  form.replace(40, 4, Little(501));
-  EXPECT_EQ(ReadFileForm(read, form + std::string(100, ' ')), 0U);
+  form.replace(40, 4, Little(501) + "c");
+  EXPECT_EQ(ReadFileForm(read, form), 0U);
   EXPECT_EQ(ReadFileForm(read, "x" + kFileForm.substr(1)), 0U);
 }
 
