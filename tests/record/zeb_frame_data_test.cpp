@@ -47,11 +47,18 @@ TEST(ZebFrameData, FramesBeyondTheBuffersAreRefusedAndSteppedOver) {
   file.SeekToBegin();
   CZebFrameData frame(4, 4, 16);
   for (const auto& [video, speech, fits] : cases) {
+    FillFrame(frame, 0, 1, "old", "old");
     EXPECT_EQ(frame.Read(&file), fits ? 1 : 0);
     EXPECT_EQ(VideoOf(frame), fits ? video : "");
+    EXPECT_EQ(frame.GetSpeechLength(), 0U);
     FillFrame(big, 0, 1, video, speech);
     EXPECT_EQ(ReadBufferForm(frame, BufferForm(big)) != 0, fits);
   }
+  // A length that leads out of the file is not followed.
+  file.SetLength(20);
+  file.SeekToBegin();
+  EXPECT_EQ(frame.Read(&file), 0);
+  EXPECT_EQ(file.GetPosition(), 12U);
 }
 
 TEST(ZebFrameData, TextsAreCutAt255AndEmptyOnesKeepTheOld) {
@@ -72,14 +79,16 @@ TEST(ZebFrameData, MissingBuffersFailBehindWhatStandsBeforeThem) {
 }
 
 TEST(ZebFrameData, AssignmentNeverPromisesMoreThanTheBuffersHold) {
-  CZebFrameData big(16, 16, 64);
-  FillFrame(big, 0, 1, std::string(300, 'v'), std::string(40, 's'));
-  CZebFrameData small(4, 4, 16);
+  CZebFrameData big(16, 16, 64), small(4, 4, 16);
   FillFrame(small, 1, 2, "old");
-  EXPECT_EQ(small = big, 0);
-  EXPECT_EQ(VideoOf(small), "old");
-
+  for (const bool speech_is_big : {true, false}) {
+    FillFrame(big, 0, 1, std::string(speech_is_big ? 32 : 33, 'v'),
+              std::string(speech_is_big ? 17 : 16, 's'));
+    EXPECT_EQ(small = big, 0);
+    EXPECT_EQ(VideoOf(small), "old");
+  }
   CZebFrameData empty(0, 0, 0);  // keeps lengths without bytes, and passes them on
+  FillFrame(big, 0, 1, std::string(33, 'v'), std::string(17, 's'));
   EXPECT_EQ(empty = big, 1);
   EXPECT_EQ(small = empty, 1);
   EXPECT_EQ(small.GetVideoLength() + small.GetSpeechLength(), 0U);
