@@ -39,6 +39,7 @@ class ZEBX_API CTime {
   // Seconds later or earlier, modulo 2^32.
   CTime operator+(DWORD seconds) const { return CTime(m_seconds + seconds); }
   CTime operator-(DWORD seconds) const { return CTime(m_seconds - seconds); }
+  // NOLINTNEXTLINE(modernize-use-nullptr,hicpp-use-nullptr): the 0 is of the rewritten comparison
   auto operator<=>(const CTime&) const = default;
 
  private:

@@ -18,7 +18,7 @@ inline LRESULT AddParameters(HWND, UINT, WPARAM wparam, LPARAM lparam) {
 // Makes windows of the test's thread and destroys them at the end.
 class WindowTest : public testing::Test {
  protected:
-  ~WindowTest() override {
+  void TearDown() override {
     for (HWND window : m_windows) os::DestroyWindow(window);
   }
 

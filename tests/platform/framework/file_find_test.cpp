@@ -51,20 +51,21 @@ TEST_F(FileFind, TakesEveryFormOfAPattern) {
   const std::pair<std::string, Paths> cases[] = {
       {"d:/*.*", {"d:/Dvr/"}},
       {"d:*.*", {"d:Dvr/"}},
-      {"D:\\dvr\\*.*", {"D:\\dvr\\Empty/", "D:\\dvr\\x.zebz"}},
-      {"d:\\dvr\\empty\\*.*", {}},
+      {R"(D:\dvr\*.*)", {R"(D:\dvr\Empty/)", R"(D:\dvr\x.zebz)"}},
+      {R"(d:\dvr\empty\*.*)", {}},
       {dvr + "/*.*", {dvr + "/Empty/", dvr + "/x.zebz"}},
       {dvr + "\\*.*", {dvr + "/Empty/", dvr + "/x.zebz"}},
       {"d:", {"d:/"}},
       {"d:\\", {"d:/"}},
-      {"d:\\dvr\\", {"d:\\dvr/"}},
-      {"d:\\dvr\\X.ZEBZ", {"d:\\dvr\\X.ZEBZ"}},
+      {R"(d:\dvr\)", {"d:\\dvr/"}},
+      {R"(d:\dvr\X.ZEBZ)", {R"(d:\dvr\X.ZEBZ)"}},
       {dvr, {dvr + "/"}},
       {"/", {"//"}},
   };
   for (const auto& [pattern, found] : cases) EXPECT_EQ(Walk(pattern), found) << pattern;
-  for (const char* pattern : {"d:\\none", "d:\\none\\*.*", "d:\\dvr\\x.zebz\\*.*", "d:\\dvr\\x*.*",
-                              "e:\\*.*", "e:", "", "*.*", "\\*.*", "/*.*", "\\/\\*.*"}) {
+  for (const char* pattern :
+       {"d:\\none", R"(d:\none\*.*)", R"(d:\dvr\x.zebz\*.*)", R"(d:\dvr\x*.*)", "e:\\*.*", "e:", "",
+        "*.*", "\\*.*", "/*.*", R"(\/\*.*)"}) {
     EXPECT_EQ(CFileFind().FindFile(pattern), 0) << pattern;
   }
   EXPECT_EQ(CFileFind().FindFile("d:\\dvr\\empty\\*.*"), 1);  // its dots

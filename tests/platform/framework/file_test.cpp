@@ -111,7 +111,7 @@ TEST_F(FileTest, ResumesAShortWriteAndKeepsItsPositionWhenTheDiskIsFull) {
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
   const auto cause = Thrown([&] { file.WritePieces({Bytes("0123"), Bytes("4567")}); });
   setrlimit(RLIMIT_FSIZE, &limit);
-  std::signal(SIGXFSZ, old_handler);
+  EXPECT_EQ(std::signal(SIGXFSZ, old_handler), SIG_IGN);
 
   EXPECT_EQ(cause, Cause::kDiskFull);
   EXPECT_EQ(file.GetPosition(), 2U);

@@ -12,7 +12,7 @@ namespace {
 
 class Drives : public testing::Test {
  protected:
-  ~Drives() override {
+  void TearDown() override {
     for (const char letter : {'e', 'f'}) os::UnmountDrive(letter);
   }
 
@@ -25,16 +25,16 @@ TEST_F(Drives, FindComponentsWhateverTheirCaseAndTakeTheOthersAsSpelled) {
   }
   m_drive.MakeFile("Dvr/Day/Cam0.Zebz");
   const std::pair<const char*, const char*> cases[] = {
-      {"d:\\dvr\\DAY\\cam0.zebz", "/Dvr/Day/Cam0.Zebz"},
+      {R"(d:\dvr\DAY\cam0.zebz)", "/Dvr/Day/Cam0.Zebz"},
       {"D:/DVR//./Day\\CAM0.ZEBZ", "/Dvr/Day/Cam0.Zebz"},
-      {"d:dvr\\Day\\Cam0.Zebz", "/Dvr/Day/Cam0.Zebz"},
+      {R"(d:dvr\Day\Cam0.Zebz)", "/Dvr/Day/Cam0.Zebz"},
       {"d:\\Twice", "/Twice"},
       {"d:\\twice", "/twice"},
       {"d:\\tWICE", "/TWICE"},  // the first in name order
-      {"d:\\dvr\\New\\File.zebz", "/Dvr/New/File.zebz"},
+      {R"(d:\dvr\New\File.zebz)", "/Dvr/New/File.zebz"},
       // Never outside the drive.
-      {"d:\\..\\..\\twice", "/twice"},
-      {"d:\\dvr\\..\\..\\etc\\passwd", "/etc/passwd"},
+      {R"(d:\..\..\twice)", "/twice"},
+      {R"(d:\dvr\..\..\etc\passwd)", "/etc/passwd"},
       {"d:..", ""},
   };
   for (const auto& [path, below_root] : cases) {
