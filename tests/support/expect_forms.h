@@ -27,4 +27,10 @@ void ExpectForms(Record& record, Record& read, const std::string& file_form,
   }
   EXPECT_EQ(ReadFileForm(read, file_form + "next"), file_result);
   EXPECT_EQ(FileFormOf(read), file_form);
+  CMemFile two;
+  record.Write(&two);
+  record.Write(&two);
+  two.SeekToBegin();
+  read.Read(&two);
+  EXPECT_EQ(two.GetPosition(), file_form.size());
 }

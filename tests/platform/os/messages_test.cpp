@@ -153,6 +153,7 @@ TEST_F(SendMessage, NeverLocksThreadsThatSendToEachOther) {
     windows[i] = threads.emplace_back(std::make_unique<LoopThread>(procedure))->Window();
   }
   std::vector<std::future<LRESULT>> started;
+  started.reserve(kThreads);
   for (HWND window : windows) {
     started.push_back(std::async(std::launch::async, os::SendMessage, window, kPing, 0, 0));
   }
