@@ -38,6 +38,7 @@ enum : DWORD { kNoxshowOverlaySurface = 3, kNoxshowPlainSurface = 1 };
 // Numbers of the pictures that noxshowSetBitmap registers.
 enum : DWORD {
   kNoxshowWorkingPicture = 0x0001,
+  kNoxshowProgramPicture = 0x0010,
   kNoxshowActivePicture = 0x0020,
   kNoxshowAlarmPicture = 0x0040,
   kNoxshowRecordPicture = 0x0200,
