@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr DWORD kChannelsPerBoard = 4;
 constexpr DWORD kChannelsOfTwoBoards = 8;
 
 // Devices of these types know only once they are open what they can do.

@@ -49,6 +49,8 @@ class CCaptureDevice {
   const tag_DEVICECAP& GetCapability() const { return m_capability; }
 
   static constexpr DWORD kNoBoard = 0xFFFFFFFF;
+  // The second board's channels start behind so many of the first one's.
+  static constexpr DWORD kChannelsPerBoard = 4;
 
  private:
   bool IsAnyBoardOpen() const;

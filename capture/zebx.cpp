@@ -8,8 +8,6 @@
 namespace {
 
 constexpr DWORD kNoStreamIndex = 0xFFFFFFFF;
-// Device channels of a second board start here.
-constexpr DWORD kSecondBoardChannel = 4;
 
 const CCaptureBoard* FindBoard(WORD board) {
   return GetCaptureApp().FindBoard(board);
@@ -61,7 +59,7 @@ int zebxIsValidBoardIndex(WORD board) {
 int zebxIsValidCameraID(const tag_ZEBCAMERAID* id) {
   const CCaptureDevice* device = id == nullptr ? nullptr : GetCaptureApp().FindDevice(id->m_board);
   if (device == nullptr) return 0;
-  const DWORD base = device->IsFirstBoard(id->m_board) ? 0 : kSecondBoardChannel;
+  const DWORD base = device->IsFirstBoard(id->m_board) ? 0 : CCaptureDevice::kChannelsPerBoard;
   int is_valid = 0;
   return noxdevChIsValidID(device->GetHandle(), base + id->m_camera, &is_valid) == 0 ? is_valid : 0;
 }

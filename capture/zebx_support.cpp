@@ -47,7 +47,8 @@ int zebxIsHQSupport(DWORD board_type) {
   }
 }
 
-// The second boards of types 7 and 11 have no sound although the first ones have; on purpose.
+// Of the types whose cameras all have sound, 6, 8 and 10 have it on their second boards too; 1, 7
+// and 11, and the half types, have it on their first alone. On purpose.
 int zebxIsAudioSupport(DWORD board_type, DWORD camera_index) {
   constexpr DWORD kSoundsOfHalfTypes = 2;
   switch (board_type & kBoardTypeMask) {
