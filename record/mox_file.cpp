@@ -84,18 +84,18 @@ std::vector<BYTE> Header::Format() const {
 }
 
 // The header at the start of a file, with names of any length. A length that leads beyond the file
-// takes no memory.
-std::optional<Header> LoadHeader(CFile& file) {
-  const ULONGLONG file_bytes = file.GetLength();
-  std::vector<BYTE> bytes(
-      static_cast<std::size_t>(std::min<ULONGLONG>(kFirstReadBytes, file_bytes)));
+// takes no memory, and a file that is cut while it is read ends the loop.
+std::optional<Header> LoadHeader(CFile& file, ULONGLONG file_bytes) {
+  ULONGLONG wanted = std::min<ULONGLONG>(kFirstReadBytes, file_bytes);
+  std::vector<BYTE> bytes;
   while (true) {
+    bytes.resize(static_cast<std::size_t>(wanted));
     file.SeekToBegin();
-    bytes.resize(file.Read(bytes));
+    const std::size_t read = file.Read(bytes);
     ULONGLONG needed = 0;
-    auto header = Header::Parse(bytes, &needed);
-    if (header || needed <= bytes.size() || needed > file_bytes) return header;
-    bytes.resize(static_cast<std::size_t>(needed));
+    auto header = Header::Parse(std::span(bytes).first(read), &needed);
+    if (header || needed <= wanted || needed > file_bytes || read < wanted) return header;
+    wanted = needed;
   }
 }
 
@@ -171,7 +171,8 @@ int CMoxFile::WriteHeader() {
 
 int CMoxFile::ReadHeader() {
   if (m_file == nullptr || m_write_mode != 0) return 0;
-  auto header = LoadHeader(*m_file);
+  const ULONGLONG file_bytes = m_file->GetLength();
+  auto header = LoadHeader(*m_file, file_bytes);
   if (!header) return 0;
   m_header_bytes = header->m_header_bytes;
   m_image_width = header->m_image_width;
@@ -185,7 +186,6 @@ int CMoxFile::ReadHeader() {
   m_camera_name = std::move(header->m_camera_name);
 
   // The file's length tells how many faces there are: the header is never written again.
-  const ULONGLONG file_bytes = m_file->GetLength();
   const ULONGLONG face_bytes = file_bytes > m_header_bytes ? file_bytes - m_header_bytes : 0;
   const ULONGLONG faces = face_bytes / (PictureBytes() + kTimeBytes);
   m_total_faces = static_cast<DWORD>(std::min<ULONGLONG>(faces, std::numeric_limits<DWORD>::max()));

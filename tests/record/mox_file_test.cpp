@@ -129,6 +129,15 @@ TEST_F(MoxFile, AnswersOneForAnyFileButKeepsNoneWithoutAHeader) {
   EXPECT_EQ(m_file.Write(Picture(0).data(), 1), 0);
 }
 
+TEST_F(MoxFile, GivesUpOnAHeaderThatIsCutWhileItIsRead) {
+  FaultyFileSystem disk;
+  disk.OverstateLengths(1000);
+  std::string bytes = kHeader;
+  bytes[43] = '\2';  // 512 characters more of the camera's name
+  EXPECT_EQ(OpenToRead(bytes + std::string(300, 'x')), 1);
+  EXPECT_EQ(m_file.GetHostName(), "");
+}
+
 TEST_F(MoxFile, ReadsNamesOfAnyLength) {
   m_file.SetBoardName(std::string(5000, 'n').c_str());
   m_file.SetCameraName(std::string(300, 'c').c_str());

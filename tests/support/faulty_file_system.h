@@ -40,6 +40,9 @@ class FaultyFileSystem final : public FileSystem {
   }
   // Of writes of so many bytes and more the disk takes the length alone.
   void SkipWritesFrom(std::uint64_t bytes) { m_skipped_bytes = bytes; }
+  // Every length told is `bytes` too much, as when somebody cuts the file right behind the
+  // question.
+  void OverstateLengths(std::uint64_t bytes) { m_overstated_bytes = bytes; }
   // Everything works again.
   void Heal() { FillDiskAfter(kNoLimit); }
 
@@ -100,7 +103,7 @@ class FaultyFileSystem final : public FileSystem {
     }
     ULONGLONG Length() override {
       m_owner.PassOrFail(kLength);
-      return m_native->Length();
+      return m_native->Length() + m_owner.m_overstated_bytes;
     }
     void Resize(ULONGLONG length) override {
       m_owner.PassOrFail(kResize);
@@ -140,6 +143,7 @@ class FaultyFileSystem final : public FileSystem {
   Plan m_plan;
   std::uint64_t m_free_bytes = kNoLimit;
   std::uint64_t m_skipped_bytes = kNoLimit;
+  std::uint64_t m_overstated_bytes = 0;
   std::uint64_t m_calls = 0;
   std::uint64_t m_writes = 0;
   std::uint64_t m_failures = 0;
