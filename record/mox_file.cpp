@@ -99,24 +99,27 @@ std::optional<Header> LoadHeader(CFile& file, ULONGLONG file_bytes) {
   }
 }
 
-}  // namespace
-
-CMoxFile::CMoxFile() = default;
-CMoxFile::CMoxFile(const CMoxFile&) = default;
-CMoxFile& CMoxFile::operator=(const CMoxFile&) = default;
-
-CMoxFile::~CMoxFile() {
+// What becomes of a file that its last user dropped without closing it.
+void CloseAndDelete(CFile* file) {
+  const std::unique_ptr<CFile> owned(file);
   try {
-    Close();
+    if (owned->IsOpen()) owned->Close();
   } catch (const std::exception& failure) {
     ReportError(failure);
   }
 }
 
+}  // namespace
+
+CMoxFile::CMoxFile() = default;
+CMoxFile::CMoxFile(const CMoxFile&) = default;
+CMoxFile& CMoxFile::operator=(const CMoxFile&) = default;
+CMoxFile::~CMoxFile() = default;
+
 int CMoxFile::Open(const char* path, int write) {
-  m_file.reset();
+  Detach();
   if (path == nullptr) return 0;
-  auto file = std::make_shared<CFile>();
+  std::shared_ptr<CFile> file(new CFile, CloseAndDelete);
   const UINT flags = write != 0 ? CFile::kModeCreate | CFile::kModeReadWrite : CFile::kModeRead;
   m_write_mode = write;
   if (file->Open(path, flags | CFile::kShareDenyNone) == 0) return 0;
@@ -132,7 +135,6 @@ int CMoxFile::Open(const char* path, int write) {
 }
 
 int CMoxFile::Close() {
-  const auto file = std::exchange(m_file, nullptr);
   m_start_time = 0;
   m_face_time = 0;
   m_gmt = 0;
@@ -141,9 +143,14 @@ int CMoxFile::Close() {
   m_current_index = 0;
   m_end_time = 0;
   m_header_bytes = 0;
+  Detach();
+  return 1;
+}
+
+void CMoxFile::Detach() {
+  const auto file = std::exchange(m_file, nullptr);
   // A copy that still uses the file closes it in its turn.
   if (file != nullptr && file.use_count() == 1) file->Close();
-  return 1;
 }
 
 int CMoxFile::WriteHeader() {

@@ -12,13 +12,14 @@ class CFile;
 
 // States: detached -> (Open to write or to read) attached -> (Close) detached. Copies share the
 // open file with its position; it is closed when the last of them lets go of it. Operations throw
-// CFileException when the disk fails. No locks: callers serialise their calls on one object.
+// CFileException when the disk fails; what goes wrong when a file is dropped without Close or Open,
+// by an assignment or at the end, is reported. No locks: callers serialise their calls on one
+// object.
 class ZEBX_API CMoxFile {
  public:
   CMoxFile();
   CMoxFile(const CMoxFile&);
   CMoxFile& operator=(const CMoxFile&);
-  // Closes; an error of the disk is reported.
   virtual ~CMoxFile();
 
   // Lets go of a file attached before. `write` 0 opens a file for reading; otherwise one is
@@ -75,6 +76,7 @@ class ZEBX_API CMoxFile {
   int ReadHeader();
 
  private:
+  void Detach();
   static CString TextOf(const char* name) { return name != nullptr ? name : ""; }
   ULONGLONG PictureBytes() const { return ULONGLONG{m_image_width} * m_image_height; }
   // Where a face's record begins: its time, then its picture.

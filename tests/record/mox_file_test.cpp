@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/framework/error_report.h"
 #include "platform/framework/file_exception.h"
 #include "platform/os/clock.h"
 #include "tests/support/faulty_file_system.h"
@@ -213,6 +215,26 @@ TEST_F(MoxFile, ThrowsWhenTheDiskFailsAndGoesOnBehindTheLastWholeFace) {
   EXPECT_EQ(m_file.GetTotalFaceNum(), 1U);
   EXPECT_EQ(ReadFace(0), Face('b', 2));
   m_file.Close();
+}
+
+TEST_F(MoxFile, TellsOfBytesLostAtClosingHoweverItLetsGoOfItsFile) {
+  FaultyFileSystem disk;
+  int reports = 0;
+  SetErrorSink([&reports](const std::exception&) { ++reports; });
+  const auto lose = [&](auto let_go) {
+    auto file = std::make_unique<CMoxFile>();
+    file->Open(m_path.c_str(), 1);
+    disk.FailCall(FaultyFileSystem::kClose, 1);
+    let_go(file);
+  };
+  lose([](auto& file) { EXPECT_THROW(file->Close(), CFileException); });
+  lose([&](auto& file) { EXPECT_THROW(file->Open(m_path.c_str(), 0), CFileException); });
+  EXPECT_EQ(reports, 0);
+  lose([](auto& file) { *file = CMoxFile(); });
+  EXPECT_EQ(reports, 1);
+  lose([](auto& file) { file.reset(); });
+  EXPECT_EQ(reports, 2);
+  SetErrorSink({});
 }
 
 }  // namespace
