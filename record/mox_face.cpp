@@ -20,7 +20,7 @@ CMoxFace::~CMoxFace() = default;
 
 int CMoxFace::Create(const tag_ZEBCAMERAID* camera, const void* record, CTime time) {
   const auto* bytes = static_cast<const BYTE*>(record);
-  return Create(camera, bytes, UnknownEnd(bytes), time);
+  return Create(camera, bytes, bytes != nullptr ? UnknownEnd(bytes) : nullptr, time);
 }
 
 int CMoxFace::Create(const tag_ZEBCAMERAID* camera, const BYTE* record, const BYTE* end,
@@ -89,8 +89,8 @@ void CMoxFace::Begin(const tag_ZEBCAMERAID* camera, CTime time) {
 void CMoxFace::Allocate() {
   const std::size_t pixels =
       static_cast<std::size_t>(m_size.cx) * static_cast<std::size_t>(m_size.cy);
-  auto face = std::make_unique<BYTE[]>(pixels * kGreyBytes);
-  m_luminance = std::make_unique<BYTE[]>(pixels);
+  auto face = std::make_unique_for_overwrite<BYTE[]>(pixels * kGreyBytes);
+  m_luminance = std::make_unique_for_overwrite<BYTE[]>(pixels);
   m_face = std::move(face);
 }
 

@@ -23,14 +23,15 @@ class ZEBX_API CMoxFace : public CObject {
   // Makes the face of a device's record: 16 bytes, of which the little-endian 16-bit words at 4
   // to 13 are width, height, x and y of the face point and the detector's index, then width *
   // height luminance bytes. Records follow each other at once. `camera` may be null: the camera
-  // stays as it was. 1, or 0 for an empty picture and, with `end`, for a record that is not whole.
+  // stays as it was. 1, or 0 for null, an empty picture and, with `end`, a record that is not
+  // whole.
   int Create(const tag_ZEBCAMERAID* camera, const void* record, CTime time);
   int Create(const tag_ZEBCAMERAID* camera, const BYTE* record, const BYTE* end, CTime time);
-  // Cuts the face out of a luminance picture of picture_size pixels, top row first, whose rows are
-  // 2
-  // * picture_size.cx bytes apart. The width is rounded down to a multiple of 4, so that the rows
-  // of the 24-bit form need no padding. `camera` and `point` may be null: what they tell stays as
-  // it was. 1, or 0 for an empty face and a rectangle that reaches outside the picture.
+  // Cuts the face out of a luminance picture of picture_size pixels, top row first, with its rows
+  // 2 * picture_size.cx bytes apart. The width of the face is rounded down to a multiple of 4, so
+  // that the rows of the 24-bit form need no padding. `camera` and `point` may be null: what they
+  // tell stays as it was. 1, or 0 for null, an empty face and a rectangle that reaches outside the
+  // picture.
   int Create(const tag_ZEBCAMERAID* camera, const BYTE* picture, CSize picture_size,
              const CRect& rect, CTime time, const CPoint* point);
   // Releases the picture; every other value stays. Always 1.

@@ -50,6 +50,7 @@ TEST(MoxFace, TakesNoRecordThatIsEmptyOrNotWhole) {
     const std::vector<BYTE> exact(record);
     return face.Create(nullptr, exact.data(), exact.data() + exact.size(), CTime(2));
   };
+  EXPECT_EQ(face.Create(&kCamera, nullptr, CTime(1)), 0);
   EXPECT_EQ(create(kRecord), 1);
   std::vector<BYTE> no_rows = kRecord;
   no_rows[6] = 0;
