@@ -1,5 +1,6 @@
 // Drawing of single pictures.
 #include <algorithm>
+#include <span>
 #include <vector>
 
 #include "platform/noxdisplay/noxdisplay.h"
@@ -12,9 +13,13 @@ constexpr int kFailed = 1;
 constexpr WORD kBitCount = 24;
 constexpr std::size_t kPixelBytes = 3;
 
+std::size_t UnpaddedRowBytes(const os::PixelLayout& layout) {
+  return static_cast<std::size_t>(layout.m_width) * kPixelBytes;
+}
+
 // The rows with the padding that a DIB wants.
 std::vector<BYTE> PadRows(const BYTE* picture, const os::PixelLayout& layout) {
-  const std::size_t row_bytes = static_cast<std::size_t>(layout.m_width) * kPixelBytes;
+  const std::size_t row_bytes = UnpaddedRowBytes(layout);
   std::vector<BYTE> padded(layout.TotalBytes());
   for (std::size_t row = 0; row < static_cast<std::size_t>(layout.m_height); ++row) {
     std::copy_n(picture + row * row_bytes, row_bytes, padded.data() + row * layout.m_pitch_bytes);
@@ -33,9 +38,15 @@ int noxshowDrawDib(const BYTE* picture, const CSize* size, HDC dc, const CRect* 
   const auto layout = os::PixelLayout::Of(header);
   if (!layout || layout->m_top_down) return kFailed;
 
+  std::vector<BYTE> padded;
+  std::span<const BYTE> rows(picture, layout->TotalBytes());
+  if (UnpaddedRowBytes(*layout) != layout->m_pitch_bytes) {
+    padded = PadRows(picture, *layout);
+    rows = padded;
+  }
   os::SetStretchBltMode(dc, os::StretchMode::kHalftone);
-  const int rows =
+  const int drawn =
       os::StretchDIBits(dc, target->left, target->top, target->Width(), target->Height(), 0, 0,
-                        size->cx, size->cy, PadRows(picture, *layout), header, {}, os::kSrcCopy);
-  return rows != os::kGdiError ? kGood : kFailed;
+                        size->cx, size->cy, rows, header, {}, os::kSrcCopy);
+  return drawn != os::kGdiError ? kGood : kFailed;
 }
