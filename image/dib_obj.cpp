@@ -81,13 +81,14 @@ int CDibObj::LoadBmp(const CString& path) {
   CFile file;
   if (path.empty() || file.Open(path, CFile::kModeRead | CFile::kShareDenyNone) == 0) return 0;
   try {
-    std::array<BYTE, kBmpFileHeaderBytes> file_header;
-    std::array<BYTE, kHeaderBytes> header;
-    if (file.Read(file_header) != file_header.size() || !IsBmpFileHeader(file_header) ||
-        file.Read(header) != header.size()) {
+    std::array<BYTE, kBmpFileHeaderBytes + kHeaderBytes> headers;
+    if (file.Read(headers) != headers.size() ||
+        !IsBmpFileHeader(std::span(headers).first<kBmpFileHeaderBytes>())) {
       return 0;
     }
-    const auto size = WholeSize(HeaderOf(header.data()), file.GetLength() - kBmpFileHeaderBytes);
+    const auto header = std::span(headers).subspan(kBmpFileHeaderBytes);
+    const auto size =
+        WholeSize(HeaderOf(header.data()), file.GetLengthAtOpening() - kBmpFileHeaderBytes);
     if (!size) return 0;
     m_dib.resize(*size);
     std::copy(header.begin(), header.end(), m_dib.begin());

@@ -123,7 +123,7 @@ std::vector<BYTE> CImage::FormatTrailer() const {
 void CImage::LoadAsBMP() {
   CFile file;
   if (file.Open(m_file_name, CFile::kModeRead | CFile::kShareDenyNone) == 0) return;
-  m_length = static_cast<DWORD>(file.GetLength());
+  m_length = static_cast<DWORD>(file.GetLengthAtOpening());
   if (LoadPicture(file)) LoadTrailer(file);
 }
 
@@ -136,7 +136,8 @@ bool CImage::LoadPicture(CFile& file) {
   m_width = static_cast<DWORD>(info.m_width);
   m_height = static_cast<DWORD>(info.m_height);
   if (info.m_bit_count != kBitCount || info.m_compression != os::kUncompressed) return false;
-  const ULONGLONG pixels_in_file = (file.GetLength() - kHeadersBytes) / kSnapshotPixelBytes;
+  const ULONGLONG pixels_in_file =
+      (file.GetLengthAtOpening() - kHeadersBytes) / kSnapshotPixelBytes;
   if (ULONGLONG{m_width} * m_height > pixels_in_file) return false;
 
   // Sizes are rounded up when reading though rows are not padded when writing: on purpose, for this

@@ -104,7 +104,7 @@ TEST_F(DibObj, TakesADiskErrorForAFailure) {
   EXPECT_EQ(m_dib.SaveBmp(m_dir.File("copy.bmp")), 0);
   EXPECT_EQ(m_dib.SaveBmp(m_dir.File("no/such/place.bmp")), 0);
   EXPECT_EQ(m_dib.IsEmpty(), 0);
-  disk.FailCall(FaultyFileSystem::kRead, 3);
+  disk.FailCall(FaultyFileSystem::kRead, 2);
   EXPECT_EQ(m_dib.LoadBmp(m_path), 0);
   EXPECT_EQ(m_dib.IsEmpty(), 1);
 }
