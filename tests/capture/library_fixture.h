@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <source_location>
 #include <utility>
+#include <vector>
 
 #include "capture/zebx.h"
 #include "platform/zebdev/software/virtual_device_plan.h"
@@ -33,5 +35,11 @@ class CaptureLibrary : public testing::Test {
     Plan(std::move(devices));
     ASSERT_EQ(Initialize(), 1);
     zebdev::TakeJournal();
+  }
+
+  // What reached the device library since the last look.
+  static void ExpectCalls(const Lines& expected,
+                          std::source_location caller = std::source_location::current()) {
+    EXPECT_EQ(zebdev::TakeJournal(), expected) << "line " << caller.line();
   }
 };

@@ -1,8 +1,9 @@
-// What kinds of devices and boards can do.
-#include <algorithm>
+// What kinds of devices and boards can do, and what reaches the display.
+#include <numeric>
 
-#include "capture/zebx.h"
-#include "platform/zebdev/zebdev.h"
+#include "image/dib_obj.h"
+#include "platform/noxdisplay/software/display_control.h"
+#include "platform/os/bitmap_resources.h"
 #include "tests/capture/library_fixture.h"
 
 namespace {
@@ -11,110 +12,92 @@ using zebdev::Function;
 
 class ZebxSupport : public CaptureLibrary {};
 
-TEST_F(ZebxSupport, GivesEveryDeviceTypeItsBoardTypeAndItsVoices) {
-  // Bits of the cameras that have a voice: four of the first board, four of the second.
-  const struct {
-    DWORD m_device_type;
-    BYTE m_board_type;
-    BYTE m_voices;
-  } cases[] = {{0x001, 0, 0x00},  {0x002, 1, 0xFF}, {0x004, 2, 0x00},  {0x008, 3, 0x33},
-               {0x010, 4, 0x33},  {0x020, 5, 0x07}, {0x040, 6, 0xFF},  {0x080, 7, 0xFF},
-               {0x100, 8, 0xFF},  {0x200, 9, 0x07}, {0x400, 10, 0x00}, {0x800, 11, 0x00},
-               {0x1000, 0, 0x00}, {0x003, 0, 0x00}, {0, 0, 0x00},      {0x80000000, 0, 0x00}};
-  for (const auto& expected : cases) {
-    InitializeWith({MakeVirtualDevice(expected.m_device_type, 8)});
-    EXPECT_EQ(zebxGetBoardType(0), expected.m_board_type) << expected.m_device_type;
-    EXPECT_EQ(zebxGetBoardType(1), expected.m_board_type | 0x80) << expected.m_device_type;
-    BYTE voices = 0;
-    for (WORD i = 0; i < 8; ++i) {
-      const tag_ZEBCAMERAID id = {static_cast<WORD>(i / 4), static_cast<WORD>(i % 4)};
-      if (zebxIsVoice(&id)) voices |= static_cast<BYTE>(1 << i);
+TEST_F(ZebxSupport, KnowsHighQualityAndAudioOfEveryBoardType) {
+  // The types that answer 1, asked with a bit above their 8, which does not count.
+  const auto expect_types = [](const std::vector<DWORD>& expected, auto ask) {
+    std::vector<DWORD> types;
+    for (DWORD type = 0; type < 256; ++type) {
+      if (ask(type | 0x100) == 1) types.push_back(type);
     }
-    EXPECT_EQ(voices, expected.m_voices) << expected.m_device_type;
-    zebxCloseZebx();
-  }
-}
-
-TEST(ZebxSupportTables, KnowHighQualityAndAudioOfEveryBoardType) {
-  const std::vector<DWORD> high_quality = {0, 1, 2, 3, 4, 7, 10, 11};
-  const std::vector<DWORD> audio = {1, 6, 7, 8, 10, 11, 134, 136, 138};
-  const std::vector<DWORD> audio_of_two = {3, 4, 5, 9};
-  const auto has = [](const std::vector<DWORD>& types, DWORD type) {
-    return std::count(types.begin(), types.end(), type) != 0 ? 1 : 0;
+    EXPECT_EQ(types, expected);
   };
-  for (DWORD type = 0; type < 256; ++type) {
-    for (const DWORD high_bits : {0U, 0x100U, 0xFFFFFF00U}) {
-      EXPECT_EQ(zebxIsHQSupport(type | high_bits), has(high_quality, type)) << type;
-      for (DWORD camera = 0; camera < 4; ++camera) {
-        const int expected = has(audio, type) || (camera < 2 && has(audio_of_two, type)) ? 1 : 0;
-        EXPECT_EQ(zebxIsAudioSupport(type | high_bits, camera), expected) << type << ' ' << camera;
-      }
-    }
-  }
+  expect_types({0, 1, 2, 3, 4, 7, 10, 11}, zebxIsHQSupport);
+  expect_types({1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 134, 136, 138},
+               [](DWORD type) { return zebxIsAudioSupport(type, 1); });
+  expect_types({1, 6, 7, 8, 10, 11, 134, 136, 138},
+               [](DWORD type) { return zebxIsAudioSupport(type, 2); });
 }
 
-TEST_F(ZebxSupport, AsksTheRightBitsAndTheFirstBoardOnly) {
-  const struct {
-    BYTE m_io_ports;
-    BYTE m_watchdog;
-    BYTE m_tv;
-    int m_has_io;
-    int m_watchdog_bit;
-    int m_tv_bit;
-  } cases[] = {{0xC0, 0xBF, 0xEF, 0, 0, 0},
-               {0x01, 0x40, 0x10, 1, 0x40, 0x10},
-               {0x20, 0xFF, 0xFF, 1, 0x40, 0x10}};
-  for (const auto& expected : cases) {
+TEST_F(ZebxSupport, AsksTheRightBitsOfTheFirstBoardOnly) {
+  using Answers = std::vector<int>;
+  const auto ask = [](BYTE io_ports, BYTE watchdog, BYTE tv) {
     zebdev::VirtualDevice device = MakeVirtualDevice(0x040, 8);
-    device.m_capability.m_io_ports = expected.m_io_ports;
-    device.m_capability.m_watchdog = expected.m_watchdog;
-    device.m_capability.m_tv = expected.m_tv;
+    device.m_capability.m_io_ports = io_ports;
+    device.m_capability.m_watchdog = watchdog;
+    device.m_capability.m_tv = tv;
     InitializeWith({device});
-    EXPECT_EQ(zebxIsIOSupport(0), expected.m_has_io);
-    EXPECT_EQ(zebxIsWatchDog(0), expected.m_watchdog_bit);
-    EXPECT_EQ(zebxIsTVSupport(0), expected.m_tv_bit);
-    EXPECT_EQ(zebxIsIOSupport(1), 0);
-    EXPECT_EQ(zebxIsWatchDog(1), 0);
-    EXPECT_EQ(zebxIsTVSupport(1), 0);
+    EXPECT_EQ(zebxIsIOSupport(1) | zebxIsWatchDog(1) | zebxIsTVSupport(1), 0);
+    const Answers answers = {zebxIsIOSupport(0), zebxIsWatchDog(0), zebxIsTVSupport(0)};
     zebxCloseZebx();
-  }
+    return answers;
+  };
+  EXPECT_EQ(ask(0xC0, 0xBF, 0xEF), (Answers{0, 0, 0}));
+  EXPECT_EQ(ask(0x01, 0x40, 0x10), (Answers{1, 0x40, 0x10}));
+  EXPECT_EQ(ask(0x20, 0xFF, 0xFF), (Answers{1, 0x40, 0x10}));
 }
 
-TEST_F(ZebxSupport, HandsTVAndIOWordsToTheDeviceOfAFirstBoard) {
-  InitializeWith({MakeVirtualDevice(0x001, 4), MakeVirtualDevice(0x040, 8)});
+TEST_F(ZebxSupport, HandsWordsAndChannelsToTheRightDevice) {
+  InitializeWith({MakeVirtualDevice(0x001, 3), MakeVirtualDevice(0x040, 8)});
   EXPECT_EQ(zebxSetTVOut(1, 0xFFFFFFFF, 2), 1);
   EXPECT_EQ(zebxIOCtrl(1, 0xFE, 3, 0xFFFFFFFF), 1);
-  EXPECT_EQ(zebxSetTVOut(2, 1, 2), 0);
-  EXPECT_EQ(zebxIOCtrl(2, 1, 2, 3), 0);
+  EXPECT_EQ(zebxSetTVOut(2, 1, 2) | zebxIOCtrl(2, 1, 2, 3), 0) << "a second board";
   zebdev::FailCall(Function::kSetTVOut, 1);
   zebdev::FailCall(Function::kIOCtl, 1);
   EXPECT_EQ(zebxSetTVOut(1, 1, 2), 0);
   EXPECT_EQ(zebxIOCtrl(1, 1, 2, 3), 0);
-  const Lines expected = {"noxdevSetTVOut 1 4294967295 2", "noxdevIOCtl 1 254 3 4294967295",
-                          "noxdevSetTVOut 1 1 2 failed", "noxdevIOCtl 1 1 2 3 failed"};
-  EXPECT_EQ(zebdev::TakeJournal(), expected);
+  ExpectCalls({"noxdevSetTVOut 1 4294967295 2", "noxdevIOCtl 1 254 3 4294967295",
+               "noxdevSetTVOut 1 1 2 failed", "noxdevIOCtl 1 1 2 3 failed"});
+
+  const auto is_valid = [](tag_ZEBCAMERAID id) { return zebxIsValidCameraID(&id) != 0; };
+  EXPECT_TRUE(is_valid({0, 2}));
+  EXPECT_FALSE(is_valid({0, 3}));
+  EXPECT_TRUE(is_valid({2, 3}));
+  EXPECT_FALSE(is_valid({2, 4}));
+  EXPECT_TRUE(is_valid({1, 7})) << "the channel of the second board's camera 3";
+  EXPECT_FALSE(is_valid({2, 0xFFFF}));
+  ExpectCalls({"noxdevChIsValidID 0 2", "noxdevChIsValidID 0 3", "noxdevChIsValidID 1 7",
+               "noxdevChIsValidID 1 8", "noxdevChIsValidID 1 7", "noxdevChIsValidID 1 65539"});
+  zebdev::FailCall(Function::kChIsValidID, 1);
+  EXPECT_FALSE(is_valid({0, 2}));
 }
 
-TEST_F(ZebxSupport, AsksTheDeviceForTheChannelOfACamera) {
-  InitializeWith({MakeVirtualDevice(0x001, 3), MakeVirtualDevice(0x040, 8)});
-  const struct {
-    tag_ZEBCAMERAID m_id;
-    const char* m_call;
-    bool m_is_valid;
-  } cases[] = {{{0, 2}, "noxdevChIsValidID 0 2", true},
-               {{0, 3}, "noxdevChIsValidID 0 3", false},
-               {{1, 0}, "noxdevChIsValidID 1 0", true},
-               {{2, 3}, "noxdevChIsValidID 1 7", true},
-               {{2, 4}, "noxdevChIsValidID 1 8", false},
-               // The device answers by channel: the first board's camera 7 is the second's 3.
-               {{1, 7}, "noxdevChIsValidID 1 7", true},
-               {{2, 0xFFFF}, "noxdevChIsValidID 1 65539", false}};
-  for (const auto& expected : cases) {
-    EXPECT_EQ(zebxIsValidCameraID(&expected.m_id) != 0, expected.m_is_valid) << expected.m_call;
-    EXPECT_EQ(zebdev::TakeJournal(), Lines{expected.m_call});
-  }
-  zebdev::FailCall(Function::kChIsValidID, 1);
-  EXPECT_EQ(zebxIsValidCameraID(&cases[0].m_id), 0);
+TEST_F(ZebxSupport, GivesTheWatermarksPaddedRowsAndSizeToTheDisplay) {
+  std::vector<BYTE> dib(40 + 2 * 12);  // two rows of three pixels of 24 bits and their padding
+  std::iota(dib.begin() + 40, dib.end(), BYTE{1});
+  dib[4] = 3;
+  dib[8] = 2;
+  dib[14] = 24;
+  os::RegisterBitmapResource(1, dib);
+  CDibObj picture;
+  EXPECT_EQ(zebxSetWaterMark(&picture), 0) << "empty";
+  ASSERT_EQ(picture.LoadBmp(1U), 1);
+  EXPECT_EQ(zebxSetWaterMark(&picture), 1);
+  EXPECT_EQ(zebxSetWaterMark(nullptr), 0);
+  const auto watermark = noxdisplay::CurrentWatermark();
+  ASSERT_TRUE(watermark.has_value());
+  EXPECT_EQ(watermark->m_width, 3U);
+  EXPECT_EQ(watermark->m_height, 2U);
+  EXPECT_EQ(watermark->m_pixels, std::vector<BYTE>(dib.begin() + 40, dib.end()));
+}
+
+TEST_F(ZebxSupport, LetsEveryDeviceDrawAgainOnceTheSurfacesAreRestored) {
+  InitializeWith({MakeVirtualDevice(0x001, 4), MakeVirtualDevice(0x040, 8)});
+  EXPECT_EQ(zebxCheckDrawSurface(), 0);
+  noxdisplay::LoseSurfaces();
+  zebdev::FailCall(Function::kRestore, 1);
+  EXPECT_EQ(zebxCheckDrawSurface(), 1);
+  EXPECT_EQ(zebxCheckDrawSurface(), 0);
+  ExpectCalls({"noxdevRestore 0 failed", "noxdevRestore 1"});
 }
 
 }  // namespace
