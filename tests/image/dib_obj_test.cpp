@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/os/bitmap_resources.h"
@@ -27,13 +26,8 @@ const std::string kDib = kHeader + kColors + kRows;
 const std::string kFileHeader = "BM\x46\0\0\0\0\0\0\0\x3E\0\0\0"s;
 const std::string kFile = kFileHeader + kDib;
 
-std::span<const BYTE> Bytes(const std::string& text) {
-  return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
-}
-
 std::string DataOf(const CDibObj& dib) {
-  const BYTE* data = dib.GetData();
-  return {data, data + dib.GetDataSize()};
+  return {dib.GetData(), dib.GetData() + dib.GetDataSize()};
 }
 
 std::string WithByte(std::string bytes, std::size_t at, char value) {
@@ -46,6 +40,10 @@ class DibObj : public testing::Test {
   int Load(const std::string& bytes) {
     WriteWholeFile(m_path, bytes);
     return m_dib.LoadBmp(m_path);
+  }
+  int LoadResource(UINT id, const std::string& bytes) {
+    os::RegisterBitmapResource(id, {reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
+    return m_dib.LoadBmp(id);
   }
 
   TempDir m_dir;
@@ -62,22 +60,18 @@ TEST_F(DibObj, LoadsAndSavesAFileByteForByte) {
   EXPECT_EQ(m_dib.GetPaletteSize(), 8U);
   EXPECT_EQ(m_dib.GetWidthBytes(), 4U);
   EXPECT_EQ(DataOf(m_dib), kRows);
-  const std::string copy = m_dir.File("copy.bmp");
-  WriteWholeFile(copy, std::string(1000, 'x'));
-  ASSERT_EQ(m_dib.SaveBmp(copy), 1);
-  EXPECT_EQ(ReadWholeFile(copy), kFile);
-}
+  WriteWholeFile(m_path, std::string(1000, 'x'));
+  ASSERT_EQ(m_dib.SaveBmp(m_path), 1);
+  EXPECT_EQ(ReadWholeFile(m_path), kFile);
 
-TEST_F(DibObj, TakesPixelsToFollowTheColoursWhateverTheFileHeaderSays) {
   const std::string gap = "\x11\x11\x11\x11";
   ASSERT_EQ(Load(WithByte(kFileHeader, 10, '\x42') + kHeader + kColors + gap + kRows), 1);
-  EXPECT_EQ(DataOf(m_dib), gap + kRows.substr(0, 4));
+  EXPECT_EQ(DataOf(m_dib), gap + kRows.substr(0, 4)) << "rows follow the colours at once";
 }
 
-TEST_F(DibObj, IsLeftEmptyByAFileThatIsNoWholePicture) {
+TEST_F(DibObj, IsLeftEmptyByWhatIsNoWholePicture) {
   constexpr char kNegative = '\xFF';
   const std::string files[] = {"",
-                               "BM",
                                WithByte(kFile, 0, 'b'),
                                kFile.substr(0, 53),
                                kFile.substr(0, kFile.size() - 1),
@@ -95,6 +89,14 @@ TEST_F(DibObj, IsLeftEmptyByAFileThatIsNoWholePicture) {
   EXPECT_EQ(m_dib.LoadBmp(m_dir.File("missing.bmp")), 0);
   EXPECT_EQ(m_dib.IsEmpty(), 1);
   EXPECT_EQ(m_dib.LoadBmp(""), 0);
+  EXPECT_EQ(m_dib.SaveBmp(m_path), 0);
+
+  EXPECT_EQ(LoadResource(0x10065, kDib + "behind"), 1);
+  EXPECT_EQ(m_dib.LoadBmp(0x65U), 1) << "by the low 16 bits of its number";
+  EXPECT_EQ(DataOf(m_dib), kRows);
+  EXPECT_EQ(LoadResource(0x66, kDib.substr(0, kDib.size() - 1)), 0);
+  EXPECT_EQ(m_dib.IsEmpty(), 1);
+  EXPECT_EQ(m_dib.LoadBmp(0x67U), 0);
 }
 
 TEST_F(DibObj, TakesADiskErrorForAFailure) {
@@ -109,52 +111,28 @@ TEST_F(DibObj, TakesADiskErrorForAFailure) {
   EXPECT_EQ(m_dib.IsEmpty(), 1);
 }
 
-TEST_F(DibObj, LoadsAResourceByTheLow16BitsOfItsNumber) {
-  os::RegisterBitmapResource(101, Bytes(kDib + "behind"));
-  os::RegisterBitmapResource(102, Bytes(kDib.substr(0, kDib.size() - 1)));
-  EXPECT_EQ(m_dib.LoadBmp(0x10000U + 101), 1);
-  EXPECT_EQ(DataOf(m_dib), kRows);
-  EXPECT_EQ(m_dib.LoadBmp(102U), 0);
-  EXPECT_EQ(m_dib.IsEmpty(), 1);
-  EXPECT_EQ(m_dib.LoadBmp(103U), 0);
-}
-
-TEST_F(DibObj, ConvertsAPaletteTo24BitsAtAnotherSize) {
-  ASSERT_EQ(Load(kFile), 1);
-  ASSERT_EQ(m_dib.ConvertFormat(3, 4, 24), 1);
-  EXPECT_EQ(m_dib.GetBitCount(), 24U);
-  EXPECT_EQ(m_dib.GetPaletteSize(), 0U);
-  const std::string red = "\0\0\xFF"s;
-  const std::string green = "\0\xFF\0"s;
-  const std::string padding = "\0\0\0"s;
-  const std::string bottom = red + red + green + padding;
-  const std::string top = green + green + red + padding;
-  EXPECT_EQ(DataOf(m_dib), bottom + bottom + top + top);
-  ASSERT_EQ(m_dib.SaveBmp(m_path), 1);
-  const std::string header = "\x28\0\0\0\3\0\0\0\4\0\0\0\1\0\x18\0\0\0\0\0\x30\0\0\0"s;
-  EXPECT_EQ(ReadWholeFile(m_path),
-            "BM\x66\0\0\0\0\0\0\0\x36\0\0\0"s + header + std::string(16, '\0') + DataOf(m_dib));
-}
-
-TEST_F(DibObj, ConvertsNothingToWhatItIsAlreadyOrCannotBe) {
+TEST_F(DibObj, ConvertsTo24BitsAtAnotherSizeOrNotAtAll) {
   EXPECT_EQ(m_dib.ConvertFormat(3, 2, 24), 0) << "empty";
+  ASSERT_EQ(Load(WithByte(kFile, 14 + 16, 2)), 1);
+  EXPECT_EQ(m_dib.ConvertFormat(3, 2, 24), 0) << "compressed";
+  EXPECT_EQ(m_dib.CreateBitmap(), nullptr);
   ASSERT_EQ(Load(kFile), 1);
   for (const DWORD bit_count : {0U, 8U, 32U}) EXPECT_EQ(m_dib.ConvertFormat(3, 2, bit_count), 0);
   EXPECT_EQ(m_dib.ConvertFormat(0, 2, 24), 0);
   EXPECT_EQ(m_dib.ConvertFormat(3, 0xFFFFFFFF, 24), 0);
   EXPECT_EQ(m_dib.ConvertFormat(0x7FFFFFFF, 0x7FFFFFFF, 24), 0);
   EXPECT_EQ(DataOf(m_dib), kRows);
-  ASSERT_EQ(m_dib.ConvertFormat(3, 2, 24), 1);
-  const BYTE* const data = m_dib.GetData();
-  EXPECT_EQ(m_dib.ConvertFormat(3, 2, 24), 1);
-  EXPECT_EQ(m_dib.GetData(), data);
-}
 
-TEST_F(DibObj, RefusesToDrawOrConvertACompressedPicture) {
-  ASSERT_EQ(Load(WithByte(kFile, 14 + 16, 2)), 1);
-  EXPECT_EQ(m_dib.ConvertFormat(3, 2, 24), 0);
-  EXPECT_EQ(m_dib.CreateBitmap(), nullptr);
-  EXPECT_EQ(DataOf(m_dib), kRows);
+  ASSERT_EQ(m_dib.ConvertFormat(3, 4, 24), 1);
+  const std::string bottom = "\0\0\xFF\0\0\xFF\0\xFF\0\0\0\0"s;
+  const std::string top = "\0\xFF\0\0\xFF\0\0\0\xFF\0\0\0"s;
+  ASSERT_EQ(m_dib.SaveBmp(m_path), 1);
+  const std::string header = "\x28\0\0\0\3\0\0\0\4\0\0\0\1\0\x18\0\0\0\0\0\x30\0\0\0"s;
+  EXPECT_EQ(ReadWholeFile(m_path), "BM\x66\0\0\0\0\0\0\0\x36\0\0\0"s + header +
+                                       std::string(16, '\0') + bottom + bottom + top + top);
+  const BYTE* const data = m_dib.GetData();
+  EXPECT_EQ(m_dib.ConvertFormat(3, 4, 24), 1);
+  EXPECT_EQ(m_dib.GetData(), data) << "no work for what it is already";
 }
 
 TEST_F(DibObj, DrawsAllOrPartOfItself) {
@@ -181,27 +159,15 @@ TEST_F(DibObj, DrawsAllOrPartOfItself) {
 }
 
 TEST(DibSizes, FollowFromAnyHeaderInMemory) {
-  const auto dib = [](char width, char height, char bits, char colors) {
-    std::string header(40, '\0');
-    header[4] = width;
-    header[8] = height;
-    header[14] = bits;
-    header[32] = colors;
-    return header;
-  };
-  const auto colors = [](const std::string& header) {
-    return CDibObj::GetColorNumbers(Bytes(header).data());
-  };
-  EXPECT_EQ(colors(dib(1, 1, 1, 0)), 2U);
-  EXPECT_EQ(colors(dib(1, 1, 4, 0)), 16U);
-  EXPECT_EQ(colors(dib(1, 1, 8, 0)), 256U);
-  for (const char bits : {char{16}, char{24}, char{32}}) EXPECT_EQ(colors(dib(1, 1, bits, 0)), 0U);
-  EXPECT_EQ(colors(dib(1, 1, 24, 7)), 7U);
-  const std::string header = dib(3, 5, 24, 7);
-  EXPECT_EQ(CDibObj::GetPaletteSize(Bytes(header).data()), 28U);
-  EXPECT_EQ(CDibObj::GetDataSize(Bytes(header).data()), 60U);
+  const DWORD colors[][3] = {{1, 0, 2},  {4, 0, 16}, {8, 0, 256}, {16, 0, 0},
+                             {24, 0, 0}, {32, 0, 0}, {24, 7, 7}};
+  for (const auto& [bit_count, used, expected] : colors) {
+    std::vector<BYTE> dib(40);
+    dib[14] = static_cast<BYTE>(bit_count);
+    dib[32] = static_cast<BYTE>(used);
+    EXPECT_EQ(CDibObj::GetColorNumbers(dib.data()), expected) << bit_count;
+  }
   EXPECT_EQ(CDibObj::GetWidthBytes(1), 4U);
-  EXPECT_EQ(CDibObj::GetWidthBytes(72), 12U);
   EXPECT_EQ(CDibObj::GetWidthBytes(96), 12U);
 }
 
