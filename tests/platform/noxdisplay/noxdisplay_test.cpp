@@ -13,7 +13,7 @@ namespace {
 class DrawDib : public testing::Test {
  protected:
   DrawDib()
-      : m_window(os::CreateWindow(nullptr, "faces", {0, 0, 6, 4},
+      : m_window(os::CreateWindow(nullptr, "faces", {0, 0, 8, 4},
                                   [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; })),
         m_dc(os::GetDC(m_window)) {}
   ~DrawDib() override {
@@ -26,26 +26,28 @@ class DrawDib : public testing::Test {
 };
 
 TEST_F(DrawDib, DrawsUnpaddedRowsFromTheBottomUpScaled) {
-  // Three pixels a row, so that a row takes no multiple of 4 bytes.
-  const std::vector<BYTE> picture = {0, 0, 1, 0, 0, 2, 0, 0, 3, 0, 0, 4, 0, 0, 5, 0, 0, 6};
-  const CSize size = {3, 2};
-  const CRect whole = {0, 0, 6, 4};
-  ASSERT_EQ(noxshowDrawDib(picture.data(), &size, m_dc, &whole), 0);
-  for (int y = 0; y < 4; ++y) {
-    for (int x = 0; x < 6; ++x) {
-      const int expected = (y < 2 ? 4 : 1) + x / 2;
-      EXPECT_EQ(os::GetPixel(m_dc, x, y), static_cast<DWORD>(expected)) << x << ", " << y;
+  // Rows of three pixels, which take no multiple of 4 bytes, and of four, which do.
+  for (const LONG width : {3, 4}) {
+    std::vector<BYTE> picture(static_cast<std::size_t>(width) * 2 * 3);
+    for (std::size_t i = 0; i < picture.size() / 3; ++i) {
+      picture[3 * i + 2] = static_cast<BYTE>(i + 1);
+    }
+    const CSize size = {width, 2};
+    const CRect whole = {0, 0, 2 * width, 4};
+    ASSERT_EQ(noxshowDrawDib(picture.data(), &size, m_dc, &whole), 0);
+    for (int y = 0; y < 4; ++y) {
+      for (int x = 0; x < 2 * width; ++x) {
+        const int expected = (y < 2 ? width : 0) + x / 2 + 1;
+        EXPECT_EQ(os::GetPixel(m_dc, x, y), static_cast<DWORD>(expected)) << x << ", " << y;
+      }
     }
   }
-}
-
-TEST_F(DrawDib, AveragesWhatItHasNoRoomFor) {
-  const std::vector<BYTE> picture = {0, 0, 100, 0, 0, 200};
+  // Averages what it has no room for.
+  const BYTE picture[] = {0, 0, 100, 0, 0, 200};
   const CSize size = {2, 1};
-  const CRect one_pixel = {5, 3, 6, 4};
-  ASSERT_EQ(noxshowDrawDib(picture.data(), &size, m_dc, &one_pixel), 0);
-  EXPECT_EQ(os::GetPixel(m_dc, 5, 3), 150U);
-  EXPECT_EQ(os::GetPixel(m_dc, 4, 3), 0U);
+  const CRect one_pixel = {7, 3, 8, 4};
+  ASSERT_EQ(noxshowDrawDib(picture, &size, m_dc, &one_pixel), 0);
+  EXPECT_EQ(os::GetPixel(m_dc, 7, 3), 150U);
 }
 
 TEST_F(DrawDib, RefusesWhatIsNoPictureOrNoPlace) {
