@@ -94,7 +94,7 @@ std::optional<Header> LoadHeader(CFile& file, ULONGLONG file_bytes) {
     const std::size_t read = file.Read(bytes);
     ULONGLONG needed = 0;
     auto header = Header::Parse(std::span(bytes).first(read), &needed);
-    if (header || needed <= wanted || needed > file_bytes || read < wanted) return header;
+    if (header || needed <= wanted || needed > file_bytes) return header;
     wanted = needed;
   }
 }

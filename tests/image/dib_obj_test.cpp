@@ -109,6 +109,8 @@ TEST_F(DibObj, TakesADiskErrorForAFailure) {
   disk.FailCall(FaultyFileSystem::kRead, 2);
   EXPECT_EQ(m_dib.LoadBmp(m_path), 0);
   EXPECT_EQ(m_dib.IsEmpty(), 1);
+  disk.OverstateLengths(1);
+  EXPECT_EQ(Load(kFile.substr(0, kFile.size() - 1)), 0) << "cut while it is read";
 }
 
 TEST_F(DibObj, ConvertsTo24BitsAtAnotherSizeOrNotAtAll) {

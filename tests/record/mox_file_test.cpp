@@ -102,8 +102,8 @@ TEST_F(MoxFile, IsReadByIndexAndStaysAtTheFaceReadLast) {
   EXPECT_EQ(ReadFace(-1), Face('a', 1));
   EXPECT_EQ(ReadFace(2), Face('e', 3));
   EXPECT_EQ(ReadFace(-1), Face('e', 3));
-  EXPECT_EQ(m_file.GetTickCount(), 3U);
   EXPECT_EQ(ReadFace(3), std::nullopt);
+  EXPECT_EQ(m_file.GetTickCount(), 3U);
   EXPECT_EQ(ReadFace(-1), std::nullopt) << "behind the last face";
   EXPECT_EQ(ReadFace(-2), std::nullopt);
   EXPECT_EQ(ReadFace(0), Face('a', 1));
