@@ -75,6 +75,7 @@ TEST_F(MoxFile, IsWrittenByteForByteAndReadBackWithNamesOfAnyLength) {
   EXPECT_EQ(m_file.GetCurrentIndex(), 2U);
   EXPECT_EQ(m_file.GetEndTime(), 5U);
   EXPECT_EQ(m_file.GetTickCount(), 5U);
+  EXPECT_EQ(ReadFace(0), std::nullopt) << "open for writing";
   m_file.Close();
   EXPECT_EQ(ReadWholeFile(m_path), "FACE\0\0\0\0"s + Little(44 + 5000) +
                                        "\x64\0\0\0\x78\0\0\0\1\2"
