@@ -1,5 +1,5 @@
 // Every call of the device library fails once, at every place of a host's whole session.
-#include <map>
+#include <algorithm>
 
 #include "tests/capture/library_fixture.h"
 
@@ -31,44 +31,33 @@ class ZebxFailure : public CaptureLibrary {
     zebxCloseZebx();
     return zebdev::TakeJournal();
   }
-
-  // Whoever was created was destroyed, whoever was opened was closed before, and nobody else was.
-  static void ExpectBalanced(const Lines& journal) {
-    enum State { kNone, kCreated, kOpen };
-    const std::map<CString, std::pair<State, State>> steps = {
-        {"noxdevCreateDevice", {kNone, kCreated}},
-        {"noxdevOpenDevice", {kCreated, kOpen}},
-        {"noxdevCloseDevice", {kOpen, kCreated}},
-        {"noxdevDestroyDevice", {kCreated, kNone}}};
-    std::map<char, State> devices;
-    for (const CString& line : journal) {
-      const auto space = line.find(' ');
-      const auto step = steps.find(line.substr(0, space));
-      if (step == steps.end()) continue;
-      const auto [from, to] = step->second;
-      State& state = devices[line[space + 1]];
-      EXPECT_EQ(state, from) << line;
-      if (to < from || !line.ends_with(" failed")) state = to;
-    }
-    for (const auto& [device, state] : devices) EXPECT_EQ(state, kNone) << device;
-  }
 };
 
+// Devices take no call out of turn, so that every such call would show as one more failure.
 TEST_F(ZebxFailure, LeavesNothingOpenAndTheNextStartWorks) {
   const Lines undisturbed = RunSession({}, 0);
-  ExpectBalanced(undisturbed);
   std::size_t failures = 0;
   for (int function = 0; function < zebdev::kFunctions; ++function) {
     for (DWORD nth = 1;; ++nth) {
       SCOPED_TRACE(testing::Message() << "function " << function << ", call " << nth);
       const Lines journal = RunSession(static_cast<Function>(function), nth);
       if (journal == undisturbed) break;
-      ++failures;
-      ExpectBalanced(journal);
+      const auto count = [&](const CString& name, bool has_failed) {
+        return std::count_if(journal.begin(), journal.end(), [&](const CString& line) {
+          return line.starts_with(name) && line.ends_with(" failed") == has_failed;
+        });
+      };
+      const auto count_all = [&](const CString& name) {
+        return count(name, false) + count(name, true);
+      };
+      EXPECT_EQ(count("", true), 1);
+      EXPECT_EQ(count("noxdevCreateDevice", false), count_all("noxdevDestroyDevice"));
+      EXPECT_EQ(count("noxdevOpenDevice", false), count_all("noxdevCloseDevice"));
       EXPECT_EQ(RunSession({}, 0), undisturbed);
+      ++failures;
     }
   }
-  EXPECT_EQ(failures, undisturbed.size());
+  EXPECT_EQ(failures, undisturbed.size()) << "every call of the session";
 }
 
 TEST_F(ZebxFailure, InvalidatesTheDeviceLibraryOnlyAfterAFailedCount) {
