@@ -73,7 +73,7 @@ int CMoxFace::Destroy() {
 
 int CMoxFace::Show(HWND window, const CRect& rect) const {
   if (m_face == nullptr || os::IsWindow(window) == 0) return 0;
-  const HDC dc = os::GetDC(window);
+  HDC dc = os::GetDC(window);
   if (dc == nullptr) return 0;
   noxshowDrawDib(m_face.get(), &m_size, dc, &rect);
   os::ReleaseDC(window, dc);

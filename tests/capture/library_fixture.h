@@ -3,20 +3,17 @@
 
 #include <gtest/gtest.h>
 
-#include <source_location>
 #include <utility>
 #include <vector>
 
 #include "capture/zebx.h"
 #include "platform/zebdev/software/virtual_device_plan.h"
 
-using zebdev::MakeVirtualDevice;
-
 class CaptureLibrary : public testing::Test {
  protected:
   using Lines = std::vector<CString>;
 
-  ~CaptureLibrary() override {
+  void TearDown() override {
     zebxCloseZebx();
     zebdev::SetDevicePlan({});
   }
@@ -38,8 +35,7 @@ class CaptureLibrary : public testing::Test {
   }
 
   // What reached the device library since the last look.
-  static void ExpectCalls(const Lines& expected,
-                          std::source_location caller = std::source_location::current()) {
-    EXPECT_EQ(zebdev::TakeJournal(), expected) << "line " << caller.line();
+  static void ExpectCalls(const Lines& expected, int line = __builtin_LINE()) {
+    EXPECT_EQ(zebdev::TakeJournal(), expected) << "line " << line;
   }
 };

@@ -11,7 +11,7 @@ using Sizes = std::array<DWORD, 6>;
 // Width and height as shown, encoded and captured; of a refused frame size, the 7s stay.
 Sizes SizesOf(DWORD frame_size, int expected_answer) {
   Sizes sizes = {7, 7, 7, 7, 7, 7};
-  EXPECT_EQ(zebxGetShowSize(frame_size, &sizes[0], &sizes[1]), expected_answer) << frame_size;
+  EXPECT_EQ(zebxGetShowSize(frame_size, sizes.data(), &sizes[1]), expected_answer) << frame_size;
   EXPECT_EQ(zebxGetEncodeSize(frame_size, &sizes[2], &sizes[3]), expected_answer) << frame_size;
   EXPECT_EQ(zebxGetCaptureSize(frame_size, &sizes[4], &sizes[5]), expected_answer) << frame_size;
   return sizes;

@@ -8,6 +8,8 @@
 
 namespace {
 
+using zebdev::MakeVirtualDevice;
+
 class ZebxBoard : public CaptureLibrary {
  protected:
   static void ExpectFrameSizeAndSpeed(WORD board, DWORD frame_size, DWORD speed) {

@@ -6,6 +6,7 @@
 namespace {
 
 using zebdev::Function;
+using zebdev::MakeVirtualDevice;
 
 class ZebxFailure : public CaptureLibrary {
  protected:

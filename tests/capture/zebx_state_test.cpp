@@ -6,6 +6,8 @@
 
 namespace {
 
+using zebdev::MakeVirtualDevice;
+
 constexpr DWORD kNone = 0xFFFFFFFF;
 
 std::array<std::uintptr_t, 4> g_notified;
@@ -20,8 +22,8 @@ class ZebxState : public CaptureLibrary {};
 TEST_F(ZebxState, LastsFromTheFirstStartToTheEndWhichKeepsDatabaseAndWatermark) {
   Plan({MakeVirtualDevice(0x001, 4), MakeVirtualDevice(0x002, 8)});
   int something = 0;
-  const auto window = reinterpret_cast<HWND>(&something);
-  const auto database = reinterpret_cast<CZebDatabase*>(&something);
+  auto* const window = reinterpret_cast<HWND>(&something);
+  auto* const database = reinterpret_cast<CZebDatabase*>(&something);
   EXPECT_EQ(zebxIsZebxInit() | zebxIsValidBoardIndex(0), 0);
   EXPECT_EQ(zebxInitZebx(7, Listen, 11, window, "d:\\one"), 1);
   EXPECT_EQ(zebxInitZebx(2, nullptr, 22, nullptr, "d:\\two"), 1) << "and changes nothing";

@@ -9,6 +9,7 @@
 namespace {
 
 using zebdev::Function;
+using zebdev::MakeVirtualDevice;
 
 class ZebxSupport : public CaptureLibrary {};
 
@@ -37,7 +38,7 @@ TEST_F(ZebxSupport, AsksTheRightBitsOfTheFirstBoardOnly) {
     device.m_capability.m_tv = tv;
     InitializeWith({device});
     EXPECT_EQ(zebxIsIOSupport(1) | zebxIsWatchDog(1) | zebxIsTVSupport(1), 0);
-    const Answers answers = {zebxIsIOSupport(0), zebxIsWatchDog(0), zebxIsTVSupport(0)};
+    Answers answers = {zebxIsIOSupport(0), zebxIsWatchDog(0), zebxIsTVSupport(0)};
     zebxCloseZebx();
     return answers;
   };

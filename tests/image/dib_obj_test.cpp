@@ -140,13 +140,13 @@ TEST_F(DibObj, ConvertsTo24BitsAtAnotherSizeOrNotAtAll) {
 TEST_F(DibObj, DrawsAllOrPartOfItself) {
   constexpr DWORD kRed = 0x0000FF;
   constexpr DWORD kGreen = 0x00FF00;
-  const HDC dc = os::CreateCompatibleDC(os::GetDC(nullptr));
+  HDC dc = os::CreateCompatibleDC(os::GetDC(nullptr));
   EXPECT_EQ(m_dib.Display(dc, 0, 0, os::kSrcCopy), 0) << "empty";
   EXPECT_EQ(m_dib.CreateBitmap(), nullptr) << "empty";
   ASSERT_EQ(Load(kFile), 1);
   EXPECT_EQ(m_dib.Display(dc, 0, 0, os::kSrcCopy), 0) << "nothing to draw into";
 
-  const HBITMAP canvas = m_dib.CreateBitmap();
+  HBITMAP canvas = m_dib.CreateBitmap();
   os::SelectObject(dc, canvas);
   EXPECT_EQ(os::GetPixel(dc, 2, 0), kRed);
   EXPECT_EQ(os::GetPixel(dc, 2, 1), kGreen);

@@ -88,14 +88,14 @@ TEST(MoxFace, IsCutOutBottomUpInsideThePictureWithAWidthOfWholeWords) {
 }
 
 TEST(MoxFace, IsDrawnIntoAWindow) {
-  const HWND window = os::CreateWindow(nullptr, "face", {0, 0, 4, 4},
-                                       [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; });
+  HWND window = os::CreateWindow(nullptr, "face", {0, 0, 4, 4},
+                                 [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; });
   CMoxFace face;
   EXPECT_EQ(face.Show(window, {0, 0, 3, 2}), 0) << "no picture";
   face.Create(nullptr, kRecord.data(), CTime());
   EXPECT_EQ(face.Show(nullptr, {0, 0, 3, 2}), 0) << "not the screen";
   ASSERT_EQ(face.Show(window, {1, 2, 4, 4}), 1);
-  const HDC dc = os::GetDC(window);
+  HDC dc = os::GetDC(window);
   EXPECT_EQ(os::GetPixel(dc, 1, 2), 0x040404U) << "the last row on top";
   EXPECT_EQ(os::GetPixel(dc, 3, 3), 0x030303U);
   EXPECT_EQ(os::GetPixel(dc, 0, 2), 0U);

@@ -16,7 +16,7 @@ class DrawDib : public testing::Test {
       : m_window(os::CreateWindow(nullptr, "faces", {0, 0, 8, 4},
                                   [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; })),
         m_dc(os::GetDC(m_window)) {}
-  ~DrawDib() override {
+  void TearDown() override {
     os::ReleaseDC(m_window, m_dc);
     os::DestroyWindow(m_window);
   }

@@ -39,7 +39,7 @@ class VirtualDevices : public testing::Test {
         {zebdev::MakeVirtualDevice(0x001, 4), zebdev::MakeVirtualDevice(0x080, 8)});
     EXPECT_EQ(noxdevInitialize(7, 0), kGood);
   }
-  ~VirtualDevices() override { zebdev::SetDevicePlan({}); }
+  void TearDown() override { zebdev::SetDevicePlan({}); }
 };
 
 TEST_F(VirtualDevices, AreHeldOnceAtATimeBetweenInitializeAndInvalidate) {
