@@ -98,6 +98,9 @@ TEST_F(ZebxBoard, BelongsToADeviceWithAHandle) {
   EXPECT_FALSE(device.Covers(3) || device.Covers(0) || device.Covers(CCaptureDevice::kNoBoard));
   EXPECT_EQ(device.OpenBoard(3, 3, 25, "d:"), 0);
   EXPECT_EQ(device.CloseBoard(3), 1) << "without a handle there is nothing to close";
+  CCaptureBoard board(0, 0, 0, 1);
+  EXPECT_EQ(board.Open(&device, 3, 25), 1);
+  EXPECT_EQ(CCaptureCamera().Bind(&board, 0, {}), 0);
   EXPECT_EQ(device.Create(0, boards), 1);
   EXPECT_EQ(device.Create(1, boards), 0) << "it is created once";
   EXPECT_EQ(boards, 5U);
