@@ -159,7 +159,7 @@ class ZEBX_API CHddObj : public CObject {
   int DeleteDate(DWORD date, DWORD& freed_bytes);
 
   // Appends the headers of the files that the criteria in `info` ask for. No error is reported:
-  // what cannot be read is not found.
+  // what cannot be read is not found, nor is a file with a backslash in its name.
   void SearchFile(CFileSearchInfo* info);
   // Appends the recordings in `directory` that had not ended at the moment in the criteria.
   void SearchVideoFileByTime(CFileSearchInfo* info, const CString& directory);

@@ -59,14 +59,15 @@ LONGLONG DayNumber(CTime time) {
 
 // Hands every file that the pattern matches to `step`, with whether it is the last entry of all,
 // directories included. A file that cannot be read, or that memory does not suffice for, is as if
-// it were not there.
+// it were not there. So is one with a backslash in its name, a letter like others on the host: its
+// library path would lead to another file.
 template <typename Step>
 void ForEachFile(const CString& pattern, Step&& step) {
   CFileFind finder;
   int more = finder.FindFile(pattern);
   while (more != 0) {
     more = finder.FindNextFile();
-    if (finder.IsDirectory()) continue;
+    if (finder.IsDirectory() || finder.GetFileName().find('\\') != CString::npos) continue;
     try {
       step(finder, more == 0);
     } catch (const CFileException&) {

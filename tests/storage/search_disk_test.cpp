@@ -334,6 +334,9 @@ TEST_F(SearchDisk, PassesOverWhatIsNoRecording) {
   WriteHeader(leaf / "directory.zebz" / "inside.zebz", Info(At(4, 10), At(4, 10, 13)));
   fs::create_symlink("nowhere", leaf / "dangling.zebz");
   ASSERT_EQ(mkfifo((leaf / "pipe.zebz").c_str(), 0600), 0);
+  // Its path would be that of a recording of another day.
+  WriteHeader(leaf / R"(..\..\..\d20040412\rec\video\other.zebz)", Info(At(4, 10), At(4, 10, 13)));
+  Record("other.zebz", At(4, 12), At(4, 12, 13));
   m_criteria.SetDate(At(4, 10).GetTime());
   EXPECT_EQ(Search(), Names{"good.zebz"});
 
