@@ -18,6 +18,7 @@ constexpr char kDefaultDatabaseName[] = "ZebDatabase";
 constexpr DWORD kDefaultReservedMb = 1000;
 constexpr DWORD kAlarmAboveReservedMb = 50;
 constexpr DWORD kNoDate = 0xFFFFFFFF;
+constexpr std::size_t kBareDriveChars = 2;  // such as d:
 
 constexpr char kRemoteFolder[] = "Remote";
 constexpr char kPictureFolder[] = "Picture";
@@ -255,7 +256,7 @@ void CHddObj::LoadDates(CDWordArray& dates, const CString& directory) {
 
 void CHddObj::GetDirStruct(CDWordArray* list, const CString& directory) {
   if (list == nullptr || directory.empty()) return;
-  if (directory.size() < kDriveRootChars) {
+  if (directory.size() == kBareDriveChars) {
     // On purpose: on the root of a network drive nothing is listed, and so nothing recycled.
     const os::DriveKind kind = os::GetDriveType(directory);
     if (kind != os::DriveKind::kFixed && kind != os::DriveKind::kRemovable) return;
