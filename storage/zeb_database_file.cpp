@@ -97,17 +97,18 @@ int CZebDatabase::Save() {
 }
 
 bool CZebDatabase::WriteFile(const CString& path) const {
-  CFile file;
   constexpr UINT kFlags = CFile::kModeCreate | CFile::kModeWrite | CFile::kShareDenyNone;
-  if (file.Open(path, kFlags) == 0) return false;
   try {
+    CFile file;
+    if (file.Open(path, kFlags) == 0) return false;
     CArchive archive(file, CArchive::Mode::kStore);
     archive << static_cast<DWORD>(m_disks.GetCount()) << m_working_disk;
     for (const CObject* disk : m_disks) StoreRecord(archive, *static_cast<const CHddObj*>(disk));
     archive.Close();
     file.Close();
+    return true;
   } catch (const CFileException&) {
-    return false;
+  } catch (const std::bad_alloc&) {
   }
-  return true;
+  return false;
 }
