@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <utility>
 
 #include "platform/framework/types.h"
 

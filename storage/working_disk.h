@@ -40,8 +40,9 @@ int CheckWorkingDisk(const CObList& disks, const CString& working_disk, DWORD& f
 // Makes the first disk with more than its alarm space free the working disk. When there is none,
 // deletes the oldest day before today of the disks that recycle, day by day until a disk counts as
 // free, and sends the host window (when it exists) each day deleted; from within the message the
-// host must not change the list. Sets `working_disk` when one is chosen, empties it when nothing
-// can be recycled, and leaves it when the list is empty.
+// host must not change the list. A disk that does not answer counts as free on its first turn. Sets
+// `working_disk` when one is chosen, empties it when nothing can be recycled, and leaves it when
+// the list is empty.
 int ChooseWorkingDisk(const CObList& disks, HWND host_window, CString& working_disk);
 
 // A day that recycling would delete.
