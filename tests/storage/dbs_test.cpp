@@ -1,17 +1,22 @@
 #include "storage/dbs.h"
 
-#include <gtest/gtest.h>
-
 #include "capture/zebx.h"
 #include "storage/file_search_info.h"
 #include "storage/working_disk.h"
+#include "storage/zeb_database.h"
 #include "tests/support/disk_fixture.h"
+#include "tests/support/faulty_file_system.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// An initialised library and a database with its file on d:, which makes its disk d:\data\database.
+// The text as a database file holds a short one.
+std::string Text(const std::string& text) {
+  return static_cast<char>(text.size()) + text;
+}
+
+// A library that is initialised, and a data directory and a database file "list" on d:.
 class Dbs : public DiskTest {
  protected:
   Dbs() {
@@ -23,272 +28,308 @@ class Dbs : public DiskTest {
     zebxCloseZebx();
   }
 
-  static int Open() { return dbsOpenDatabase("d:\\data", "d:\\list", "rec"); }
-  static int Add(const CString& path) {
-    tag_HDDPARAM param = Param(path);
-    return dbsAddHDD(&param);
+  static int Open() { return dbsOpenDatabase("d:\\Data", "d:\\list", "rec"); }
+  static int Add(tag_HDDPARAM param) { return dbsAddHDD(&param); }
+  // Opens with the disks d:\dvr\ and e:\.
+  static void OpenTwoDisks() {
+    ASSERT_TRUE(Open() && dbsRemoveHDDName("d:\\"));
+    ASSERT_TRUE(Add({1000, 0, "d:\\dvr", "", 0, ""}));
+    ASSERT_TRUE(Add({0x01020304, 1, "e:\\", "Second", 1, "bell.wav"}));
   }
-  static std::string WorkDisk() {
-    CString name, directory;
-    return dbsGetWorkHDD(&name, &directory) == 0 ? name + " " + directory : "none";
+  // The directory of the working disk, and all parameters of every disk.
+  static std::string State() {
+    CString name, work = "none";
+    dbsGetWorkHDD(&name, &work);
+    tag_HDDPARAM disk;
+    for (int i = 0; dbsGetHddParam(i, &disk) != 0; ++i) {
+      work += ", " + Words({disk.m_path, disk.m_database_name, disk.m_reserved_mb, disk.m_recycle,
+                            disk.m_alarm_when_space_not_enough, disk.m_alarm_sound});
+    }
+    return work;
   }
-  static CZebFileInfo Header(CTime begin) {
+  // The answer of a function that gives a text, and the text.
+  template <typename... Arguments>
+  static std::string Answer(int (*function)(CString*, Arguments...),
+                            std::type_identity_t<Arguments>... arguments) {
+    CString text = "?";
+    return Words({function(&text, arguments...), text});
+  }
+  // Makes a recording begun on the day before: the answer and, when there is a file, its path.
+  static std::string Create(decltype(&dbsCreateZebFile) function, tag_ZEBCAMERAID camera = {1, 2},
+                            int is_clip = 0) {
     CZebFileInfo header = MakeInfo("");
     header.SetHostName("Rec");
-    header.SetBeginTime(begin);
-    return header;
+    header.SetBeginTime(CTime(2004, 4, 11, 23, 59, 59));
+    header.SetCameraID(camera);
+    header.SetClip(is_clip);
+    CZebFile* file = nullptr;
+    if (function(&file, &header) == 0) return file == nullptr ? "0" : "a file";
+    WriteRun(*file, {.m_frames = 3});
+    EXPECT_EQ(dbsCloseZebFile(file), 1);
+    EXPECT_EQ(ReadVideos(header.GetFileName()), NumberedVideos({0, 1, 2}));
+    return "1 " + header.GetFileName();
   }
+  // The drives of the recordings of today.
+  static std::string Search() {
+    CSearchParam criteria;
+    criteria.SetHostName("rec");
+    criteria.SetDate(kNoonInNewYork);
+    CFileSearchInfo info(&criteria);
+    std::string found = Words({dbsSearchFile(nullptr), dbsSearchFile(&info), ""});
+    for (const CObject* entry : info) {
+      found += static_cast<const CZebFileInfo*>(entry)->GetFileName().front();
+    }
+    return found;
+  }
+  std::string FileBytes() const { return ReadWholeFile(m_d.File("list")); }
+
+  const std::string kFirst = "d:\\dvr\\, d:\\dvr\\ ZebDatabase(d:\\) 1000 0 0 ";
+  const std::string kSecond = ", e:\\ Second(e:\\) 16909060 1 1 bell.wav";
+  const std::string kTwoDisksFile = Little(2) + Text("d:\\") + Little(1000) + Little(0) +
+                                    Text("d:\\dvr\\") + Text("ZebDatabase") + Little(0) + Text("") +
+                                    Little(0x01020304) + Little(1) + Text("e:\\") + Text("Second") +
+                                    Little(1) + Text("bell.wav");
 };
 
 TEST_F(Dbs, FailsWithoutADatabase) {
   CString text = "kept";
   DWORD free = 7;
   tag_HDDPARAM param;
-  CFileSearchInfo search(nullptr);
-  CZebFileInfo header;
-  CZebFile* file = nullptr;
+  CHddObj* disk = nullptr;
   CObList list;
-  EXPECT_EQ(dbsSaveDatabase() + Add("e:\\") + dbsChangeBaseDir(0, &param) + dbsRemoveHDDIndex(0) +
+  EXPECT_EQ(dbsSaveDatabase() + Add({}) + dbsChangeBaseDir(0, &param) + dbsRemoveHDDIndex(0) +
                 dbsRemoveHDDName("d:\\") + dbsGetDbsName(0, &text) + dbsGetHddNum() +
-                dbsGetHddParam(0, &param) + dbsGetHDDList(&list) +
+                dbsGetHddParam(0, &param) + dbsGetHDDInfo(&disk, "") + dbsGetHDDList(&list) +
                 dbsGetHddSpace(0, &free, &free, &free) + dbsSetOnceDelSpace(60) +
-                dbsCreateZebFile(&file, &header) + dbsGetVideoDir(&text, "rec", CTime()) +
-                dbsGetVideoDirInfo(&text, "rec", CTime(), 0) + dbsGetRemoteDir(&text) +
-                dbsGetHostName(&text) + dbsSearchFile(&search) + dbsCloseZebFile(nullptr),
+                dbsGetVideoDir(&text, "rec", CTime()) + dbsGetHostName(&text) +
+                dbsCloseZebFile(nullptr),
             0);
-  EXPECT_EQ(dbsGetOnceDelSpace(), 0U);
-  EXPECT_EQ(dbsFindHddIndex("x"), -1);
-  EXPECT_EQ(dbsGetWorkHDD(&text, &text), -1);
-  EXPECT_EQ(dbsGetWorkHddFreeSpace(), -1);
-  EXPECT_EQ(dbsCheckWorkHDD(&free), -1);
-  EXPECT_EQ(dbsChangeWorkDir(), -1);
-  EXPECT_EQ(text, "kept");
-  EXPECT_EQ(free, 7U);
+  EXPECT_EQ(Words({Create(dbsCreateZebFile), Search(), dbsGetOnceDelSpace(), dbsFindHddIndex("x"),
+                   dbsGetWorkHDD(&text, &text), dbsGetWorkHddFreeSpace(), dbsCheckWorkHDD(&free),
+                   dbsChangeWorkDir(), text, free}),
+            "0 0 0  0 -1 -1 -1 -1 -1 kept 7");
 }
 
-TEST_F(Dbs, OpensOnlyWhileTheLibraryIsInitialised) {
+TEST_F(Dbs, OpensOnlyWhileTheLibraryIsInitialisedAndThereIsAPlaceForADisk) {
   zebxCloseZebx();
   EXPECT_EQ(Open(), 0);
   EXPECT_FALSE(Has("data/database"));
   zebxInitZebx(0, nullptr, 0, nullptr, "d:\\dev");
-  EXPECT_EQ(Open(), 1);
-  CString host;
-  EXPECT_EQ(dbsGetHostName(&host), 1);
-  EXPECT_EQ(host, "rec");
-
+  EXPECT_EQ(Words({Open(), State(), Answer(dbsGetHostName)}),
+            "1 d:\\data\\database\\, d:\\data\\database\\ ZebDatabase(d:\\) 1000 1 0  1 rec");
   // Opening once more saves and closes the one that is open.
-  EXPECT_EQ(Add("e:\\"), 1);
-  EXPECT_FALSE(Has("list"));
-  EXPECT_EQ(Open(), 1);
+  EXPECT_TRUE(Add(Param("e:\\")) && !Has("list") && Open());
   EXPECT_EQ(dbsGetHddNum(), 2);
   EXPECT_EQ(dbsOpenDatabase("d:\\none", "d:\\other", "rec"), 0);
+  MakeFile("file/database");
+  EXPECT_EQ(dbsOpenDatabase("d:\\file", "d:\\other", "rec"), 0);
   EXPECT_EQ(dbsGetHddNum(), 0);
 }
 
 TEST_F(Dbs, TakesOneDiskADrive) {
   ASSERT_EQ(Open(), 1);
-  EXPECT_EQ(WorkDisk(), "ZebDatabase(d:\\) d:\\data\\database\\");
-  EXPECT_EQ(Add("D:\\other"), 0);
   tag_HDDPARAM param = Param("E:\\DVR");
-  EXPECT_EQ(dbsAddHDD(&param), 1);
-  EXPECT_EQ(param.m_path, "e:\\dvr");
-  EXPECT_EQ(Add("f:\\"), 0);
-  EXPECT_EQ(dbsAddHDD(nullptr), 0);
-  EXPECT_EQ(dbsGetHddNum(), 2);
-  EXPECT_EQ(WorkDisk(), "ZebDatabase(d:\\) d:\\data\\database\\");
-
-  EXPECT_EQ(dbsFindHddIndex("ZebDatabase(e:\\)"), 1);
-  EXPECT_EQ(dbsFindHddIndex("ZebDatabase"), -1);
-  CString text = "?";
-  EXPECT_EQ(dbsGetDbsName(1, &text), 1);
-  EXPECT_EQ(text, "ZebDatabase(e:\\)");
-  EXPECT_EQ(dbsGetBaseDir(2, &text), 1);
-  EXPECT_EQ(text, "");
-  EXPECT_EQ(dbsGetHddParam(-1, &param) + dbsGetHddParam(2, &param), 0);
+  EXPECT_EQ(Words({dbsAddHDD(&param), param.m_path}), "1 e:\\dvr");
+  EXPECT_EQ(Add(Param("D:\\other")) + Add(Param("f:\\")) + dbsAddHDD(nullptr), 0);
+  EXPECT_EQ(Words({dbsFindHddIndex("ZebDatabase(e:\\)"), dbsFindHddIndex("ZebDatabase")}), "1 -1");
+  CString name = "?", directory = "?";
+  EXPECT_EQ(Words({dbsGetDbsName(1, &name), name, dbsGetBaseDir(2, &directory), directory}),
+            "1 ZebDatabase(e:\\) 1 ");
+  EXPECT_EQ(dbsGetHddParam(-1, &param), 0);
 
   // The working disk's name outlives its disk, and a new one does not take its place.
-  EXPECT_EQ(dbsRemoveHDDName("D:\\whatever"), 1);
-  EXPECT_EQ(dbsRemoveHDDName("d:\\"), 0);
-  EXPECT_EQ(WorkDisk(), "none");
-  EXPECT_EQ(dbsRemoveHDDIndex(0), 1);
-  EXPECT_EQ(dbsRemoveHDDIndex(0), 0);
-  EXPECT_EQ(Add("e:\\"), 1);
-  EXPECT_EQ(WorkDisk(), "ZebDatabase(e:\\) e:\\");
-}
+  EXPECT_EQ(Words({dbsRemoveHDDName("D:\\whatever"), dbsRemoveHDDName("d:\\"), State()}),
+            "1 0 none, e:\\dvr\\ ZebDatabase(e:\\) 0 0 0 ");
+  EXPECT_EQ(Words({dbsRemoveHDDIndex(0), dbsRemoveHDDIndex(0), Add(Param("e:\\")), State()}),
+            "1 0 1 e:\\, e:\\ ZebDatabase(e:\\) 0 0 0 ");
 
-TEST_F(Dbs, AnswersFailureForRemovingTheLastDiskAndLeavesTheListEmpty) {
-  ASSERT_EQ(Open(), 1);
+  // That the last one went is answered with failure; a host may go on with it.
   CHddObj* disk = nullptr;
-  EXPECT_EQ(dbsGetHDDInfo(&disk, "ZebDatabase(d:\\)"), 1);
-  ASSERT_NE(disk, nullptr);
-  EXPECT_EQ(dbsRemoveHDDIndex(0), 0);
-  EXPECT_EQ(dbsGetHddNum(), 0);
-  EXPECT_EQ(disk->GetHDD(), "d:\\");  // a host that was refused may go on with it
-  EXPECT_EQ(WorkDisk(), "none");
-  EXPECT_EQ(dbsGetHDDInfo(&disk, "ZebDatabase(d:\\)"), 1);
+  ASSERT_TRUE(dbsGetHDDInfo(&disk, "ZebDatabase(e:\\)") && disk != nullptr);
+  EXPECT_EQ(Words({dbsRemoveHDDIndex(0), State(), disk->GetHDD()}), "0 none e:\\");
+  EXPECT_EQ(dbsGetHDDInfo(&disk, "ZebDatabase(e:\\)"), 1);
   EXPECT_EQ(disk, nullptr);
 }
 
 TEST_F(Dbs, NamesADiskTwiceWhenItsParametersComeBackUnchanged) {
-  ASSERT_EQ(Open(), 1);
+  OpenTwoDisks();
   tag_HDDPARAM param;
-  EXPECT_EQ(dbsGetHddParam(0, &param), 1);
-  EXPECT_EQ(param.m_path, "d:\\data\\database\\");
-  EXPECT_EQ(param.m_database_name, "ZebDatabase(d:\\)");
-  param.m_alarm_sound = "bell.wav";
-  EXPECT_EQ(dbsChangeBaseDir(5, &param), 1);
-  EXPECT_EQ(dbsFindHddIndex("ZebDatabase(d:\\)(d:\\)"), 0);
-  EXPECT_EQ(dbsGetHddParam(0, &param), 1);
-  EXPECT_EQ(param.m_alarm_sound, "bell.wav");
-  param.m_path = "e:\\";
-  EXPECT_EQ(dbsChangeBaseDir(0, &param), 0);
-  param.m_path = "d:";
-  EXPECT_EQ(dbsChangeBaseDir(0, &param), 0);
+  EXPECT_TRUE(dbsGetHddParam(1, &param) && dbsChangeBaseDir(0, &param));
+  EXPECT_EQ(State(), kFirst + ", e:\\ Second(e:\\)(e:\\) 16909060 1 1 bell.wav");
+  for (const char* path : {"f:\\", "e:"}) {
+    param.m_path = path;
+    EXPECT_EQ(dbsChangeBaseDir(1, &param), 0);
+  }
 }
 
 TEST_F(Dbs, TellsTheSpaceOfTheFirstDiskAlone) {
-  os::MountDrive('d', m_d.Path().string(), os::DriveKind::kFixed, ULONGLONG{64} << 20);
-  ASSERT_EQ(Open(), 1);
-  ASSERT_EQ(Add("e:\\"), 1);
-  DWORD total = 1, used = 2, free = 3;
+  MountSmall('d', m_d, 64);
+  OpenTwoDisks();
+  DWORD total = 1, used = 2, free = 3, checked = 4;
   EXPECT_EQ(dbsGetHddSpace(1, &total, &used, &free) + dbsGetHddSpace(-1, &total, &used, &free), 0);
-  EXPECT_EQ(total, 1U);
-  EXPECT_EQ(dbsGetHddSpace(0, &total, &used, &free), 1);
-  EXPECT_EQ(total, 64U);
-  EXPECT_EQ(dbsGetWorkHddFreeSpace(), static_cast<int>(free));
-  DWORD checked = 0;
-  EXPECT_EQ(dbsCheckWorkHDD(&checked), kWorkingDiskFull);
-  EXPECT_EQ(checked, free);
-
-  EXPECT_EQ(dbsGetOnceDelSpace(), 100U);
-  EXPECT_EQ(dbsSetOnceDelSpace(49), 0);
-  EXPECT_EQ(dbsSetOnceDelSpace(50), 1);
-  EXPECT_EQ(dbsGetOnceDelSpace(), 50U);
-}
-
-TEST_F(Dbs, LeavesNoWorkingDiskWhenNothingCanBeRecycled) {
-  os::MountDrive('d', m_d.Path().string(), os::DriveKind::kFixed, ULONGLONG{64} << 20);
-  ASSERT_EQ(Open(), 1);
-  EXPECT_EQ(dbsChangeWorkDir(), kNothingToRecycle);
-  EXPECT_EQ(WorkDisk(), "none");
-  CZebFileInfo header = Header(CTime(kNoonInNewYork));
-  CZebFile* file = nullptr;
-  EXPECT_EQ(dbsCreateZebFile(&file, &header), 0);
-  CString directory = "?";
-  EXPECT_EQ(dbsGetVideoDir(&directory, "rec", CTime()), 1);
-  EXPECT_EQ(directory, "");
-  EXPECT_EQ(dbsGetRemoteDir(&directory), 1);
-  EXPECT_EQ(directory, "");
-
-  tag_HDDPARAM roomy = Param("e:\\");  // reserves nothing
-  EXPECT_EQ(dbsAddHDD(&roomy), 1);
-  EXPECT_EQ(dbsChangeWorkDir(), kWorkingDiskChosen);
-  EXPECT_EQ(WorkDisk(), "ZebDatabase(e:\\) e:\\");
+  EXPECT_EQ(Words({dbsGetHddSpace(0, &total, &used, &free), total}), "1 64");
+  EXPECT_EQ(Words({dbsGetWorkHddFreeSpace(), dbsCheckWorkHDD(&checked), checked}),
+            Words({free, kWorkingDiskFull, free}));
+  EXPECT_EQ(Words({dbsGetOnceDelSpace(), dbsSetOnceDelSpace(49), dbsGetOnceDelSpace(),
+                   dbsSetOnceDelSpace(50), dbsGetOnceDelSpace()}),
+            "100 0 100 1 50");
 }
 
 TEST_F(Dbs, HandsOutCopiesOfItsDisksWithTheirDays) {
-  ASSERT_EQ(Open(), 1);
-  MakeDirs({"data/database/d20040401", "data/database/d20040402"});
+  OpenTwoDisks();
+  MakeDirs({"dvr/d20040401", "dvr/d20040402"});
   CObList list;
   EXPECT_EQ(dbsGetHDDList(&list), 1);
-  ASSERT_EQ(list.GetCount(), 1U);
   dbsCloseDatabase();
-  const std::unique_ptr<CHddObj> copy(static_cast<CHddObj*>(list.GetHead()));
-  EXPECT_EQ(copy->GetDbsName() + copy->GetBaseDir(), "ZebDatabase(d:\\)d:\\data\\database\\");
-  EXPECT_EQ(copy->GetDirNum(0), 2);
+  std::string copies;
+  for (const CObject* entry : list) {
+    const std::unique_ptr<const CHddObj> copy(static_cast<const CHddObj*>(entry));
+    copies += Words({copy->GetDbsName(), copy->GetBaseDir(), DaysOf(*copy), ""});
+  }
+  EXPECT_EQ(copies, "ZebDatabase(d:\\) d:\\dvr\\ 401 402 Second(e:\\) e:\\  ");
 }
 
 TEST_F(Dbs, NamesRecordingsAfterCameraAndBeginTimeInTheDayOfTheirCreation) {
   ASSERT_EQ(Open(), 1);
-  // The begin time is of the day before.
-  CZebFileInfo header = Header(CTime(2004, 4, 11, 23, 59, 59));
+  const std::string day = "1 d:\\data\\database\\d20040412\\rec\\";
+  EXPECT_EQ(Create(dbsCreateZebFile), day + "video\\c0102040411235959.zebz");
+  EXPECT_EQ(Create(dbsCreateZebFile, {12, 103}, 1), day + "video\\cc12103040411235959.zebz");
+  EXPECT_EQ(Create(dbsCreateZebAlarmFile, {0, 0}, 1), day + "alarm\\ca0000040411235959.zebz");
+  CZebFileInfo header = MakeInfo("");
   CZebFile* file = nullptr;
-  const CString day = "d:\\data\\database\\d20040412\\rec\\";
-  ASSERT_EQ(dbsCreateZebFile(&file, &header), 1);
-  EXPECT_EQ(header.GetFileName(), day + "video\\c0102040411235959.zebz");
-  WriteRun(*file, {.m_frames = 3});
-  EXPECT_EQ(dbsCloseZebFile(file), 1);
-  EXPECT_TRUE(Has("data/database/d20040412/rec/video/c0102040411235959.zebz"));
-
-  header.SetClip(1);
-  header.SetCameraID({12, 103});
-  ASSERT_EQ(dbsCreateZebFile(&file, &header), 1);
-  EXPECT_EQ(header.GetFileName(), day + "video\\cc12103040411235959.zebz");
+  EXPECT_EQ(dbsCreateZebFile(nullptr, &header) + dbsCreateZebFile(&file, nullptr), 0);
+  EXPECT_EQ(dbsCreateZebFile(&file, &header), 1);
   dbsCloseDatabase();
   EXPECT_EQ(dbsCloseZebFile(file), 1);
-
-  ASSERT_EQ(Open(), 1);
-  ASSERT_EQ(dbsCreateZebAlarmFile(&file, &header), 1);
-  EXPECT_EQ(header.GetFileName(), day + "alarm\\ca12103040411235959.zebz");
-  EXPECT_EQ(dbsCloseZebFile(file), 1);
-
-  EXPECT_EQ(dbsCreateZebFile(nullptr, &header) + dbsCreateZebFile(&file, nullptr), 0);
-  EXPECT_EQ(file, nullptr);
-  fs::remove_all(m_d.Path() / "data" / "database" / "d20040412");
-  WriteWholeFile(m_d.File("data/database/d20040412"), "a file in the day's place");
-  EXPECT_EQ(dbsCreateZebAlarmFile(&file, &header), 0);
 }
 
 TEST_F(Dbs, HandsOutTheDirectoriesOfEveryKind) {
-  ASSERT_EQ(Open(), 1);
-  ASSERT_EQ(Add("e:\\"), 1);
-  struct Kind {
-    decltype(&dbsGetVideoDir) m_make;
-    decltype(&dbsGetVideoDirInfo) m_find;
-    const char* m_leaf;
-  };
-  const Kind kKinds[] = {
-      {dbsGetVideoDir, dbsGetVideoDirInfo, "video"},
-      {dbsGetAlarmDir, dbsGetAlarmDirInfo, "alarm"},
-      {dbsGetClipDir, dbsGetClipDirInfo, "clip"},
-      {dbsGetPictureDir, dbsGetPictureDirInfo, "picture"},
-      {dbsGetLogDir, dbsGetLogDirInfo, "log"},
-      {dbsGetFaceDir, dbsGetFaceDirInfo, "face"},
-  };
+  OpenTwoDisks();
+  const std::tuple<decltype(&dbsGetVideoDir), decltype(&dbsGetVideoDirInfo), const char*> kKinds[] =
+      {{dbsGetVideoDir, dbsGetVideoDirInfo, "video"},
+       {dbsGetAlarmDir, dbsGetAlarmDirInfo, "alarm"},
+       {dbsGetClipDir, dbsGetClipDirInfo, "clip"},
+       {dbsGetPictureDir, dbsGetPictureDirInfo, "picture"},
+       {dbsGetLogDir, dbsGetLogDirInfo, "log"},
+       {dbsGetFaceDir, dbsGetFaceDirInfo, "face"}};
   const CTime day(2004, 3, 2, 1, 0, 0);
   for (const auto& [make, find, leaf] : kKinds) {
-    const CString expected = CString("d:\\data\\database\\d20040302\\rec\\") + leaf;
-    CString directory = "?";
-    EXPECT_EQ(find(&directory, "rec", day, 0), 1);
-    EXPECT_EQ(directory, "");
-    EXPECT_EQ(make(&directory, "rec", day), 1);
-    EXPECT_EQ(directory, expected);
-    directory.clear();
-    EXPECT_EQ(find(&directory, "rec", day, 0), 1);
-    EXPECT_EQ(directory, expected);
-    for (const int other : {-1, 1, 2}) {
-      EXPECT_EQ(find(&directory, "rec", day, other), 1);
-      EXPECT_EQ(directory, "");
-    }
+    const CString made = CString("1 d:\\dvr\\d20040302\\rec\\") + leaf;
+    EXPECT_EQ(Answer(find, "rec", day, 0), "1 ");
+    EXPECT_EQ(Answer(make, "rec", day), made);
+    EXPECT_EQ(Answer(find, "rec", day, 0), made);
+    for (const int other : {-1, 1, 2}) EXPECT_EQ(Answer(find, "rec", day, other), "1 ");
   }
-  CString directory;
-  EXPECT_EQ(dbsGetDir(&directory, "Rec", "Cam", kZebFileLog, CTime()), 1);
-  EXPECT_EQ(directory, "d:\\data\\database\\d20040412\\rec\\cam\\log");
-  EXPECT_EQ(dbsGetRemoteDir(&directory), 1);
-  EXPECT_TRUE(Has("data/database/Remote/d20040412"));
+  EXPECT_EQ(Answer(dbsGetDir, "Rec", "Cam", kZebFileLog, CTime()),
+            "1 d:\\dvr\\d20040412\\rec\\cam\\log");
+  EXPECT_EQ(Answer(dbsGetRemoteDir), "1 d:\\dvr\\remote\\d20040412");
 }
 
-TEST_F(Dbs, SearchesTheDisksInTheirOrderAndKeepsDuplicates) {
-  ASSERT_EQ(Open(), 1);
-  ASSERT_EQ(Add("e:\\"), 1);
-  MakeDirs({"data/database/d20040410/rec/video"});
-  fs::create_directories(m_e.Path() / "d20040410/rec/video");
-  WriteWholeFile(m_d.File("data/database/d20040410/rec/video/b"), RawRecording({1, 0}));
-  WriteWholeFile(m_e.File("d20040410/rec/video/a"), RawRecording({1, 0}));
-  WriteWholeFile(m_e.File("d20040410/rec/video/b"), RawRecording({1, 0}));
-  CSearchParam criteria;
-  criteria.SetHostName("rec");
-  criteria.SetDate(DateOf(2004, 4, 10));
-  CFileSearchInfo info(&criteria);
-  EXPECT_EQ(dbsSearchFile(&info), 1);
-  std::vector<CString> names;
-  for (const CObject* entry : info) {
-    names.push_back(static_cast<const CZebFileInfo*>(entry)->GetFileName());
+TEST_F(Dbs, GoesOnWithoutADriveThatIsGone) {
+  MountSmall('e', m_e, 60);
+  ASSERT_TRUE(Open() && Add(Param("e:\\")));
+  EXPECT_EQ(Create(dbsCreateZebFile).substr(0, 4), "1 d:");
+  os::UnmountDrive('d');
+  DWORD free = 7;
+  EXPECT_EQ(Words({Create(dbsCreateZebFile), Search(), Answer(dbsGetVideoDir, "rec", CTime()),
+                   dbsSaveDatabase(), dbsCheckWorkHDD(&free), free, dbsGetWorkHddFreeSpace()}),
+            "0 0 1  1  0 -1 7 0");
+  EXPECT_EQ(Words({dbsChangeWorkDir(), Create(dbsCreateZebFile)}).substr(0, 6), "0 1 e:");
+
+  // It comes back, but full, and so is the other one now.
+  MountSmall('d', m_d, 64);
+  MountSmall('e', m_e, 10);
+  EXPECT_EQ(Words({Search(), dbsSaveDatabase(), dbsChangeWorkDir()}), "0 1 de 1 1");
+  EXPECT_EQ(State().substr(0, 6), "none, ");
+  EXPECT_EQ(Words({Create(dbsCreateZebFile), Create(dbsCreateZebAlarmFile),
+                   Answer(dbsGetVideoDir, "rec", CTime()), Answer(dbsGetRemoteDir)}),
+            "0 0 1  1 ");
+}
+
+TEST_F(Dbs, KeepsItsDisksInAFileOfThisForm) {
+  OpenTwoDisks();
+  EXPECT_EQ(dbsSaveDatabase(), 1);
+  EXPECT_EQ(FileBytes(), kTwoDisksFile);
+  EXPECT_FALSE(Has("list.new"));
+  EXPECT_EQ(Words({Open(), State()}), "1 " + kFirst + kSecond);
+  // An empty list is never written.
+  EXPECT_EQ(Words({dbsRemoveHDDIndex(1), dbsRemoveHDDIndex(0), dbsSaveDatabase()}), "1 0 0");
+  dbsCloseDatabase();
+  EXPECT_EQ(FileBytes(), kTwoDisksFile);
+  // A disk that is gone drops out; the working disk keeps its name.
+  Mount('d', m_d, os::DriveKind::kRemovable);
+  EXPECT_EQ(Words({Open(), State(), dbsSaveDatabase()}), "1 none" + kSecond + " 1");
+  EXPECT_EQ(FileBytes().substr(0, 8), Little(1) + Text("d:\\"));
+}
+
+TEST_F(Dbs, LoadsWhatIsWholeOfAFileCutAnywhere) {
+  fs::remove(m_d.Path() / "data");
+  const auto load = [this](const std::string& bytes) {
+    dbsCloseDatabase();
+    WriteWholeFile(m_d.File("list"), bytes);
+    return Words({Open(), State()});
+  };
+  const std::size_t first_end = kTwoDisksFile.size() - (4 + 4 + 4 + 7 + 4 + 9);
+  for (std::size_t bytes = 0; bytes < kTwoDisksFile.size(); ++bytes) {
+    EXPECT_EQ(load(kTwoDisksFile.substr(0, bytes)), bytes < first_end ? "0 none" : "1 " + kFirst);
   }
-  const CString day = "d20040410\\rec\\video\\";
-  EXPECT_EQ(names, (std::vector<CString>{"d:\\data\\database\\" + day + "b", "e:\\" + day + "a",
-                                         "e:\\" + day + "b"}));
-  EXPECT_EQ(dbsSearchFile(nullptr), 0);
+  EXPECT_EQ(load(Little(0xFFFFFFFF) + kTwoDisksFile.substr(4)), "1 " + kFirst + kSecond);
+}
+
+TEST_F(Dbs, KeepsTheOldFileWhenASaveFails) {
+  OpenTwoDisks();
+  ASSERT_TRUE(dbsSaveDatabase() && dbsRemoveHDDIndex(1));
+  ASSERT_TRUE(Add({0, 1, "e:\\", "", 0, CString(9000, 's')}));  // takes three writes
+  const auto expect_failure = [this](const std::string& what) {
+    EXPECT_EQ(Words({dbsSaveDatabase(), FileBytes(), Has("list.new")}), "0 " + kTwoDisksFile + " 0")
+        << what;
+  };
+  {
+    FaultyFileSystem faulty;
+    using Call = FaultyFileSystem::Call;
+    for (const auto& [kind, calls] :
+         {std::pair(Call::kOpen, 2U), {Call::kWrite, 3U}, {Call::kClose, 1U}}) {
+      for (unsigned n = 1; n <= calls; ++n) {
+        faulty.FailCall(kind, n, 5);
+        expect_failure(Words({"call", kind, n}));
+      }
+    }
+    for (const std::uint64_t bytes : {0, 20, 5000}) {
+      faulty.FillDiskAfter(bytes);
+      expect_failure(Words({"full after", bytes}));
+    }
+    dbsCloseDatabase();  // loses the list in memory, and that alone
+    EXPECT_EQ(FileBytes(), kTwoDisksFile);
+  }
+  ASSERT_EQ(Open(), 1);
+  fs::rename(m_d.Path() / "list", m_d.Path() / "old");
+  MakeDirs({"list/below"});
+  EXPECT_EQ(Words({dbsSaveDatabase(), Has("list.new")}), "0 0");
+}
+
+// A database that keeps a result, as derived ones may.
+class KeepingDatabase : public CZebDatabase {
+ public:
+  void Keep(CSearchParam criteria) {
+    m_last_search = std::make_unique<CFileSearchInfo>(&criteria);
+    m_last_search->Append(std::make_unique<CZebFileInfo>());
+  }
+  bool Keeps() const { return m_last_search != nullptr; }
+};
+
+TEST_F(Dbs, AnswersAKeptSearchUntilTheCriteriaChange) {
+  KeepingDatabase database;
+  EXPECT_STREQ(database.GetRuntimeClass()->m_name, "CZebDatabase");
+  CSearchParam criteria;
+  database.Keep(criteria);
+  CFileSearchInfo same(&criteria);
+  EXPECT_EQ(Words({database.SearchFile(&same), same.GetCount(), database.Keeps()}), "1 1 1");
+  criteria.SetHostName("other");
+  CFileSearchInfo other(&criteria);
+  EXPECT_EQ(Words({database.SearchFile(&other), other.GetCount(), database.Keeps()}), "1 0 0");
+  database.Keep(criteria);
+  database.Close();
+  EXPECT_FALSE(database.Keeps());
 }
 
 }  // namespace

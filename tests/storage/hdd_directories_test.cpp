@@ -1,194 +1,231 @@
-#include "storage/hdd_obj.h"
+#include <cstdlib>
+
+#include "platform/framework/archive.h"
+#include "platform/framework/file_exception.h"
+#include "platform/framework/mem_file.h"
 #include "tests/support/disk_fixture.h"
 
 namespace {
 
-using HddDirectoriesTest = DiskTest;
+namespace fs = std::filesystem;
 
-constexpr char kDay[] = "d20040412";
+// What a host sees of a disk.
+std::string StateOf(const CHddObj& disk) {
+  return Words({disk.GetBaseDir(), disk.GetHDD(), disk.GetDbsName(), disk.GetDbsName1(),
+                disk.GetReservedSpace(), disk.GetAlarmSpace(), disk.IsRecycle(),
+                disk.IsAlarmWhenSpaceNotEnough(), disk.GetAlarmSound(), DaysOf(disk)});
+}
 
-TEST_F(HddDirectoriesTest, StartsWithoutADirectory) {
+class HddDirectories : public DiskTest {
+ protected:
+  TestDisk m_disk;
+};
+
+TEST_F(HddDirectories, LieOnFixedAndNetworkDrivesOnly) {
+  MakeFile("file");
+  Mount('n', m_e, os::DriveKind::kNetwork);
+  Mount('r', m_e, os::DriveKind::kRemovable);
+  Mount('s', m_e, os::DriveKind::kCdRom);
+  for (const auto& [path, base_dir] : {std::pair("D:\\", "d:\\"),
+                                       {"D:\\Dvr", "d:\\dvr\\"},
+                                       {"d:\\dvr\\", "d:\\dvr\\"},
+                                       {"n:\\dvr", "n:\\dvr\\"}}) {
+    EXPECT_EQ(Words({Create(m_disk, path), m_disk.GetBaseDir()}), CString("1 ") + base_dir);
+  }
+  EXPECT_TRUE(Has("dvr"));
+  for (const char* path : {"", "d", "d:", "d:x", "d:dvr", "r:\\dvr", "s:\\", "x:\\", "d:\\file",
+                           "d:\\file\\", "d:\\a\\b", "/tmp", "\\\\server\\share"}) {
+    EXPECT_EQ(Create(m_disk, path), 0) << path;
+  }
+  EXPECT_EQ(m_disk.Create(nullptr), 0);
+  EXPECT_FALSE(Has("a"));
+
+  // A disk that never found its place.
   const std::unique_ptr<CObject> object(CHddObj::CreateObject());
   ASSERT_TRUE(object->IsKindOf(RUNTIME_CLASS(CHddObj)));
   auto& disk = static_cast<CHddObj&>(*object);
-  EXPECT_EQ(disk.GetDbsName(), "ZebDatabase");
-  EXPECT_EQ(disk.GetDbsName1(), "ZebDatabase");
-  EXPECT_EQ(disk.GetReservedSpace(), 1000U);
-  EXPECT_EQ(disk.GetAlarmSpace(), 1050U);
-  EXPECT_EQ(disk.IsRecycle(), 0);
-  EXPECT_EQ(disk.GetHDD(), "");
-  EXPECT_EQ(disk == "", 0);
-  for (const CString& directory :
-       {disk.GetBaseDir(), disk.GetVideoDir(), disk.GetRemoteVideoDir(), disk.GetPictureDir(),
-        disk.GetVideoDir("host", CTime()), disk.GetDir("host", "camera", kZebFileVideo, CTime()),
-        disk.GetVideoDirInfo("host", CTime::GetCurrentTime())}) {
-    EXPECT_EQ(directory, "");
-  }
+  EXPECT_EQ(StateOf(disk), "  ZebDatabase ZebDatabase 1000 1050 0 0  ");
+  EXPECT_EQ(Words({disk == "", disk.GetVideoDir(), disk.GetVideoDir("rec", CTime()),
+                   disk.GetVideoDirInfo("rec", CTime())}),
+            "0   ");
 }
 
-TEST_F(HddDirectoriesTest, TakesARootAsItIsAndADirectoryWithABackslash) {
-  for (const auto& [path, base_dir] : {std::pair("D:\\", "d:\\"), std::pair("D:\\Dvr", "d:\\dvr\\"),
-                                       std::pair("d:\\dvr\\", "d:\\dvr\\")}) {
-    CHddObj disk;
-    EXPECT_EQ(Create(disk, path), 1) << path;
-    EXPECT_EQ(disk.GetBaseDir(), base_dir);
-    EXPECT_EQ(disk.GetHDD(), "d:\\");
-    EXPECT_EQ(disk.GetDbsName(), "ZebDatabase(d:\\)");
-    EXPECT_EQ(disk.GetDbsName1(), "ZebDatabase");
-  }
-  EXPECT_TRUE(Has("dvr"));
-}
-
-TEST_F(HddDirectoriesTest, RefusesOtherDrivesFilesAndMissingParents) {
-  WriteWholeFile(m_d.File("file"), "x");
-  os::MountDrive('r', m_d.Path().string(), os::DriveKind::kRemovable);
-  os::MountDrive('s', m_d.Path().string(), os::DriveKind::kCdRom);
-  CHddObj disk;
-  EXPECT_EQ(disk.Create(nullptr), 0);
-  for (const char* path : {"", "d", "d:", "d:x", "d:dvr", "r:\\dvr", "s:\\", "x:\\", "d:\\file",
-                           "d:\\file\\", "d:\\a\\b", "/tmp", "\\\\server\\share"}) {
-    EXPECT_EQ(Create(disk, path), 0) << path;
-    EXPECT_EQ(disk.GetBaseDir(), "") << path;
-  }
-  EXPECT_FALSE(Has("a"));
-  os::MountDrive('r', m_d.Path().string(), os::DriveKind::kNetwork);
-  EXPECT_EQ(Create(disk, "r:\\dvr"), 1);
-  os::UnmountDrive('r');
-  os::UnmountDrive('s');
-}
-
-TEST_F(HddDirectoriesTest, AFailedCreateLeavesTheNewSwitchesAndTheOldPlace) {
-  TestDisk disk;
+TEST_F(HddDirectories, MoveOnTheirDriveOnlyAndOnFailureKeepPlaceAndNames) {
   tag_HDDPARAM param{7, 1, "d:\\dvr", "Front", 0, "a.wav"};
-  ASSERT_EQ(disk.Create(&param), 1);
-  EXPECT_EQ(disk.GetDbsName(), "Front(d:\\)");
-  param = {0xFFFFFFFF, 0, "x:\\", "Rear", 1, "b.wav"};
-  ASSERT_EQ(disk.Create(&param), 0);
-  EXPECT_EQ(disk.GetReservedSpace(), 0xFFFFFFFF);
-  EXPECT_EQ(disk.GetAlarmSpace(), 49U);
-  EXPECT_EQ(disk.IsRecycle(), 0);
-  EXPECT_EQ(disk.IsAlarmWhenSpaceNotEnough(), 1);
-  EXPECT_EQ(disk.GetAlarmSound(), "b.wav");
-  EXPECT_EQ(disk.GetBaseDir(), "d:\\dvr\\");
-  EXPECT_EQ(disk.GetDbsName1(), "Front");
-}
-
-TEST_F(HddDirectoriesTest, MovesOnItsDriveOnly) {
-  CHddObj disk;
-  ASSERT_EQ(Create(disk, "d:\\dvr"), 1);
-  tag_HDDPARAM param{5, 1, "e:\\dvr", "", 0, ""};
-  EXPECT_EQ(disk.ChangeBaseDir(&param), 0);
-  EXPECT_EQ(disk.GetReservedSpace(), 0U);  // not even the switches: Create was not asked
-  EXPECT_EQ(disk.ChangeBaseDir(nullptr), 0);
-  param.m_path = "d:";
-  EXPECT_EQ(disk.ChangeBaseDir(&param), 0);
+  MakeDirs({"dvr/d20040410", "other"});
+  ASSERT_EQ(m_disk.Create(&param), 1);
+  const std::string before = "d:\\dvr\\ d:\\ Front(d:\\) Front 7 57 1 0 a.wav 410";
+  EXPECT_EQ(StateOf(m_disk), before);
+  param = {0xFFFFFFFF, 0, "e:\\", "Rear", 1, "b.wav"};
+  EXPECT_EQ(m_disk.ChangeBaseDir(&param) + m_disk.ChangeBaseDir(nullptr), 0);
+  EXPECT_EQ(StateOf(m_disk), before);
+  param.m_path = "D:\\none\\below";
+  EXPECT_EQ(m_disk.ChangeBaseDir(&param), 0);
+  EXPECT_EQ(StateOf(m_disk), "d:\\dvr\\ d:\\ Front(d:\\) Front 4294967295 49 0 1 b.wav 410");
   param.m_path = "D:\\other";
-  EXPECT_EQ(disk.ChangeBaseDir(&param), 1);
-  EXPECT_EQ(disk.GetBaseDir(), "d:\\other\\");
-  EXPECT_EQ(disk == "D:\\elsewhere", 1);
-  EXPECT_EQ(disk == "d:", 0);
-  EXPECT_EQ(disk == "e:\\other", 0);
+  EXPECT_EQ(m_disk.ChangeBaseDir(&param), 1);
+  EXPECT_EQ(StateOf(m_disk), "d:\\other\\ d:\\ Rear(d:\\) Rear 4294967295 49 0 1 b.wav ");
+  EXPECT_EQ(Words({m_disk == "D:\\dvr", m_disk == "d:", m_disk == "e:\\other"}), "1 0 0");
 }
 
-TEST_F(HddDirectoriesTest, MakesTheTreeOfADayOnce) {
-  TestDisk disk;
-  ASSERT_EQ(Create(disk, "d:\\"), 1);
-  EXPECT_EQ(disk.GetVideoDir("Recorder", CTime()), "d:\\d20040412\\recorder\\video");
-  EXPECT_EQ(disk.GetVideoDir("RECORDER", CTime()), "d:\\d20040412\\recorder\\video");
-  EXPECT_EQ(disk.GetClipDir("r", CTime()), "d:\\d20040412\\r\\clip");
-  EXPECT_EQ(disk.GetAlarmDir("r", CTime()), "d:\\d20040412\\r\\alarm");
-  EXPECT_EQ(disk.GetPictureDir("r", CTime()), "d:\\d20040412\\r\\picture");
-  EXPECT_EQ(disk.GetLogDir("r", CTime()), "d:\\d20040412\\r\\log");
-  EXPECT_EQ(disk.GetFaceDir("r", CTime()), "d:\\d20040412\\r\\face");
+TEST_F(HddDirectories, AreMadeInLowerCaseAndTheirDayListedOnce) {
+  ASSERT_EQ(Create(m_disk, "d:\\"), 1);
+  const CTime now;
+  EXPECT_EQ(m_disk.GetVideoDir("Recorder", now), "d:\\d20040412\\recorder\\video");
+  EXPECT_EQ(m_disk.GetVideoDir("RECORDER", now), "d:\\d20040412\\recorder\\video");
   EXPECT_TRUE(Has("d20040412/recorder/video"));
-  EXPECT_EQ(disk.Dates(), CDWordArray{DateOf(2004, 4, 12)});
-  // Appended, whatever the day.
-  EXPECT_EQ(disk.GetVideoDir("r", CTime(2004, 4, 10, 23, 59, 59)), "d:\\d20040410\\r\\video");
-  EXPECT_EQ(disk.Dates(), (CDWordArray{DateOf(2004, 4, 12), DateOf(2004, 4, 10)}));
-}
-
-TEST_F(HddDirectoriesTest, GetDirLeavesAnEmptyHostOutAndFailsLateOnAnotherType) {
-  CHddObj disk;
-  ASSERT_EQ(Create(disk, "d:\\"), 1);
-  EXPECT_EQ(disk.GetDir("Host", "Cam1", kZebFileFace, CTime()), "d:\\d20040412\\host\\cam1\\face");
-  EXPECT_EQ(disk.GetDir("", "Cam2", kZebFileLog, CTime()), "d:\\d20040412\\cam2\\log");
-  EXPECT_EQ(disk.GetDir("Host", "Cam3", tag_ZEBFILETYPE{6}, CTime()), "");
-  EXPECT_TRUE(Has("d20040412/host/cam3"));
-}
-
-TEST_F(HddDirectoriesTest, UndatedGettersKeepTheFoldersCapitals) {
-  TestDisk disk;
-  ASSERT_EQ(Create(disk, "d:\\dvr"), 1);
-  EXPECT_EQ(disk.GetVideoDir(), "d:\\dvr\\local\\d20040412");
-  EXPECT_EQ(disk.GetVideoDir(), "d:\\dvr\\local\\d20040412");
-  EXPECT_EQ(disk.GetRemoteVideoDir(), "d:\\dvr\\remote\\d20040412");
-  EXPECT_EQ(disk.GetPictureDir(), "d:\\dvr\\picture\\d20040412");
-  for (const char* folder : {"Local", "Remote", "Picture"}) {
-    EXPECT_TRUE(Has(std::string("dvr/") + folder + "/" + kDay)) << folder;
-  }
-  EXPECT_EQ(disk.Dates(0), CDWordArray{DateOf(2004, 4, 12)});
-  EXPECT_EQ(disk.Dates(1), CDWordArray{DateOf(2004, 4, 12)});
-  disk.Refresh();  // "Local" is not below the base directory itself
-  EXPECT_EQ(disk.GetDirNum(0), 0);
-}
-
-TEST_F(HddDirectoriesTest, InfoGettersLookAndMakeNothing) {
-  CHddObj disk;
-  ASSERT_EQ(Create(disk, "d:\\"), 1);
-  const CTime now = CTime::GetCurrentTime();
-  EXPECT_EQ(disk.GetVideoDirInfo("r", now), "");
-  EXPECT_FALSE(Has(kDay));
-  for (const char* leaf : {"video", "clip", "alarm", "picture", "log", "face"}) {
-    std::filesystem::create_directories(m_d.Path() / kDay / "r" / leaf);
-  }
-  EXPECT_EQ(disk.GetVideoDirInfo("R", now), "d:\\d20040412\\r\\video");
-  EXPECT_EQ(disk.GetClipDirInfo("r", now), "d:\\d20040412\\r\\clip");
-  EXPECT_EQ(disk.GetAlarmDirInfo("r", now), "d:\\d20040412\\r\\alarm");
-  EXPECT_EQ(disk.GetPictureDirInfo("r", now), "d:\\d20040412\\r\\picture");
-  EXPECT_EQ(disk.GetLogDirInfo("r", now), "d:\\d20040412\\r\\log");
-  EXPECT_EQ(disk.GetFaceDirInfo("r", now), "d:\\d20040412\\r\\face");
-  EXPECT_EQ(disk.GetVideoDirInfo("r", CTime()), "");  // a day in 1970, not today
-  MakeFile("d20040412/file/video", 1);
-  EXPECT_EQ(disk.GetVideoDirInfo("file", now), "");
-}
-
-TEST_F(HddDirectoriesTest, AFileInThePlaceOfALevelIsAFailure) {
-  TestDisk disk;
-  ASSERT_EQ(Create(disk, "d:\\"), 1);
-  MakeFile("Local", 1);
-  EXPECT_EQ(disk.GetVideoDir(), "");
-  MakeFile("Picture/D20040412", 1);
-  EXPECT_EQ(disk.GetPictureDir(), "");
-  MakeFile("d20040412/host/VIDEO", 1);
-  EXPECT_EQ(disk.GetVideoDir("host", CTime()), "");
-  EXPECT_EQ(disk.GetClipDir("host", CTime()), "d:\\d20040412\\host\\clip");
-  MakeFile("d20040411", 1);
-  EXPECT_EQ(disk.GetVideoDir("host", CTime(2004, 4, 11, 1, 0, 0)), "");
-  EXPECT_EQ(disk.Dates(), CDWordArray());  // the day itself was there already
-}
-
-TEST_F(HddDirectoriesTest, NamesNeverLeaveTheDrive) {
-  CHddObj disk;
-  ASSERT_EQ(Create(disk, "d:\\"), 1);
-  const CString odd = "..\\..\\..\\..\\\xC3\x84 *?\"<>|%s";
-  EXPECT_NE(disk.GetVideoDir(odd, CTime()), "");
+  EXPECT_EQ(m_disk.GetDir("Rec", "Cam1", kZebFileFace, now), "d:\\d20040412\\rec\\cam1\\face");
+  EXPECT_EQ(m_disk.GetDir("", "Cam2", kZebFileLog, now), "d:\\d20040412\\cam2\\log");
+  EXPECT_EQ(m_disk.GetDir("Rec", "Cam3", tag_ZEBFILETYPE{6}, now), "");
+  EXPECT_TRUE(Has("d20040412/rec/cam3"));
+  // Whatever the name, it stays on the drive.
+  EXPECT_NE(m_disk.GetVideoDir("..\\..\\..\\..\\\xC3\x84 *?\"<>|%s", now), "");
   EXPECT_TRUE(Has("\xC3\x84 *?\"<>|%s/video"));
-  EXPECT_EQ(disk.GetVideoDir(CString(5000, 'x'), CTime()), "");
-  EXPECT_EQ(disk.GetVideoDir("", CTime()), "d:\\d20040412\\\\video");
-  EXPECT_TRUE(Has("d20040412/video"));
+  EXPECT_NE(m_disk.GetVideoDir("", now), "");
+  EXPECT_EQ(m_disk.GetVideoDir(CString(5000, 'x'), now), "");
+  EXPECT_EQ(DaysOf(m_disk), "412");
+  // Appended, whatever the day.
+  EXPECT_NE(m_disk.GetLogDir("r", CTime(2004, 4, 10, 23, 59, 59)), "");
+  EXPECT_EQ(DaysOf(m_disk), "412 410");
+
+  EXPECT_EQ(m_disk.GetVideoDirInfo("Recorder", CTime()), "");  // a day in 1970, not today
+  EXPECT_EQ(m_disk.GetVideoDirInfo("rec", CTime::GetCurrentTime()), "");
+  EXPECT_FALSE(Has("d20040412/rec/video"));
 }
 
-TEST_F(HddDirectoriesTest, ADriveThatGoesAnswersEmpty) {
-  TestDisk disk;
-  MakeDirs({"d20040410", "d20040411"});
-  ASSERT_EQ(Create(disk, "d:\\"), 1);
+TEST_F(HddDirectories, OfTodayHaveFoldersWithCapitals) {
+  ASSERT_EQ(Create(m_disk, "d:\\dvr"), 1);
+  for (int times = 0; times < 2; ++times) {
+    EXPECT_EQ(Words({m_disk.GetVideoDir(), m_disk.GetRemoteVideoDir(), m_disk.GetPictureDir()}),
+              "d:\\dvr\\local\\d20040412 d:\\dvr\\remote\\d20040412 d:\\dvr\\picture\\d20040412");
+  }
+  EXPECT_TRUE(Has("dvr/Local/d20040412") && Has("dvr/Remote/d20040412"));
+  EXPECT_TRUE(Has("dvr/Picture/d20040412"));
+  EXPECT_EQ(Words({DaysOf(m_disk, 0), DaysOf(m_disk, 1)}), "412 412");
+  m_disk.Refresh();  // "Local" is not below the base directory itself
+  EXPECT_EQ(DaysOf(m_disk), "");
+}
+
+TEST_F(HddDirectories, AreNotMadeWhereAFileIs) {
+  ASSERT_EQ(Create(m_disk, "d:\\"), 1);
+  for (const char* file : {"Local", "Picture/D20040412", "d20040412/rec/VIDEO", "d20040411"}) {
+    MakeFile(file);
+  }
+  const CTime today = CTime::GetCurrentTime();
+  EXPECT_EQ(Words({m_disk.GetVideoDir(), m_disk.GetPictureDir(), m_disk.GetVideoDir("rec", today),
+                   m_disk.GetVideoDirInfo("rec", today), m_disk.GetVideoDir("rec", today - 86400),
+                   DaysOf(m_disk)}),
+            "     ");
+  EXPECT_EQ(m_disk.GetClipDir("rec", today), "d:\\d20040412\\rec\\clip");
+}
+
+TEST_F(HddDirectories, OfDaysAreListedInAscendingOrder) {
+  MakeFile("d20040405");
+  fs::create_directory_symlink(m_e.Path(), m_d.Path() / "d20040406");
+  MakeDirs({"d20040412", "D20040410", "d20041399", "d20040411", "d2004041", "x/d20040101",
+            "Remote/d20040302", "Remote/d20040301", "Picture/d20040201"});
+  ASSERT_EQ(Create(m_disk, "d:\\"), 1);
+  EXPECT_EQ(DaysOf(m_disk, 0) + DaysOf(m_disk, 1), "410 411 412 409");  // of April 2005
+  m_disk.LoadRemoteDir();
+  m_disk.LoadPictureDir();
+  EXPECT_EQ(DaysOf(m_disk, 1), "301 302");
+  EXPECT_EQ(Words({m_disk.GetDirDate(-1, 0), m_disk.GetDirDate(2, 1)}), "4294967295 4294967295");
+
+  // On the root of a network drive there are none.
+  Mount('d', m_d, os::DriveKind::kNetwork);
+  ASSERT_EQ(Create(m_disk, "d:\\"), 1);
+  EXPECT_EQ(DaysOf(m_disk), "");
+  ASSERT_EQ(Create(m_disk, "d:\\x"), 1);
+  EXPECT_EQ(DaysOf(m_disk), "101");
+  Mount('d', m_d, os::DriveKind::kRemovable);
+  CDWordArray dates;
+  for (const char* directory : {"d:", "", "d:\\none"}) TestDisk::GetDirStruct(&dates, directory);
+  TestDisk::GetDirStruct(nullptr, "d:");
+  std::qsort(dates.data(), dates.size(), sizeof(DWORD), CHddObj::CompareFunc);
+  EXPECT_EQ(dates, (CDWordArray{DateOf(4, 10), DateOf(4, 11), DateOf(4, 12), DateOf(13, 99)}));
   os::UnmountDrive('d');
-  EXPECT_EQ(disk.GetVideoDir("r", CTime()), "");
-  EXPECT_EQ(disk.GetVideoDir(), "");
-  EXPECT_EQ(disk.GetVideoDirInfo("r", CTime(2004, 4, 10, 0, 0, 0)), "");
-  EXPECT_EQ(disk.GetDirNum(0), 2);
-  disk.Refresh();
-  EXPECT_EQ(disk.GetDirNum(0), 0);
+  m_disk.Refresh();
+  EXPECT_EQ(DaysOf(m_disk), "");
+}
+
+TEST_F(HddDirectories, AreFoundByDateUpToTheFirstOlderDay) {
+  MakeDirs({"d20040410", "d20040411", "Remote/d20040410", "Remote/d20040305"});
+  ASSERT_EQ(Create(m_disk, "d:\\"), 1);
+  const auto find = [this](int month, int day, int remote) {
+    return m_disk.FindDate(DateOf(month, day), remote);
+  };
+  EXPECT_EQ(Words({find(4, 10, 0), find(4, 11, 0), find(4, 9, 0), find(4, 10, 1)}), "1 0 0 1");
+  m_disk.LoadRemoteDir();
+  // An older remote day hides the local one.
+  EXPECT_EQ(Words({find(3, 5, 1), find(4, 10, 1), find(4, 10, 0)}), "1 0 1");
+}
+
+TEST_F(HddDirectories, CopyWhatTheyAreMeantTo) {
+  tag_HDDPARAM param{7, 1, "d:\\", "Front", 1, "a.wav"};
+  MakeDirs({"d20040410"});
+  ASSERT_EQ(m_disk.Create(&param), 1);
+  TestDisk copy;
+  copy = m_disk;
+  EXPECT_EQ(StateOf(copy), "d:\\ d:\\ Front(d:\\) ZebDatabase 1000 1050 0 0  410");
+
+  CMemFile file;
+  CArchive store(file, CArchive::Mode::kStore);
+  m_disk.Serialize(store);
+  store.Close();
+  EXPECT_EQ(std::string(file.GetBytes().begin(), file.GetBytes().end()),
+            Little(1) + "\x03" + "d:\\" + "\x0A" + "Front(d:\\)" + Little(7) + Little(1) + "\x05" +
+                "a.wav");
+  file.SeekToBegin();
+  CArchive load(file, CArchive::Mode::kLoad);
+  TestDisk loaded;
+  loaded.Serialize(load);
+  EXPECT_EQ(StateOf(loaded), "d:\\ d:\\ Front(d:\\) ZebDatabase 7 1050 1 1 a.wav ");
+  EXPECT_THROW(loaded.Serialize(load), CFileException);
+}
+
+TEST_F(HddDirectories, HaveASummaryThatIsReadWholeOrNotAtAll) {
+  MakeDirs({"d20040410", "d20040411"});
+  ASSERT_EQ(Create(m_disk, "d:\\"), 1);
+  m_disk.SetDbsName("N(d)");
+  std::vector<BYTE> bytes(m_disk.GetDirSize());
+  EXPECT_EQ(m_disk.WriteDirToBuf(bytes.data(), 0), bytes.size());
+  EXPECT_EQ(std::string(bytes.begin(), bytes.end()), Little(3) + "d:\\" + Little(4) + "N(d)" +
+                                                         Little(2) + Little(DateOf(4, 10)) +
+                                                         Little(DateOf(4, 11)));
+  TestDisk copy;
+  const std::string unread = StateOf(copy);
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    std::vector<BYTE> cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
+    EXPECT_EQ(Words({copy.ReadDirFromBuf(cut), m_disk.WriteDirToBuf(cut)}), "0 0") << size;
+  }
+  for (const std::ptrdiff_t length_at : {0, 7, 15}) {
+    std::vector<BYTE> lying = bytes;
+    std::fill_n(lying.begin() + length_at, 4, BYTE{0xFF});
+    EXPECT_EQ(copy.ReadDirFromBuf(lying), 0U);
+  }
+  EXPECT_EQ(StateOf(copy), unread);
+  EXPECT_EQ(copy.ReadDirFromBuf(bytes.data(), 0), bytes.size());
+  EXPECT_EQ(StateOf(copy), "d:\\ d:\\ N(d) ZebDatabase 1000 1050 0 0  410 411");
+
+  // Without a base directory neither name nor days are told.
+  std::vector<BYTE> four(TestDisk().GetDirSize(), 7);
+  EXPECT_EQ(Words({TestDisk().WriteDirToBuf(four.data(), 0), copy.ReadDirFromBuf(four.data(), 0)}),
+            "4 4");
+  EXPECT_EQ(four, std::vector<BYTE>(4));
+  EXPECT_EQ(StateOf(copy), "   ZebDatabase 1000 1050 0 0  ");
+}
+
+TEST_F(HddDirectories, HaveTheSpaceOfTheirDriveInMegabytes) {
+  os::MountDrive('d', m_d.Path().string(), os::DriveKind::kFixed, (21 << 20) / 2);
+  MakeFile("d20040410/file", 3 << 20);
+  ASSERT_EQ(Create(m_disk, "d:\\"), 1);
+  DWORD total = 0, used = 0, free = 0;
+  EXPECT_EQ(Words({m_disk.GetHDDSpace(total, used, free), total, used, free}), "1 10 3 7");
+  EXPECT_EQ(CHddObj::GetHDDSpace("d:", total, used, free), 1);
+  for (const char* path : {"", "d", "/", "x:\\", "d:\\none"}) {
+    EXPECT_EQ(Words({CHddObj::GetHDDSpace(path, total, used, free), total, used, free}),
+              "0 10 3 7");
+  }
 }
 
 }  // namespace

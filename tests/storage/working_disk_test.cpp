@@ -1,178 +1,178 @@
 #include "storage/working_disk.h"
 
-#include "storage/hdd_obj.h"
+#include <sys/stat.h>
+
+#include <functional>
+#include <tuple>
+
+#include "platform/framework/file.h"
 #include "tests/support/disk_fixture.h"
 
 namespace {
 
-constexpr ULONGLONG kMb = 1 << 20;
-
-// Two disks of 10 MB; with 100 MB to be reserved both are always short.
-class WorkingDiskTest : public DiskTest {
+// Two disks of 10 MB; with 100 MB to be reserved both are always short. The host window hears of
+// the days that go.
+class WorkingDisk : public DiskTest {
  protected:
-  WorkingDiskTest() {
-    os::MountDrive('d', m_d.Path().string(), os::DriveKind::kFixed, 10 * kMb);
-    os::MountDrive('e', m_e.Path().string(), os::DriveKind::kFixed, 10 * kMb);
+  WorkingDisk() {
+    MountSmall('d', m_d, 10);
+    MountSmall('e', m_e, 10);
     m_window = os::CreateWindow(nullptr, "host", {},
                                 [this](HWND, UINT message, WPARAM wparam, LPARAM lparam) {
-                                  if (message == 0x46C && wparam == 0) m_told.push_back(lparam);
+                                  if (message != 0x46C || wparam != 0) return LRESULT{0};
+                                  m_told += CTime(static_cast<DWORD>(lparam)).Format(" %d");
+                                  if (m_on_told) m_on_told();
                                   return LRESULT{0};
                                 });
   }
-  ~WorkingDiskTest() override { os::DestroyWindow(m_window); }
+  ~WorkingDisk() override { os::DestroyWindow(m_window); }
 
-  void AddDisks(DWORD reserved_mb, int recycle = 1) {
-    tag_HDDPARAM param{reserved_mb, recycle, "d:\\", "", 0, ""};
+  void AddDisks(DWORD reserved_mb = 100) {
+    tag_HDDPARAM param{reserved_mb, 1, "d:\\", "", 0, ""};
     ASSERT_EQ(m_disk_d.Create(&param), 1);
     param.m_path = "e:\\";
     ASSERT_EQ(m_disk_e.Create(&param), 1);
+    m_disks.AddTail(nullptr);
     m_disks.AddTail(&m_disk_d);
     m_disks.AddTail(&m_disk_e);
   }
-  // Makes the day of a disk hold `bytes`.
-  void FillDay(const TempDir& drive, int day, std::size_t bytes) {
-    MakeFileIn(drive, DayDirectoryName(CTime(2004, 4, day, 0, 0, 0)) + "/file", bytes);
+  // Makes days of April hold `bytes` each.
+  static void FillDays(const TempDir& drive, std::initializer_list<int> days,
+                       std::size_t bytes = 5000) {
+    for (const int day : days) {
+      MakeFileIn(drive, CTime(2004, 4, day, 0, 0, 0).Format("d%Y%m%d/file"), bytes);
+    }
   }
-  int Choose() { return ChooseWorkingDisk(m_disks, m_window, m_working_disk); }
-  static std::vector<LPARAM> DaysOfApril(std::initializer_list<int> days) {
-    std::vector<LPARAM> dates;
-    for (const int day : days) dates.push_back(LPARAM{DateOf(2004, 4, day)});
-    return dates;
+  // The answer, the working disk, the days told of, and the days that each disk has left.
+  std::string Choose() {
+    m_told.clear();
+    return Words({ChooseWorkingDisk(m_disks, m_window, m_working_disk), m_working_disk + m_told,
+                  "|", DaysOf(m_disk_d), "|", DaysOf(m_disk_e)});
   }
 
   HWND m_window = nullptr;
-  std::vector<LPARAM> m_told;
+  std::string m_told;
+  std::function<void()> m_on_told;
   TestDisk m_disk_d;
   TestDisk m_disk_e;
   CObList m_disks;
   CString m_working_disk = "x:\\";
 };
 
-TEST_F(WorkingDiskTest, JudgesByTheDisksOwnThresholds) {
+TEST_F(WorkingDisk, IsJudgedByItsOwnThresholds) {
   DWORD free_mb = 77;
   EXPECT_EQ(CheckWorkingDisk(m_disks, "d:\\", free_mb), kWorkingDiskNone);
   AddDisks(1);
-  m_disks.AddHead(nullptr);
   for (const char* none : {"", "d:", "x:\\"}) {
     EXPECT_EQ(CheckWorkingDisk(m_disks, none, free_mb), kWorkingDiskNone) << none;
   }
   EXPECT_EQ(free_mb, 77U);
-  EXPECT_EQ(CheckWorkingDisk(m_disks, "D:\\", free_mb), kWorkingDiskShort);  // 10 of 51
-  ASSERT_GT(free_mb, 0U);
-  const DWORD free_now_mb = free_mb;
+  EXPECT_EQ(CheckWorkingDisk(m_disks, "D:\\", free_mb), kWorkingDiskShort);
+  MountSmall('e', m_e, 60);
   const auto check = [&](DWORD reserved_mb) {
     tag_HDDPARAM param{reserved_mb, 0, "e:\\", "", 0, ""};
     EXPECT_EQ(m_disk_e.Create(&param), 1);
     return CheckWorkingDisk(m_disks, "e:\\", free_mb);
   };
+  EXPECT_EQ(check(0), kWorkingDiskFine);
+  ASSERT_GT(free_mb, 50U);
+  const DWORD free_now_mb = free_mb;
+  EXPECT_EQ(check(free_now_mb - 50), kWorkingDiskFine);  // just the alarm space
+  EXPECT_EQ(check(free_now_mb - 49), kWorkingDiskShort);
   EXPECT_EQ(check(free_now_mb), kWorkingDiskShort);
   EXPECT_EQ(check(free_now_mb + 1), kWorkingDiskFull);
-  os::MountDrive('e', m_e.Path().string(), os::DriveKind::kFixed, 60 * kMb);
-  EXPECT_EQ(check(0), kWorkingDiskFine);
-  EXPECT_EQ(check(free_mb - 50), kWorkingDiskFine);  // just the alarm space
-  EXPECT_EQ(check(free_mb - 49), kWorkingDiskShort);
   os::UnmountDrive('e');
   EXPECT_EQ(CheckWorkingDisk(m_disks, "e:\\", free_mb), kWorkingDiskNone);
 }
 
-TEST_F(WorkingDiskTest, TakesTheFirstDiskWithRoomAndDeletesNothing) {
-  EXPECT_EQ(Choose(), kNoDiskInList);
-  EXPECT_EQ(m_working_disk, "x:\\");
-  FillDay(m_d, 10, 5000);
+TEST_F(WorkingDisk, IsTheFirstWithRoomAndNothingIsDeleted) {
+  EXPECT_EQ(Choose(), "-1 x:\\ |  | ");
+  FillDays(m_d, {10});
   AddDisks(1);
-  m_disks.AddHead(nullptr);
-  os::MountDrive('e', m_e.Path().string(), os::DriveKind::kFixed, 60 * kMb);
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_working_disk, "e:\\");
-  EXPECT_EQ(m_disk_d.GetDirNum(0), 1);
-  EXPECT_TRUE(m_told.empty());
-}
-
-TEST_F(WorkingDiskTest, EmptiesTheWorkingDiskWhenNothingMayGo) {
-  FillDay(m_d, 10, 5000);
-  FillDay(m_e, 12, 5000);  // today
-  AddDisks(100);
+  MountSmall('e', m_e, 60);
+  EXPECT_EQ(Choose(), "0 e:\\ | 410 | ");
+  tag_HDDPARAM param = Param("e:\\");
+  DWORD total_mb, used_mb;
+  m_disk_e.GetHDDSpace(total_mb, used_mb, param.m_reserved_mb);
+  param.m_reserved_mb -= 50;  // its alarm space is just what is free
+  m_disk_e.Create(&param);
   m_disk_d.DisableRecycle();
-  EXPECT_EQ(Choose(), kNothingToRecycle);
-  EXPECT_EQ(m_working_disk, "");
-  EXPECT_EQ(m_disk_d.GetDirNum(0) + m_disk_e.GetDirNum(0), 2);
-  // A day later today is yesterday.
-  m_clock.Advance(ULONGLONG{24 * 3600 * 1000});
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_working_disk, "e:\\");
-  EXPECT_EQ(m_told, DaysOfApril({12}));
+  EXPECT_EQ(Choose(), "1  | 410 | ");
 }
 
-TEST_F(WorkingDiskTest, DeletesTheOldestDayAndTellsTheHost) {
-  FillDay(m_d, 9, 5000);
-  FillDay(m_d, 11, 5000);
-  FillDay(m_e, 8, 5000);
-  AddDisks(100);
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_working_disk, "e:\\");
-  EXPECT_EQ(m_told, DaysOfApril({8}));
-  EXPECT_EQ(m_disk_d.GetDirNum(0), 2);
+TEST_F(WorkingDisk, IsTheOneWhoseOldestDayWent) {
+  FillDays(m_d, {9, 11});
+  FillDays(m_e, {8, 9});
+  AddDisks();
+  EXPECT_EQ(Choose(), "0 e:\\ 08 | 409 411 | 409");
+  EXPECT_EQ(Choose(), "0 d:\\ 09 | 411 | 409");  // of two the first
   os::DestroyWindow(m_window);
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_working_disk, "d:\\");
-  EXPECT_EQ(m_told, DaysOfApril({8}));
-  EXPECT_EQ(m_disk_d.Dates(), CDWordArray{DateOf(2004, 4, 11)});
+  EXPECT_EQ(Choose(), "0 e:\\ | 411 | ");
 }
 
-TEST_F(WorkingDiskTest, OfTwoDisksWithTheSameOldestDayTheFirstLosesIt) {
-  FillDay(m_d, 9, 5000);
-  FillDay(m_e, 9, 5000);
-  AddDisks(100);
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_working_disk, "d:\\");
-  EXPECT_EQ(m_disk_d.GetDirNum(0), 0);
-  EXPECT_EQ(m_disk_e.GetDirNum(0), 1);
+TEST_F(WorkingDisk, CountsFreedBytesAsMegabytes) {
+  FillDays(m_d, {8, 9, 10, 11}, 40);  // 9 MB and 3 * 40 make more than 100
+  AddDisks();
+  EXPECT_EQ(Choose(), "0 d:\\ 08 09 10 | 411 | ");
 }
 
-TEST_F(WorkingDiskTest, AddsBytesToMegabytes) {
-  FillDay(m_d, 8, 40);
-  FillDay(m_d, 9, 40);
-  FillDay(m_d, 10, 40);  // 9 and 3 * 40 make more than 100
-  FillDay(m_d, 11, 40);
-  AddDisks(100);
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_told, DaysOfApril({8, 9, 10}));
-  EXPECT_EQ(m_disk_d.Dates(), CDWordArray{DateOf(2004, 4, 11)});
-}
-
-TEST_F(WorkingDiskTest, ADiskThatLedForAWhileHasHadItsTurn) {
-  FillDay(m_d, 8, 10);
-  FillDay(m_d, 10, 10);
-  FillDay(m_e, 7, 10);
-  FillDay(m_e, 9, 10);
-  AddDisks(100);
+TEST_F(WorkingDisk, PassesOverADiskThatLedForAWhile) {
+  FillDays(m_d, {8, 10}, 10);
+  FillDays(m_e, {7, 9}, 10);
+  AddDisks();
   // 7 beats 8, 9 beats 10, and nothing is left: the first disk was passed over both times.
-  EXPECT_EQ(Choose(), kNothingToRecycle);
-  EXPECT_EQ(m_told, DaysOfApril({7, 9}));
-  EXPECT_EQ(m_disk_d.GetDirNum(0), 2);
-  EXPECT_EQ(m_disk_e.GetDirNum(0), 0);
+  EXPECT_EQ(Choose(), "1  07 09 | 408 410 | ");
 }
 
-TEST_F(WorkingDiskTest, ADayThatFreesNothingIsNotToldAndTheNextGoes) {
-  FillDay(m_d, 8, 0);
-  FillDay(m_d, 9, 5000);
-  AddDisks(100);
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_told, DaysOfApril({9}));
+TEST_F(WorkingDisk, GoesOnToTheNextDayWhereNothingCouldBeFreed) {
+  FillDays(m_d, {7, 8, 9, 10});
+  FillDays(m_d, {6}, 0);
+  AddDisks();
+  chmod(m_d.File("d20040407/file").c_str(), 0444);
+  CFile open;
+  ASSERT_EQ(open.Open("d:\\d20040408\\file", CFile::kModeRead | CFile::kShareDenyNone), 1);
+  std::filesystem::remove_all(m_d.Path() / "d20040409");
+  MakeFile("d20040409", 5000);
+  EXPECT_EQ(Choose(), "0 d:\\ 10 |  | ");
+  EXPECT_TRUE(Has("d20040407/file") && Has("d20040408/file") && Has("d20040409"));
 }
 
 // A disk that does not answer counts as having room from its first turn on.
-TEST_F(WorkingDiskTest, ADiskThatIsGoneIsTakenOnItsTurn) {
-  FillDay(m_d, 8, 5000);
-  FillDay(m_e, 9, 5000);
-  AddDisks(100);
+TEST_F(WorkingDisk, MayBeOneThatIsGone) {
+  FillDays(m_d, {8});
+  FillDays(m_e, {9});
+  AddDisks();
   os::UnmountDrive('d');
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_working_disk, "d:\\");
-  EXPECT_TRUE(m_told.empty());
-  EXPECT_EQ(Choose(), kWorkingDiskChosen);
-  EXPECT_EQ(m_working_disk, "e:\\");
-  EXPECT_EQ(m_told, DaysOfApril({9}));
+  EXPECT_EQ(Choose(), "0 d:\\ |  | 409");
+  EXPECT_EQ(Choose(), "0 e:\\ 09 |  | ");
+}
+
+TEST_F(WorkingDisk, MayGoWhileDaysAreDeleted) {
+  FillDays(m_d, {7, 9}, 10);
+  FillDays(m_e, {10}, 10);
+  AddDisks();
+  m_on_told = [] { os::UnmountDrive('d'); };
+  EXPECT_EQ(Choose(), "1  07 10 |  | ");
+  EXPECT_TRUE(Has("d20040409/file"));
+}
+
+// On days of 23 and 25 hours and one without a midnight.
+TEST_F(WorkingDisk, NeverLosesTodayUpToItsLastSecond) {
+  for (const auto& [zone, begin, hours] : {std::tuple{"Europe/Berlin", 1711839600U, 23U},
+                                           {"Europe/Berlin", 1729980000U, 25U},
+                                           {"America/New_York", 1730606400U, 25U},
+                                           {"America/Sao_Paulo", 1541300400U, 23U}}) {
+    const ScopedTimeZone scope(zone);
+    const CTime first(begin), last = first + (hours * 3600 - 1);
+    for (const CTime now : {first, last, last + 1}) {
+      MoveTo(now);
+      MakeFile(first.Format("d%Y%m%d/file"), 5000);
+      m_disks.RemoveAll();
+      AddDisks();
+      EXPECT_EQ(Choose().substr(0, 4), now > last ? "0 d:" : "1  |") << zone << now.GetTime();
+    }
+    EXPECT_FALSE(Has(first.Format("d%Y%m%d"))) << zone;
+  }
 }
 
 }  // namespace

@@ -4,16 +4,41 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <initializer_list>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/os/clock.h"
 #include "platform/os/drives.h"
-#include "storage/day_directory.h"
 #include "storage/hdd_obj.h"
 #include "tests/support/recording_fixture.h"
 #include "tests/support/temp_dir.h"
+
+// A value as it prints.
+struct Word {
+  template <typename Value>
+  Word(const Value& value) {  // NOLINT(google-explicit-constructor): any value may be given
+    std::ostringstream text;
+    text << value;
+    m_text = text.str();
+  }
+  std::string m_text;
+};
+
+// The values with a blank between them. They are found out in their order, so that one may be what
+// the call before it changed.
+inline std::string Words(std::initializer_list<Word> words) {
+  std::string text;
+  for (const Word& word : words) text += (&word == words.begin() ? "" : " ") + word.m_text;
+  return text;
+}
+
+// A day of 2004, as the date of a disk's list.
+inline DWORD DateOf(int month, int day) {
+  return CTime(2004, month, day, 0, 0, 0).GetTime();
+}
 
 // What a host sees of a disk, and the operations kept for derived classes.
 class TestDisk : public CHddObj {
@@ -23,16 +48,17 @@ class TestDisk : public CHddObj {
   using CHddObj::IsAnyFile;
   using CHddObj::LoadPictureDir;
   using CHddObj::LoadRemoteDir;
-
-  CDWordArray Dates(int remote = 0) const {
-    CDWordArray dates;
-    for (int i = 0; i < GetDirNum(remote); ++i) dates.push_back(GetDirDate(i, remote));
-    return dates;
-  }
 };
 
-inline DWORD DateOf(int year, int month, int day) {
-  return CTime(year, month, day, 0, 0, 0).GetTime();
+// The days of a disk, as "410 411" of 10 and 11 April; with the hour where one is no midnight.
+inline std::string DaysOf(const CHddObj& disk, int remote = 0) {
+  std::string days;
+  for (int i = 0; i < disk.GetDirNum(remote); ++i) {
+    const CTime date(disk.GetDirDate(i, remote));
+    days += (i == 0 ? "" : " ") + std::to_string(date.GetMonth() * 100 + date.GetDay());
+    if (date.Format("%H%M%S") != "000000") days += date.Format("-%H:%M:%S");
+  }
+  return days;
 }
 
 // The drives d: and e: stand for directories of the test's own.
@@ -41,12 +67,19 @@ class DiskTest : public testing::Test {
   static constexpr DWORD kNoonInNewYork = 1081785600;  // 2004-04-12 16:00:00 UTC
 
   DiskTest() {
-    os::MountDrive('d', m_d.Path().string(), os::DriveKind::kFixed);
-    os::MountDrive('e', m_e.Path().string(), os::DriveKind::kFixed);
+    Mount('d', m_d);
+    Mount('e', m_e);
   }
   ~DiskTest() override {
-    os::UnmountDrive('d');
-    os::UnmountDrive('e');
+    for (char letter = 'd'; letter <= 'z'; ++letter) os::UnmountDrive(letter);
+  }
+
+  static void Mount(char letter, const TempDir& drive, os::DriveKind kind = os::DriveKind::kFixed) {
+    os::MountDrive(letter, drive.Path().string(), kind);
+  }
+  // As a disk of so many megabytes.
+  static void MountSmall(char letter, const TempDir& drive, ULONGLONG quota_mb) {
+    os::MountDrive(letter, drive.Path().string(), os::DriveKind::kFixed, quota_mb << 20);
   }
 
   static tag_HDDPARAM Param(const CString& path) {
@@ -60,7 +93,7 @@ class DiskTest : public testing::Test {
   }
 
   // Makes a file of `bytes` bytes below drive d:, and the directories it needs.
-  void MakeFile(std::string_view path, std::size_t bytes) { MakeFileIn(m_d, path, bytes); }
+  void MakeFile(std::string_view path, std::size_t bytes = 1) { MakeFileIn(m_d, path, bytes); }
   static void MakeFileIn(const TempDir& drive, std::string_view path, std::size_t bytes) {
     const std::filesystem::path file = drive.Path() / path;
     std::filesystem::create_directories(file.parent_path());
@@ -71,6 +104,9 @@ class DiskTest : public testing::Test {
   }
   // Whether drive d: has this very name, in this case.
   bool Has(std::string_view path) const { return std::filesystem::exists(m_d.Path() / path); }
+
+  // Moves the clock on to a moment.
+  void MoveTo(CTime time) { m_clock.MoveTo((time.GetTime() - ULONGLONG{kNoonInNewYork}) * 1000); }
 
   ScopedTimeZone m_zone{"America/New_York"};
   os::SteppedClock m_clock{kNoonInNewYork, 0};

@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include "storage/file_search_info.h"
+#include "tests/support/recording_fixture.h"
+
+namespace {
+
+constexpr int kValues = 11;
+
+// Criteria of every value, with one of them (counted from 0) another.
+CSearchParam Criteria(int changed = -1) {
+  int value = 0;
+  const auto is_changed = [&] { return value++ == changed; };
+  CSearchParam criteria;
+  criteria.SetTimeBegin(CTime(0x99));
+  criteria.SetBeginTime(CTime(is_changed() ? 1 : 0x11121314));
+  criteria.SetSearch(is_changed() ? kSearchFace : kSearchAlarm);
+  criteria.SetHostName(is_changed() ? "Rec" : "rec");
+  criteria.SetDbsName(is_changed() ? "Z(e:\\)" : "Z(d:\\)");
+  criteria.SetBoardName(is_changed() ? "" : "board");
+  criteria.SetCameraName(is_changed() ? "Gate" : "gate");
+  criteria.SetDate(is_changed() ? 1 : 0x01020304);
+  criteria.SetFrameSize(tag_FRAMESIZE{is_changed() ? 3U : 131U});
+  criteria.SetEndTime(CTime(is_changed() ? 1 : 0x21222324));
+  criteria.SetCameraID({static_cast<WORD>(is_changed() ? 4 : 3), 0x0405});
+  if (is_changed()) criteria.SetCameraID({3, 0x0404});
+  return criteria;
+}
+
+std::string FlatForm(const CSearchParam& criteria) {
+  return BufferFormOf(criteria, criteria.GetSize());
+}
+
+TEST(SearchParam, AnswersWhatWasSetAndNothingElse) {
+  CSearchParam criteria;
+  CString text = "kept";
+  CTime time(7);
+  tag_ZEBCAMERAID camera{1, 2};
+  EXPECT_EQ(criteria.GetHostName(text) + criteria.GetCameraID(camera), 0);
+  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(camera, (tag_ZEBCAMERAID{1, 2}));
+
+  // The begin of a range and the moment share their value, not their flag.
+  criteria.SetTimeBegin(CTime(50));
+  EXPECT_EQ(criteria.GetBeginTime(time), 0);
+  criteria.SetBeginTime(CTime(60));
+  EXPECT_EQ(criteria.GetTimeBegin(time), 1);
+  EXPECT_EQ(time, CTime(60));
+
+  criteria.SetSearch(kSearchLog);
+  EXPECT_EQ(criteria.IsSearch(kSearchLog | kSearchTimeBegin), 1);
+  EXPECT_EQ(criteria.IsSearch(kSearchLog | kSearchClip), 0);
+  criteria.Reset();
+  EXPECT_EQ(criteria.IsSearch(kSearchLog) + criteria.GetTimeBegin(time), 0);
+}
+
+TEST(SearchParam, ComparesWhatIsSetButForTheBeginOfARange) {
+  EXPECT_EQ(Criteria() == Criteria(), 1);
+  for (int changed = 0; changed < kValues; ++changed) {
+    EXPECT_EQ(Criteria(changed) == Criteria(), 0) << changed;
+  }
+  CSearchParam one, other;
+  one.SetBeginTime(CTime(1));
+  other.SetBeginTime(CTime(2));
+  EXPECT_EQ(one == other, 1);
+  one.SetSearch(kSearchComparesBeginTime);
+  other.SetSearch(kSearchComparesBeginTime);
+  EXPECT_EQ(one == other, 0);
+}
+
+TEST(SearchParam, HasAFlatFormWithoutBoardCameraNameAndFrameSize) {
+  const std::string flat = FlatForm(Criteria());
+  EXPECT_EQ(flat, Little(0x130FF) + "\x03rec" + "\x06Z(d:\\)" + Hex("0300 0504") +
+                      Little(0x01020304) + Little(0x11121314) + Little(0x11121314) +
+                      Little(0x21222324));
+  CSearchParam read;
+  read.SetCameraName("own");
+  const CSearchParam before = read;
+  for (std::size_t bytes = 0; bytes < flat.size(); ++bytes) {
+    EXPECT_EQ(ReadBufferForm(read, flat.substr(0, bytes)), 0U) << bytes;
+    EXPECT_EQ(FlatForm(read), FlatForm(before)) << bytes;
+  }
+  EXPECT_EQ(ReadBufferForm(read, flat), flat.size());
+  EXPECT_EQ(FlatForm(read), flat);
+  CString board = "?", camera = "?";
+  tag_FRAMESIZE frame_size{};
+  EXPECT_EQ(read.GetBoardName(board) + read.GetCameraName(camera) + read.GetFrameSize(frame_size),
+            3);
+  EXPECT_EQ(board + camera, "own");
+  EXPECT_EQ(frame_size, 255U);
+}
+
+TEST(SearchParam, CutsTextsToOneByteOfLengthAndAtAZero) {
+  EXPECT_EQ(FlatForm(CSearchParam()), Little(0) + '\0');  // a host name, although none was set
+  for (const auto& [length, kept] : {std::pair{255U, 255U}, {256U, 0U}, {300U, 44U}}) {
+    CSearchParam criteria;
+    criteria.SetHostName(CString(length, 'h'));
+    EXPECT_EQ(FlatForm(criteria), Little(1) + Little(kept, 1) + CString(kept, 'h'));
+  }
+  CSearchParam criteria;
+  EXPECT_EQ(ReadBufferForm(criteria, Little(kSearchHostName) + Hex("04 61 62 00 63")), 9U);
+  EXPECT_EQ(FlatForm(criteria), Little(kSearchHostName) + "\x02" + "ab");
+}
+
+// A search that found `headers` files, called 0, 1, 2 ... behind a long path.
+class FileSearchInfo : public testing::Test {
+ protected:
+  static void Fill(CFileSearchInfo& info, int headers) {
+    for (int i = 0; i < headers; ++i) {
+      auto header = std::make_unique<CZebFileInfo>(MakeInfo(CString(600, '/') + std::to_string(i)));
+      header->SetBoardName(CString(500, 'b'));
+      header->SetCameraName(CString(501, 'c'));
+      info.Append(std::move(header));
+    }
+  }
+  // The names found, and - for null.
+  static std::string NamesIn(const CFileSearchInfo& info) {
+    std::string names;
+    for (const CObject* entry : info) {
+      names +=
+          entry != nullptr ? static_cast<const CZebFileInfo*>(entry)->GetFileName().back() : '-';
+    }
+    return names;
+  }
+  static std::string FlatForm(const CFileSearchInfo& info, int& start, int& count) {
+    std::string form(info.GetSize(start, count), '\0');
+    auto* cursor = reinterpret_cast<BYTE*>(form.data());
+    EXPECT_EQ(info.Write(cursor, start, count), form.size());
+    EXPECT_EQ(reinterpret_cast<char*>(cursor), form.data() + form.size());
+    return form;
+  }
+  static DWORD ReadFlatForm(CFileSearchInfo& info, std::string form, int& start, int& count) {
+    auto* cursor = reinterpret_cast<BYTE*>(form.data());
+    return info.Read(cursor, cursor + form.size(), start, count);
+  }
+
+  CSearchParam m_criteria = Criteria();
+  CFileSearchInfo m_info{&m_criteria};
+  CFileSearchInfo m_without{nullptr};
+};
+
+TEST_F(FileSearchInfo, CutsTheSliceToTheHeadersThereAre) {
+  struct Case {
+    int m_headers, m_start, m_count, m_written_start, m_written_count;
+    const char* m_names;
+  };
+  for (const Case& slice : {Case{10, 8, 5, 8, 2, "89"},
+                            {10, 12, 5, 0, 0, ""},
+                            {3, 3, 1, 0, 0, ""},
+                            {3, 0, 3, 0, 3, "012"},
+                            {3, 2, 0, 2, 0, ""},
+                            {0, 3, 4, 0, 0, ""},
+                            {3, -1, 2, 0, 0, ""},
+                            {2, 0, -1, 0, -1, ""}}) {
+    m_info.Reset();
+    Fill(m_info, slice.m_headers);
+    int start = slice.m_start, count = slice.m_count;
+    const std::string form = FlatForm(m_info, start, count);
+    EXPECT_EQ(start, slice.m_written_start);
+    EXPECT_EQ(count, slice.m_written_count);
+    EXPECT_EQ(form.substr(0, m_criteria.GetSize() + 8), ::FlatForm(m_criteria) +
+                                                            Little(static_cast<DWORD>(start)) +
+                                                            Little(static_cast<DWORD>(count)));
+    CFileSearchInfo read(nullptr);
+    start = count = 77;
+    EXPECT_EQ(ReadFlatForm(read, form, start, count), form.size());
+    EXPECT_EQ(start, slice.m_written_start);
+    EXPECT_EQ(count, slice.m_written_count);
+    EXPECT_EQ(NamesIn(read), slice.m_names);
+  }
+}
+
+TEST_F(FileSearchInfo, KeepsWhatIsWholeOfABufferCutAnywhere) {
+  Fill(m_info, 2);
+  int start = 0, count = 2, one = 1;
+  const std::string form = FlatForm(m_info, start, count);
+  const std::size_t first_end = FlatForm(m_info, start, one).size();
+  for (std::size_t bytes = 0; bytes < form.size(); ++bytes) {
+    CFileSearchInfo read(nullptr);
+    ASSERT_EQ(ReadFlatForm(read, form.substr(0, bytes), start, count), 0U) << bytes;
+    ASSERT_EQ(NamesIn(read), bytes < first_end ? "" : "0") << bytes;
+  }
+  std::string endless = form;
+  endless.replace(m_criteria.GetSize() + 4, 4, Little(0x7FFFFFFF));
+  EXPECT_EQ(ReadFlatForm(m_info, endless, start, count), 0U);
+  EXPECT_EQ(NamesIn(m_info), "0101");
+}
+
+TEST_F(FileSearchInfo, AppendsCopiesAndComparesCriteria) {
+  BYTE byte = 7;
+  BYTE* cursor = &byte;
+  int start = 1, count = 1;
+  EXPECT_EQ(m_without.Write(cursor, start, count), 0U);
+  EXPECT_EQ(cursor, &byte);
+  EXPECT_EQ((m_without == m_info) + (m_info == m_without), 0);
+  EXPECT_EQ((m_info == m_criteria) + (m_info == m_info), 2);
+  m_info.GetSearchParam()->SetDate(5);  // of its own copy
+  EXPECT_EQ(m_info == m_criteria, 0);
+
+  Fill(m_without, 2);
+  m_info += m_without;
+  m_without.Reset();
+  m_info += m_info;
+  EXPECT_EQ(NamesIn(m_info) + NamesIn(m_without), "0101");
+}
+
+TEST_F(FileSearchInfo, LeavesNullEntriesWhenAssignedIntoAFilledListAndCopesWithThem) {
+  Fill(m_without, 2);
+  Fill(m_info, 3);
+  m_without = m_info;
+  EXPECT_EQ(NamesIn(m_without), "--012");
+  EXPECT_EQ(m_without == m_info, 1);
+  int start = 1, count = 9;
+  const std::string form = FlatForm(m_without, start, count);
+  EXPECT_EQ(count, 2);
+  m_info.Reset();
+  ReadFlatForm(m_info, form, start, count);
+  EXPECT_EQ(NamesIn(m_info), "12");
+
+  CFileSearchInfo none(nullptr);
+  m_info.Reset();
+  m_info = none;  // keeps its criteria
+  EXPECT_EQ(m_info == m_criteria, 1);
+  m_info = m_without;
+  EXPECT_EQ(NamesIn(m_info), "012");
+}
+
+}  // namespace
