@@ -1,7 +1,8 @@
 #include <sys/stat.h>
 
+#include <functional>
+
 #include "image/image.h"
-#include "platform/framework/file.h"
 #include "record/mox_file.h"
 #include "storage/file_search_info.h"
 #include "tests/support/disk_fixture.h"
@@ -11,15 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-CTime At(int month, int day, int hour = 12, int minute = 0) {
-  return {2004, month, day, hour, minute, 0};
-}
-
-CZebFileInfo Info(CTime begin, CTime end) {
-  CZebFileInfo info = MakeInfo("");
-  info.SetBeginTime(begin);
-  info.SetEndTime(end);
-  return info;
+CTime At(int month, int day, int hour = 12) {
+  return {2004, month, day, hour, 0, 0};
 }
 
 // A disk on d: that searches for files of the host "rec"; now is noon of 12 April.
@@ -43,13 +37,16 @@ class SearchDisk : public DiskTest {
     fs::create_directories(path);
     return path;
   }
-  static void WriteHeader(const fs::path& path, CZebFileInfo info) {
-    CFile file;
-    ASSERT_EQ(file.Open(path.string(), CFile::kModeCreate | CFile::kModeWrite), 1);
-    ASSERT_GT(info.Write(&file), 0U);
-  }
-  void Record(const std::string& name, CTime begin, CTime end) const {
-    WriteHeader(Leaf(begin) / name, Info(begin, end));
+  using Change = std::function<void(CZebFileInfo&)>;
+  // Makes a recording in the directory of the day of its begin, with a change to its header.
+  void Record(const std::string& name, CTime begin, CTime end, const char* leaf = "video",
+              const Change& change = {}) const {
+    CZebFileInfo info = MakeInfo("");
+    info.SetBeginTime(begin);
+    info.SetEndTime(end);
+    if (change) change(info);
+    const std::string header = FileFormOf(info);
+    WriteWholeFile((Leaf(begin, leaf) / name).string(), header);
   }
   // The names of what is found, in order; the last header is kept.
   std::string Search() {
@@ -79,7 +76,7 @@ class SearchDisk : public DiskTest {
 TEST_F(SearchDisk, NeedsAHostNameAndTheDisksOwnName) {
   Record("a", m_day, m_day + 60);
   EXPECT_EQ(Search(), "");  // neither day nor moment
-  m_criteria.SetDate(At(4, 10, 23, 59).GetTime());
+  m_criteria.SetDate(At(4, 10, 23).GetTime());
   EXPECT_EQ(Search(), "a");
   m_criteria.SetDbsName("ZebDatabase(d:\\)");
   EXPECT_EQ(Search(), "a");
@@ -96,7 +93,7 @@ TEST_F(SearchDisk, NeedsAHostNameAndTheDisksOwnName) {
 
 TEST_F(SearchDisk, TakesTheFirstKindThatItTests) {
   for (const char* leaf : {"video", "clip", "log", "alarm", "picture", "face"}) {
-    WriteHeader(Leaf(m_day, leaf) / leaf, Info(m_day, m_day + 60));
+    Record(leaf, m_day, m_day + 60, leaf);
   }
   // A day's pictures, faces and logs are no recordings; around a moment everything is read as one,
   // and logs are not known.
@@ -120,19 +117,17 @@ TEST_F(SearchDisk, TakesTheFirstKindThatItTests) {
 // Each recording but the first misses one criterion.
 TEST_F(SearchDisk, FiltersByEveryCriterion) {
   const CTime begin = At(4, 10, 10), end = At(4, 10, 11);
-  const auto record = [&](const char* name, auto change) {
-    CZebFileInfo info = Info(begin, end);
-    change(info);
-    WriteHeader(Leaf(begin) / name, info);
+  const auto record = [&](const char* name, const Change& change) {
+    Record(name, begin, end, "video", change);
   };
-  record("a", [](CZebFileInfo&) {});
+  Record("a", begin, end);
   record("b", [](CZebFileInfo& info) { info.SetBoardName("Brd"); });
   record("c", [](CZebFileInfo& info) { info.SetCameraName(""); });
   record("d", [](CZebFileInfo& info) { info.SetCameraID({2, 2}); });
   record("e", [](CZebFileInfo& info) { info.SetCameraID({1, 3}); });
   record("f", [](CZebFileInfo& info) { info.SetFrameSize(tag_FRAMESIZE{3}); });
-  record("g", [&](CZebFileInfo& info) { info.SetEndTime(end - 1); });
-  record("h", [&](CZebFileInfo& info) { info.SetBeginTime(begin + 1); });
+  Record("g", begin, end - 1);
+  Record("h", begin + 1, end);
   m_criteria.SetDate(begin.GetTime());
   EXPECT_EQ(Search(), "a b c d e f g h");
   m_criteria.SetBoardName("brd");

@@ -27,11 +27,13 @@ class WorkingDisk : public DiskTest {
   }
   ~WorkingDisk() override { os::DestroyWindow(m_window); }
 
+  static void Reserve(CHddObj& disk, const CString& path, DWORD reserved_mb) {
+    tag_HDDPARAM param{reserved_mb, 1, path, "", 0, ""};
+    ASSERT_EQ(disk.Create(&param), 1);
+  }
   void AddDisks(DWORD reserved_mb = 100) {
-    tag_HDDPARAM param{reserved_mb, 1, "d:\\", "", 0, ""};
-    ASSERT_EQ(m_disk_d.Create(&param), 1);
-    param.m_path = "e:\\";
-    ASSERT_EQ(m_disk_e.Create(&param), 1);
+    Reserve(m_disk_d, "d:\\", reserved_mb);
+    Reserve(m_disk_e, "e:\\", reserved_mb);
     m_disks.AddTail(nullptr);
     m_disks.AddTail(&m_disk_d);
     m_disks.AddTail(&m_disk_e);
@@ -63,26 +65,20 @@ TEST_F(WorkingDisk, IsJudgedByItsOwnThresholds) {
   DWORD free_mb = 77;
   EXPECT_EQ(CheckWorkingDisk(m_disks, "d:\\", free_mb), kWorkingDiskNone);
   AddDisks(1);
-  for (const char* none : {"", "d:", "x:\\"}) {
-    EXPECT_EQ(CheckWorkingDisk(m_disks, none, free_mb), kWorkingDiskNone) << none;
+  os::UnmountDrive('d');
+  for (const char* none : {"", "d:", "x:\\", "d:\\"}) {
+    EXPECT_EQ(Words({CheckWorkingDisk(m_disks, none, free_mb), free_mb}), "-1 77") << none;
   }
-  EXPECT_EQ(free_mb, 77U);
-  EXPECT_EQ(CheckWorkingDisk(m_disks, "D:\\", free_mb), kWorkingDiskShort);
   MountSmall('e', m_e, 60);
-  const auto check = [&](DWORD reserved_mb) {
-    tag_HDDPARAM param{reserved_mb, 0, "e:\\", "", 0, ""};
-    EXPECT_EQ(m_disk_e.Create(&param), 1);
-    return CheckWorkingDisk(m_disks, "e:\\", free_mb);
-  };
-  EXPECT_EQ(check(0), kWorkingDiskFine);
-  ASSERT_GT(free_mb, 50U);
-  const DWORD free_now_mb = free_mb;
-  EXPECT_EQ(check(free_now_mb - 50), kWorkingDiskFine);  // just the alarm space
-  EXPECT_EQ(check(free_now_mb - 49), kWorkingDiskShort);
-  EXPECT_EQ(check(free_now_mb), kWorkingDiskShort);
-  EXPECT_EQ(check(free_now_mb + 1), kWorkingDiskFull);
-  os::UnmountDrive('e');
-  EXPECT_EQ(CheckWorkingDisk(m_disks, "e:\\", free_mb), kWorkingDiskNone);
+  EXPECT_EQ(CheckWorkingDisk(m_disks, "E:\\", free_mb), kWorkingDiskFine);
+  ASSERT_GT(free_mb, 51U);
+  for (const auto& [reserved_mb, judged] : {std::pair(free_mb - 50, kWorkingDiskFine),
+                                            {free_mb - 49, kWorkingDiskShort},
+                                            {free_mb, kWorkingDiskShort},
+                                            {free_mb + 1, kWorkingDiskFull}}) {
+    Reserve(m_disk_e, "e:\\", reserved_mb);
+    EXPECT_EQ(CheckWorkingDisk(m_disks, "e:\\", free_mb), judged);
+  }
 }
 
 TEST_F(WorkingDisk, IsTheFirstWithRoomAndNothingIsDeleted) {
@@ -91,12 +87,10 @@ TEST_F(WorkingDisk, IsTheFirstWithRoomAndNothingIsDeleted) {
   AddDisks(1);
   MountSmall('e', m_e, 60);
   EXPECT_EQ(Choose(), "0 e:\\ | 410 | ");
-  tag_HDDPARAM param = Param("e:\\");
-  DWORD total_mb, used_mb;
-  m_disk_e.GetHDDSpace(total_mb, used_mb, param.m_reserved_mb);
-  param.m_reserved_mb -= 50;  // its alarm space is just what is free
-  m_disk_e.Create(&param);
   m_disk_d.DisableRecycle();
+  DWORD total_mb, used_mb, free_mb;
+  m_disk_e.GetHDDSpace(total_mb, used_mb, free_mb);
+  Reserve(m_disk_e, "e:\\", free_mb - 50);  // the alarm space is just what is free
   EXPECT_EQ(Choose(), "1  | 410 | ");
 }
 
@@ -138,22 +132,20 @@ TEST_F(WorkingDisk, GoesOnToTheNextDayWhereNothingCouldBeFreed) {
 }
 
 // A disk that does not answer counts as having room from its first turn on.
-TEST_F(WorkingDisk, MayBeOneThatIsGone) {
-  FillDays(m_d, {8});
-  FillDays(m_e, {9});
-  AddDisks();
-  os::UnmountDrive('d');
-  EXPECT_EQ(Choose(), "0 d:\\ |  | 409");
-  EXPECT_EQ(Choose(), "0 e:\\ 09 |  | ");
-}
-
-TEST_F(WorkingDisk, MayGoWhileDaysAreDeleted) {
-  FillDays(m_d, {7, 9}, 10);
+TEST_F(WorkingDisk, MayBeOneThatIsGoneOrGoesMeanwhile) {
+  FillDays(m_d, {7, 9, 11}, 10);
   FillDays(m_e, {10}, 10);
   AddDisks();
   m_on_told = [] { os::UnmountDrive('d'); };
-  EXPECT_EQ(Choose(), "1  07 10 |  | ");
+  EXPECT_EQ(Choose(), "1  07 10 | 411 | ");
   EXPECT_TRUE(Has("d20040409/file"));
+  FillDays(m_e, {10}, 5000);
+  MakeFile("d20040408/file");
+  Mount('d', m_d);
+  m_disk_d.Refresh();
+  m_disk_e.Refresh();
+  os::UnmountDrive('d');
+  EXPECT_EQ(Choose(), "0 d:\\ | 409 411 | 410");
 }
 
 // On days of 23 and 25 hours and one without a midnight.
