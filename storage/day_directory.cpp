@@ -27,7 +27,7 @@ LONGLONG SecondsShown(const std::tm& fields) {
   using namespace std::chrono;
   const sys_days day = year(fields.tm_year + 1900) / (fields.tm_mon + 1) / fields.tm_mday;
   const auto time = hours(fields.tm_hour) + minutes(fields.tm_min) + seconds(fields.tm_sec);
-  return seconds(day.time_since_epoch() + time).count();
+  return seconds{day.time_since_epoch() + time}.count();
 }
 
 // Midnight with the offset from Greenwich that holds nearby; nothing when that is not midnight

@@ -49,12 +49,12 @@ int FindDirectory(CString* directory, FindingGetter getter, const CString& name,
                      [&](const CHddObj& disk) { return (disk.*getter)(name, time); });
 }
 
-using Creator = std::unique_ptr<CZebFile> (CZebDatabase::*)(CZebFileInfo&);
+using Creator = std::unique_ptr<CZebFile> (CZebDatabase::*)(CZebFileInfo&) const;
 
 int Create(CZebFile** file, CZebFileInfo* header, Creator creator) {
   if (file == nullptr) return 0;
   *file = nullptr;
-  CZebDatabase* database = Database();
+  const CZebDatabase* database = Database();
   if (database == nullptr || header == nullptr) return 0;
   *file = (database->*creator)(*header).release();
   return *file != nullptr ? 1 : 0;

@@ -63,6 +63,7 @@ CHddObj::CHddObj()
 CHddObj::~CHddObj() = default;
 
 void CHddObj::operator=(const CHddObj& other) {
+  if (&other == this) return;
   m_base_dir = other.m_base_dir;
   m_database_name = other.m_database_name;
   m_local_dates = other.m_local_dates;
@@ -196,7 +197,7 @@ CString CHddObj::GetDir(const CString& host, const CString& camera, tag_ZEBFILET
   if (!host.empty()) levels.push_back(host);
   levels.push_back(camera);
   const bool is_known = type < std::size(kLeafNames);
-  if (is_known) levels.push_back(kLeafNames[type]);
+  if (is_known) levels.emplace_back(kLeafNames[type]);
   const CString path = MakeDirs(time, levels);
   return is_known ? path : CString();
 }

@@ -162,7 +162,7 @@ class ZEBX_API CHddObj : public CObject {
   // what cannot be read is not found, nor is a file with a backslash in its name.
   void SearchFile(CFileSearchInfo* info);
   // Appends the recordings in `directory` that had not ended at the moment in the criteria.
-  void SearchVideoFileByTime(CFileSearchInfo* info, const CString& directory);
+  static void SearchVideoFileByTime(CFileSearchInfo* info, const CString& directory);
 
  protected:
   void LoadLocalDir();
@@ -173,7 +173,7 @@ class ZEBX_API CHddObj : public CObject {
   // 1 for a directory that holds a file itself; what lies deeper does not count.
   static int IsAnyFile(const CString& directory);
   // Appends the files in `directory` (with its backslash) that pass the criteria.
-  void SearchDirectory(CFileSearchInfo* info, const CString& directory);
+  static void SearchDirectory(CFileSearchInfo* info, const CString& directory);
 
  private:
   CString MakeTodayDir(const char* folder, CDWordArray& dates);

@@ -23,7 +23,8 @@ std::unique_ptr<CZebFile> CreateRecording(const CString& directory, const char* 
   if (directory.empty()) return nullptr;
   const tag_ZEBCAMERAID camera = info.GetCameraID();
   char numbers[16];
-  std::snprintf(numbers, sizeof(numbers), "%2.2d%2.2d", camera.m_board, camera.m_camera);
+  static_cast<void>(
+      std::snprintf(numbers, sizeof(numbers), "%2.2d%2.2d", camera.m_board, camera.m_camera));
   info.SetFileName(directory + "\\" + prefix + numbers +
                    info.GetBeginTime().Format("%y%m%d%H%M%S") + ".zebz");
   auto file = std::make_unique<CZebFile>();
@@ -140,14 +141,14 @@ int CZebDatabase::SetOnceDelSpace(DWORD space_mb) {
   return 1;
 }
 
-std::unique_ptr<CZebFile> CZebDatabase::CreateZebFile(CZebFileInfo& info) {
+std::unique_ptr<CZebFile> CZebDatabase::CreateZebFile(CZebFileInfo& info) const {
   CHddObj* disk = GetWorkHDD();
   if (disk == nullptr) return nullptr;
   const CString directory = disk->GetVideoDir(info.GetHostName(), CTime());
   return CreateRecording(directory, info.IsClip() != 0 ? "cc" : "c", info);
 }
 
-std::unique_ptr<CZebFile> CZebDatabase::CreateZebAlarmFile(CZebFileInfo& info) {
+std::unique_ptr<CZebFile> CZebDatabase::CreateZebAlarmFile(CZebFileInfo& info) const {
   CHddObj* disk = GetWorkHDD();
   if (disk == nullptr) return nullptr;
   return CreateRecording(disk->GetAlarmDir(info.GetHostName(), CTime()), "ca", info);

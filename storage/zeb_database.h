@@ -82,8 +82,8 @@ class CZebDatabase : public CObject {
   // Creates a recording in today's directory of the working disk, whatever the header's begin time,
   // and names it in the header after camera and begin time. Null when there is no working disk,
   // when no directory can be made, and where CZebFile::Open fails.
-  std::unique_ptr<CZebFile> CreateZebFile(CZebFileInfo& info);
-  std::unique_ptr<CZebFile> CreateZebAlarmFile(CZebFileInfo& info);
+  std::unique_ptr<CZebFile> CreateZebFile(CZebFileInfo& info) const;
+  std::unique_ptr<CZebFile> CreateZebAlarmFile(CZebFileInfo& info) const;
 
  protected:
   // A search whose result is given to those with equal criteria, until one with others is made.
