@@ -18,7 +18,7 @@ std::string Text(const std::string& text) {
 
 // A library that is initialised, and a data directory and a database file "list" on d:.
 class Dbs : public DiskTest {
- protected:
+ public:
   Dbs() {
     zebxInitZebx(0, nullptr, 0, nullptr, "d:\\dev");
     MakeDirs({"data"});
@@ -28,6 +28,7 @@ class Dbs : public DiskTest {
     zebxCloseZebx();
   }
 
+ protected:
   static int Open() { return dbsOpenDatabase("d:\\Data", "d:\\list", "rec"); }
   static int Add(tag_HDDPARAM param) { return dbsAddHDD(&param); }
   // Opens with the disks d:\dvr\ and e:\.
@@ -83,7 +84,7 @@ class Dbs : public DiskTest {
   }
   std::string FileBytes() const { return ReadWholeFile(m_d.File("list")); }
 
-  const std::string kFirst = "d:\\dvr\\, d:\\dvr\\ ZebDatabase(d:\\) 1000 0 0 ";
+  const std::string kFirst = R"(d:\dvr\, d:\dvr\ ZebDatabase(d:\) 1000 0 0 )";
   const std::string kSecond = ", e:\\ Second(e:\\) 16909060 1 1 bell.wav";
   const std::string kTwoDisksFile = Little(2) + Text("d:\\") + Little(1000) + Little(0) +
                                     Text("d:\\dvr\\") + Text("ZebDatabase") + Little(0) + Text("") +
@@ -191,7 +192,7 @@ TEST_F(Dbs, HandsOutCopiesOfItsDisksWithTheirDays) {
 
 TEST_F(Dbs, NamesRecordingsAfterCameraAndBeginTimeInTheDayOfTheirCreation) {
   ASSERT_EQ(Open(), 1);
-  const std::string day = "1 d:\\data\\database\\d20040412\\rec\\";
+  const std::string day = R"(1 d:\data\database\d20040412\rec\)";
   EXPECT_EQ(Create(dbsCreateZebFile), day + "video\\c0102040411235959.zebz");
   EXPECT_EQ(Create(dbsCreateZebFile, {12, 103}, 1), day + "video\\cc12103040411235959.zebz");
   EXPECT_EQ(Create(dbsCreateZebAlarmFile, {0, 0}, 1), day + "alarm\\ca0000040411235959.zebz");
@@ -214,7 +215,7 @@ TEST_F(Dbs, HandsOutTheDirectoriesOfEveryKind) {
        {dbsGetFaceDir, dbsGetFaceDirInfo, "face"}};
   const CTime day(2004, 3, 2, 1, 0, 0);
   for (const auto& [make, find, leaf] : kKinds) {
-    const CString made = CString("1 d:\\dvr\\d20040302\\rec\\") + leaf;
+    const CString made = CString(R"(1 d:\dvr\d20040302\rec\)") + leaf;
     EXPECT_EQ(Answer(find, "rec", day, 0), "1 ");
     EXPECT_EQ(Answer(make, "rec", day), made);
     EXPECT_EQ(Answer(find, "rec", day, 0), made);
@@ -294,7 +295,7 @@ TEST_F(Dbs, KeepsTheOldFileWhenASaveFails) {
         expect_failure(Words({"call", kind, n}));
       }
     }
-    for (const std::uint64_t bytes : {0, 20, 5000}) {
+    for (const auto bytes : {0U, 20U, 5000U}) {
       faulty.FillDiskAfter(bytes);
       expect_failure(Words({"full after", bytes}));
     }

@@ -50,6 +50,7 @@ TEST_F(HddRecycling, StopsAtAFileThatIsReadOnlyOrInUseUntilTheNextRefresh) {
   MakeFile("d20040410/a/a", 10);
   MakeFile("d20040410/b", 20);
   MakeFile("d20040410/c", 40);
+  MakeFile("d20040410/d", 80);
   CFile open;
   ASSERT_EQ(open.Open("d:\\d20040410\\c", CFile::kModeRead | CFile::kShareDenyNone), 1);
   chmod(m_d.File("d20040410/b").c_str(), 0444);
@@ -63,9 +64,10 @@ TEST_F(HddRecycling, StopsAtAFileThatIsReadOnlyOrInUseUntilTheNextRefresh) {
   chmod(m_d.File("d20040410/b").c_str(), 0644);
   m_disk.Refresh();
   EXPECT_EQ(Delete(), "1 20");
+  EXPECT_TRUE(Has("d20040410/d"));
   open.Close();
   m_disk.Refresh();
-  EXPECT_EQ(Delete(), "1 40");
+  EXPECT_EQ(Delete(), "1 120");
 }
 
 // On the host a backslash is a letter like others.

@@ -33,7 +33,7 @@ class SearchDisk : public DiskTest {
   }
   // A directory of a day, which is made.
   fs::path Leaf(CTime day, const char* leaf = "video") const {
-    const fs::path path = m_d.Path() / day.Format("d%Y%m%d") / "rec" / leaf;
+    fs::path path = m_d.Path() / day.Format("d%Y%m%d") / "rec" / leaf;
     fs::create_directories(path);
     return path;
   }

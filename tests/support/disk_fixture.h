@@ -16,10 +16,10 @@
 #include "tests/support/recording_fixture.h"
 #include "tests/support/temp_dir.h"
 
-// A value as it prints.
+// A value as it prints. Any may be given where one is asked for.
 struct Word {
   template <typename Value>
-  Word(const Value& value) {  // NOLINT(google-explicit-constructor): any value may be given
+  Word(const Value& value) {  // NOLINT(google-explicit-constructor,hicpp-explicit-conversions)
     std::ostringstream text;
     text << value;
     m_text = text.str();
@@ -63,9 +63,7 @@ inline std::string DaysOf(const CHddObj& disk, int remote = 0) {
 
 // The drives d: and e: stand for directories of the test's own.
 class DiskTest : public testing::Test {
- protected:
-  static constexpr DWORD kNoonInNewYork = 1081785600;  // 2004-04-12 16:00:00 UTC
-
+ public:
   DiskTest() {
     Mount('d', m_d);
     Mount('e', m_e);
@@ -73,6 +71,9 @@ class DiskTest : public testing::Test {
   ~DiskTest() override {
     for (char letter = 'd'; letter <= 'z'; ++letter) os::UnmountDrive(letter);
   }
+
+ protected:
+  static constexpr DWORD kNoonInNewYork = 1081785600;  // 2004-04-12 16:00:00 UTC
 
   static void Mount(char letter, const TempDir& drive, os::DriveKind kind = os::DriveKind::kFixed) {
     os::MountDrive(letter, drive.Path().string(), kind);
