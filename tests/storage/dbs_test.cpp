@@ -198,23 +198,23 @@ TEST_F(Dbs, NamesRecordingsAfterCameraAndBeginTimeInTheDayOfTheirCreation) {
   EXPECT_EQ(Create(dbsCreateZebAlarmFile, {0, 0}, 1), day + "alarm\\ca0000040411235959.zebz");
   CZebFileInfo header = MakeInfo("");
   CZebFile* file = nullptr;
-  EXPECT_EQ(dbsCreateZebFile(nullptr, &header) + dbsCreateZebFile(&file, nullptr), 0);
+  EXPECT_EQ(dbsCreateZebFile(nullptr, &header), 0);
   EXPECT_EQ(dbsCreateZebFile(&file, &header), 1);
   dbsCloseDatabase();
   EXPECT_EQ(dbsCloseZebFile(file), 1);
+  EXPECT_EQ(dbsCreateZebFile(&file, nullptr), 0);
+  EXPECT_EQ(file, nullptr);
 }
 
 TEST_F(Dbs, HandsOutTheDirectoriesOfEveryKind) {
   OpenTwoDisks();
-  const std::tuple<decltype(&dbsGetVideoDir), decltype(&dbsGetVideoDirInfo), const char*> kKinds[] =
-      {{dbsGetVideoDir, dbsGetVideoDirInfo, "video"},
-       {dbsGetAlarmDir, dbsGetAlarmDirInfo, "alarm"},
-       {dbsGetClipDir, dbsGetClipDirInfo, "clip"},
-       {dbsGetPictureDir, dbsGetPictureDirInfo, "picture"},
-       {dbsGetLogDir, dbsGetLogDirInfo, "log"},
-       {dbsGetFaceDir, dbsGetFaceDirInfo, "face"}};
   const CTime day(2004, 3, 2, 1, 0, 0);
-  for (const auto& [make, find, leaf] : kKinds) {
+  for (const auto& [make, find, leaf] : {std::tuple(&dbsGetVideoDir, &dbsGetVideoDirInfo, "video"),
+                                         {dbsGetAlarmDir, dbsGetAlarmDirInfo, "alarm"},
+                                         {dbsGetClipDir, dbsGetClipDirInfo, "clip"},
+                                         {dbsGetPictureDir, dbsGetPictureDirInfo, "picture"},
+                                         {dbsGetLogDir, dbsGetLogDirInfo, "log"},
+                                         {dbsGetFaceDir, dbsGetFaceDirInfo, "face"}}) {
     const CString made = CString(R"(1 d:\dvr\d20040302\rec\)") + leaf;
     EXPECT_EQ(Answer(find, "rec", day, 0), "1 ");
     EXPECT_EQ(Answer(make, "rec", day), made);

@@ -29,24 +29,6 @@ std::string FlatForm(const CSearchParam& criteria) {
   return BufferFormOf(criteria, criteria.GetSize());
 }
 
-TEST(SearchParam, AnswersWhatWasSetAndNothingElse) {
-  CSearchParam criteria;
-  criteria.SetSearch(kSearchLog);
-  CString text = "kept";
-  CTime time(7);
-  // The begin of a range and the moment share their value, not their flag.
-  criteria.SetTimeBegin(CTime(50));
-  EXPECT_EQ(Words({criteria.GetHostName(text), text, criteria.GetBeginTime(time), time.GetTime()}),
-            "0 kept 0 7");
-  criteria.SetBeginTime(CTime(60));
-  EXPECT_EQ(Words({criteria.GetTimeBegin(time), time.GetTime()}), "1 60");
-  EXPECT_EQ(Words({criteria.IsSearch(kSearchLog | kSearchTimeBegin),
-                   criteria.IsSearch(kSearchLog | kSearchClip)}),
-            "1 0");
-  criteria.Reset();
-  EXPECT_EQ(criteria.IsSearch(kSearchLog) + criteria.GetTimeBegin(time), 0);
-}
-
 TEST(SearchParam, ComparesWhatIsSetButForTheBeginOfARange) {
   EXPECT_EQ(Criteria() == Criteria(), 1);
   for (int changed = 0; changed < kValues; ++changed) {
