@@ -84,6 +84,7 @@ TEST_F(SearchDisk, NeedsAHostNameAndTheDisksOwnName) {
   EXPECT_EQ(Search(), "");
   m_criteria.Reset();
   m_criteria.SetDate(m_day.GetTime());
+  fs::copy(Leaf(m_day), m_d.Path() / "d20040410/video");  // where an empty name would lead
   EXPECT_EQ(Search(), "");
   m_disk.SearchFile(nullptr);
   CFileSearchInfo without(nullptr);
@@ -223,6 +224,9 @@ TEST_F(SearchDisk, FindsPicturesByDateAndNeverInARange) {
   EXPECT_EQ(Search(), "shot.bmp");
   EXPECT_EQ(Found(), Words({"d:\\d20040410\\rec\\picture\\shot.bmp h board gate", m_day.GetTime(),
                             "0 9", fs::file_size(leaf / "shot.bmp"), "8 4"}));
+  FaultyFileSystem faulty;
+  faulty.FailCall(FaultyFileSystem::kRead, 1);
+  EXPECT_EQ(Search(), "shot.bmp");  // what fails is the file before
   Criteria(kSearchPicture).SetBeginTime(At(4, 9));
   EXPECT_EQ(Search(), "");
 }

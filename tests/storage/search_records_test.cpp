@@ -146,10 +146,13 @@ TEST_F(FileSearchInfo, KeepsWhatIsWholeOfABufferCutAnywhere) {
   int start = 0, count = 2, one = 1;
   const std::string form = FlatForm(m_info, start, count);
   const std::size_t first_end = FlatForm(m_info, start, one).size();
+  const std::size_t slice_end = m_criteria.GetSize() + 8;
   for (std::size_t bytes = 0; bytes < form.size(); ++bytes) {
     CFileSearchInfo read(nullptr);
-    ASSERT_EQ(ReadFlatForm(read, form.substr(0, bytes), start, count), 0U) << bytes;
-    ASSERT_EQ(NamesIn(read), bytes < first_end ? "" : "0") << bytes;
+    start = count = 77;
+    ASSERT_EQ(Words({ReadFlatForm(read, form.substr(0, bytes), start, count), NamesIn(read)}),
+              bytes < first_end ? "0 " : "0 0");
+    ASSERT_EQ(Words({start, count}), bytes < slice_end ? "77 77" : "0 2");
   }
   std::string endless = form;
   endless.replace(m_criteria.GetSize() + 4, 4, Little(0x7FFFFFFF));
