@@ -100,14 +100,16 @@ std::optional<Header> LoadHeader(CFile& file, ULONGLONG file_bytes) {
 }
 
 // What becomes of a file that its last user dropped without closing it.
-void CloseAndDelete(CFile* file) {
-  const std::unique_ptr<CFile> owned(file);
-  try {
-    if (owned->IsOpen()) owned->Close();
-  } catch (const std::exception& failure) {
-    ReportError(failure);
+struct CloseAndDelete {
+  void operator()(CFile* file) const {
+    const std::unique_ptr<CFile> owned(file);
+    try {
+      if (owned->IsOpen()) owned->Close();
+    } catch (const std::exception& failure) {
+      ReportError(failure);
+    }
   }
-}
+};
 
 }  // namespace
 
@@ -119,7 +121,7 @@ CMoxFile::~CMoxFile() = default;
 int CMoxFile::Open(const char* path, int write) {
   Detach();
   if (path == nullptr) return 0;
-  std::shared_ptr<CFile> file(new CFile, CloseAndDelete);
+  std::shared_ptr<CFile> file(new CFile, CloseAndDelete());
   const UINT flags = write != 0 ? CFile::kModeCreate | CFile::kModeReadWrite : CFile::kModeRead;
   m_write_mode = write;
   if (file->Open(path, flags | CFile::kShareDenyNone) == 0) return 0;
