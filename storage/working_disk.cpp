@@ -3,6 +3,8 @@
 #include <functional>
 
 #include "platform/framework/file_find.h"
+#include "platform/os/directories.h"
+#include "platform/os/drives.h"
 #include "storage/day_directory.h"
 #include "storage/disk_path.h"
 #include "storage/hdd_obj.h"
@@ -81,12 +83,14 @@ CHddObj* ChooseDisk(const CObList& disks, const DayEnd& end_day) {
   }
 }
 
-// What CHddObj::DeleteDir would free.
+// What CHddObj::DeleteDir would free; like there, by host paths.
 ULONGLONG BytesBelow(const CString& directory) {
   ULONGLONG bytes = 0;
-  std::vector<CString> waiting = {directory};
+  const auto host_path = os::HostPath(directory);
+  if (!host_path || os::IsSymbolicLink(*host_path) != 0) return 0;
+  std::vector<CString> waiting = {*host_path};
   while (!waiting.empty()) {
-    const CString pattern = waiting.back() + "\\*.*";
+    const CString pattern = waiting.back() + "/*.*";
     waiting.pop_back();
     CFileFind finder;
     int more = finder.FindFile(pattern);

@@ -111,6 +111,26 @@ TEST_F(WorkingDisk, CountsFreedBytesAsMegabytes) {
   EXPECT_EQ(Choose(), "0 d:\\ 08 09 10 | 411 | ");
 }
 
+TEST_F(WorkingDisk, IsForecastWithTheDaysThatWillGo) {
+  FillDays(m_d, {8, 9}, 40);
+  FillDays(m_e, {10}, 60);
+  MakeFile("d20040408/host/..\\..\\d20040408/file", 2);  // on the host one name
+  AddDisks();
+  const auto forecast = [this] {
+    const RecyclingForecast is = ForecastRecycling(m_disks);
+    std::string days = is.m_working_disk != nullptr ? is.m_working_disk->GetHDD() : "none";
+    for (const DoomedDay& doomed : is.m_days) {
+      days += " " + Words({doomed.m_disk->GetHDD(), doomed.m_day.GetDay(), doomed.m_bytes});
+    }
+    return days;
+  };
+  EXPECT_EQ(forecast(), "none d:\\ 8 42 d:\\ 9 40 e:\\ 10 60");
+  EXPECT_EQ(Choose(), "1  08 09 10 |  | ");
+  EXPECT_EQ(forecast(), "none");
+  MountSmall('e', m_e, 500);
+  EXPECT_EQ(forecast(), "e:\\");
+}
+
 TEST_F(WorkingDisk, PassesOverADiskThatLedForAWhile) {
   FillDays(m_d, {8, 10}, 10);
   FillDays(m_e, {7, 9}, 10);
