@@ -123,8 +123,8 @@ void DeleteBare(const CString& root) {
     closedir(directory);
   }
   // What lies in a directory comes behind it.
-  for (auto path = directories.rbegin(); path != directories.rend(); ++path) {
-    Require(rmdir(path->c_str()) == 0, "cannot remove");
+  for (; !directories.empty(); directories.pop_back()) {
+    Require(rmdir(directories.back().c_str()) == 0, "cannot remove");
   }
 }
 

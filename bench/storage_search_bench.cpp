@@ -49,7 +49,7 @@ class Disk {
   }
 
  private:
-  void MakeRecording(int number) {
+  void MakeRecording(int number) const {
     const DWORD begin = kBegin + static_cast<DWORD>(number) % 3600 * kSecondsPerFile;
     CZebFileInfo info;
     info.SetBeginTime(CTime(begin));

@@ -35,8 +35,8 @@ extern "C" int LLVMFuzzerTestOneInput(const BYTE* bytes, std::size_t size) {
   header.m_width = header.m_height = 8;
   header.m_bit_count = kOutputBitCount;
   std::span<BYTE> bits;
-  const HDC canvas = os::CreateCompatibleDC(os::GetDC(nullptr));
-  const HBITMAP bitmap = os::CreateDIBSection(canvas, header, &bits);
+  HDC canvas = os::CreateCompatibleDC(os::GetDC(nullptr));
+  HBITMAP bitmap = os::CreateDIBSection(canvas, header, &bits);
   os::SelectObject(canvas, bitmap);
   CDibObj dib;
   if (dib.LoadBmp(CString("in")) == 1) Exercise(dib, canvas);

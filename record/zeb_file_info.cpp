@@ -152,7 +152,7 @@ DWORD CZebFileInfo::WriteTo(CFile& file) {
   writer.Put(m_gmt);
   for (const CString* text : {&m_camera_name, &m_board_name, &m_host_name}) {
     writer.Put(CutBytes(*text));
-    writer.PutText(std::string_view(*text).substr(0, CutBytes(*text)));
+    writer.PutText({text->data(), CutBytes(*text)});
   }
   file.Write(std::span(buffer).first(writer.Written()));
   return m_header_size;

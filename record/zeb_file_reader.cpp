@@ -13,7 +13,7 @@ int CZebFile::OpenForReading(CZebFileInfo* info) {
   SetFileName(m_file->GetFilePath());
   if (ReadFrom(*m_file) == 0) return 0;
   SetLength(static_cast<DWORD>(m_file->GetLength()));
-  *info = *this;
+  *info = static_cast<const CZebFileInfo&>(*this);
   if (!LoadIndex()) return 0;
 
   m_block = ReadBlockHeader(0);

@@ -20,13 +20,13 @@ std::shared_ptr<BYTE[]> MakeBuffer(DWORD bytes) {
 }
 
 std::string_view CutText(const CString& text) {
-  return std::string_view(text).substr(0, kMaxTextBytes);
+  return {text.data(), std::min(text.size(), kMaxTextBytes)};
 }
 
 CString FormatText(const char* format, DWORD first, DWORD second = 0) {
   char text[32];
-  std::snprintf(text, sizeof text, format, first, second);
-  return text;
+  const int length = std::snprintf(text, sizeof text, format, first, second);
+  return {text, static_cast<std::size_t>(length)};
 }
 
 }  // namespace

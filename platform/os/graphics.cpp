@@ -96,7 +96,7 @@ HBITMAP AddBitmap(const PixelLayout& layout, std::span<BYTE>* bits) {
   *bits = bitmap->m_bytes;
   Tables& tables = Tables::Get();
   const std::lock_guard lock(tables.m_mutex);
-  HBITMAP handle = tables.NewHandle<HBITMAP>();
+  auto* handle = tables.NewHandle<HBITMAP>();
   tables.m_bitmaps.emplace(handle, std::move(bitmap));
   return handle;
 }

@@ -73,7 +73,7 @@ TEST_F(ZebFileWriter, AWholeRecordingIsByteForByte) {
     const std::string video(1, static_cast<char>(i));
     Fill(m_frame, {0, 0x0020, 0x1000U + i, video, {}});
     ASSERT_EQ(m_file->WriteOneFrame(&m_frame), 1);
-    frames += Hex("0000 2000") + video + Hex("100000 01000000") + video;
+    frames.append(Hex("0000 2000")).append(video).append(Hex("100000 01000000")).append(video);
   }
   m_clock.Advance(1000);
   Fill(m_frame, {0, 0x8020, 0x2000, "V", "S"});
