@@ -50,8 +50,8 @@ void PrintHelp(std::ostream& out) {
 }
 
 const Subcommand& FindSubcommand(const std::string& name) {
-  const auto found = std::find_if(kSubcommands.begin(), kSubcommands.end(),
-                                  [&](const Subcommand* one) { return one->name == name; });
+  const auto* const found = std::find_if(kSubcommands.begin(), kSubcommands.end(),
+                                         [&](const Subcommand* one) { return one->name == name; });
   if (found == kSubcommands.end()) {
     throw UsageError("there is no subcommand '" + name + "'; 'zebtool --help' lists them");
   }

@@ -118,6 +118,9 @@ void DatabaseSession::Close() {
   os::DestroyWindow(m_window);
 }
 
+// Of the one database that is open, of which this class is the owner.
+// NOLINTBEGIN(readability-convert-member-functions-to-static)
+
 std::vector<CHddObj*> DatabaseSession::Disks() const {
   std::vector<CHddObj*> disks;
   const int count = dbsGetHddNum();
@@ -135,6 +138,8 @@ std::string DatabaseSession::WorkingDisk() const {
   CString directory;
   return dbsGetWorkHDD(&name, &directory) == 0 ? name : CString();
 }
+
+// NOLINTEND(readability-convert-member-functions-to-static)
 
 void DatabaseSession::Save() const {
   if (dbsSaveDatabase() == 0) {

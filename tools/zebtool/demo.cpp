@@ -170,7 +170,7 @@ class Demo {
     Step({"store", "check", "--db", database});
     Step({"store", "recycle", "--db", database, "--dry-run"});
     Step({"search", "--db", database, "--from", "2024-05-01 00:00:00", "--camera", "0,3"});
-    Step({"snapshot", "d:\\dvr\\d20240503\\recorder\\video\\c0003240503083000.zebz",
+    Step({"snapshot", R"(d:\dvr\d20240503\recorder\video\c0003240503083000.zebz)",
           Path("street.bmp"), "--at", "08:30:10"});
   }
 

@@ -66,7 +66,7 @@ FrameRate RateOfIntervals(ULONGLONG span_ms, ULONGLONG intervals) {
   const auto deviation = [&](const FrameRate& rate) {
     return std::abs(mean_ms * rate.PerSecond() / kMsPerSecond - 1);
   };
-  const auto nearest =
+  const auto* const nearest =
       std::min_element(kWellKnownRates.begin(), kWellKnownRates.end(),
                        [&](const auto& a, const auto& b) { return deviation(a) < deviation(b); });
   // Stamps are whole milliseconds, so the span is known to one of them.

@@ -44,10 +44,10 @@ Texts ReadTexts(std::span<const BYTE> header, bool& damaged) {
 CZebFileInfo Rebuild(std::span<const BYTE> header, std::vector<std::string>& remarks) {
   bool damaged = false;
   const Texts texts = ReadTexts(header, damaged);
-  if (damaged) remarks.push_back("the names of camera, board and host are damaged");
+  if (damaged) remarks.emplace_back("the names of camera, board and host are damaged");
 
   ByteReader reader(header);
-  if (reader.TakeText(4) != "XBEZ") remarks.push_back("the header is damaged");
+  if (reader.TakeText(4) != "XBEZ") remarks.emplace_back("the header is damaged");
   reader.Get<DWORD>();  // version
   reader.Get<DWORD>();  // header size
   const DWORD flags = reader.Get<DWORD>() & kKnownFlags;
@@ -55,7 +55,7 @@ CZebFileInfo Rebuild(std::span<const BYTE> header, std::vector<std::string>& rem
   const auto camera_and_board = reader.Get<WORD>();
   auto frame_size = reader.Get<BYTE>();
   if (zebxGetVideoStd(frame_size) == kNoVideoStandard) {
-    remarks.push_back("the frame size is damaged; 130 (352 x 288) takes its place");
+    remarks.emplace_back("the frame size is damaged; 130 (352 x 288) takes its place");
     frame_size = kUsualFrameSize;
   }
   reader.Get<BYTE>();  // reserved

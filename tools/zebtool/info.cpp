@@ -1,6 +1,7 @@
 // zebtool info: what a recording holds, as text or as JSON.
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "capture/picture_formats.h"
@@ -57,8 +58,8 @@ class Reporter : public ScanVisitor {
 
 class TextReporter final : public Reporter {
  public:
-  TextReporter(std::ostream& out, What what, const std::string& path)
-      : m_out(out), m_what(what), m_path(path) {}
+  TextReporter(std::ostream& out, What what, std::string path)
+      : m_out(out), m_what(what), m_path(std::move(path)) {}
 
   void OnHeader(const CZebFileInfo& info) override {
     Reporter::OnHeader(info);

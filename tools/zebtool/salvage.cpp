@@ -1,6 +1,7 @@
 // zebtool salvage: a whole recording out of one whose writer died or whose chain is damaged.
 #include <algorithm>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/framework/file.h"
@@ -56,8 +57,8 @@ struct Report {
 
 class Salvager {
  public:
-  Salvager(const std::string& input, const std::string& output, Console& console)
-      : m_output(output), m_console(console) {
+  Salvager(const std::string& input, std::string output, Console& console)
+      : m_output(std::move(output)), m_console(console) {
     OpenRecording(m_file, input);
   }
 

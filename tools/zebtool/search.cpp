@@ -101,10 +101,10 @@ void SetTimes(CSearchParam& criteria, const Options& options, const Kind& kind) 
 
 tag_ZEBCAMERAID ReadCamera(const Options& options, const std::string& text) {
   const std::size_t comma = text.find(',');
-  const auto board = ParseNumber(std::string_view(text).substr(0, comma));
+  const auto board = ParseNumber(std::string_view{text}.substr(0, comma));
   const auto camera = comma == std::string::npos
                           ? std::nullopt
-                          : ParseNumber(std::string_view(text).substr(comma + 1));
+                          : ParseNumber(std::string_view{text}.substr(comma + 1));
   if (!board || !camera || *board > kMaxNumber || *camera > kMaxNumber) {
     options.Fail("--camera takes BOARD,CAMERA, such as 0,3, not '" + text + "'");
   }

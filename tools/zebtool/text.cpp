@@ -50,7 +50,7 @@ std::string FormatCount(ULONGLONG number) {
 
 std::string FormatOffset(ULONGLONG offset) {
   std::array<char, 16> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), offset, 16).ptr;
+  auto* const end = std::to_chars(digits.data(), digits.data() + digits.size(), offset, 16).ptr;
   return std::to_string(offset) + " (0x" + std::string(digits.data(), end) + ")";
 }
 
