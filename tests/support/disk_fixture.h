@@ -45,7 +45,6 @@ class TestDisk : public CHddObj {
  public:
   using CHddObj::operator=;
   using CHddObj::IsAnyFile;
-  using CHddObj::LoadPictureDir;
   using CHddObj::LoadRemoteDir;
 };
 
