@@ -33,7 +33,7 @@ TEST_F(ZebxState, LastsFromTheFirstStartToTheEndWhichKeepsDatabaseAndWatermark) 
   EXPECT_EQ(zebxOpenBoard(1, 3, 25), 1);
   ExpectCalls({"noxdevOpenDevice 1 3 d:\\one\\"});
   app.SetDatabase(database);
-  EXPECT_EQ(zebxEnableWaterMark(2) & zebxSetWaterMarkTrans(9), 1);
+  EXPECT_EQ(zebxEnableWaterMark(2) & zebxSetWaterMarkTrans(0x150), 1);
 
   zebxCloseZebx();
   ExpectCalls({"noxdevDestroyDevice 0", "noxdevCloseDevice 1", "noxdevDestroyDevice 1"});
@@ -43,7 +43,10 @@ TEST_F(ZebxState, LastsFromTheFirstStartToTheEndWhichKeepsDatabaseAndWatermark) 
   EXPECT_EQ(app.GetDatabase(), database);
   DWORD transparency = 0;
   EXPECT_EQ(app.GetWaterMark(&transparency), 2);
-  EXPECT_EQ(transparency, 9U);
+  EXPECT_EQ(transparency, 0x50U) << "the low byte";
+  zebxSetWaterMarkTrans(129);
+  app.GetWaterMark(&transparency);
+  EXPECT_EQ(transparency, 128U);
   app.SetDatabase(nullptr);
 }
 
@@ -86,28 +89,6 @@ TEST_F(ZebxState, NumbersTheBoardsOfSixteenDevicesAndLeavesOutTheBrokenOnes) {
   EXPECT_EQ(zebxIsValidBoardIndex(board), 1);
   EXPECT_EQ(zebxOpenBoard(board, 3, 1), 1);
   EXPECT_EQ(zebdev::TakeJournal().back(), "noxdevOpenDevice 17 3 d:\\dev\\");
-}
-
-TEST_F(ZebxState, KnowsNothingOfBoardsThatNoDeviceHas) {
-  InitializeWith({MakeVirtualDevice(0x040, 4)});
-  const tag_ZEBCAMERAID id = {1, 0};
-  EXPECT_EQ(zebxIsValidBoardIndex(1) | zebxIsValidCameraID(&id) | zebxIsBoardOpen(1) |
-                zebxOpenBoard(1, 3, 1) | zebxCloseBoard(1) | zebxIsTVSupport(1) | zebxIsVoice(&id),
-            0);
-  EXPECT_EQ(zebxGetCameraNum(1), 0U);
-  EXPECT_EQ(zebxGet8PortStreamIndex(1), kNone);
-  ExpectCalls({});
-}
-
-TEST(CaptureApp, LimitsTheLowByteOfTheWatermarksTransparency) {
-  CCaptureApp app;
-  DWORD transparency = 0;
-  const DWORD cases[][2] = {{128, 128}, {129, 128}, {0x150, 80}};
-  for (const auto& [given, stored] : cases) {
-    app.SetWaterMarkTransparency(given);
-    app.GetWaterMark(&transparency);
-    EXPECT_EQ(transparency, stored) << given;
-  }
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
-// What kinds of devices and boards can do, and what reaches the display.
+// What kinds of devices and boards can do, their picture sizes, and what reaches the display.
+#include <array>
 #include <numeric>
 
+#include "capture/picture_formats.h"
 #include "image/dib_obj.h"
 #include "platform/noxdisplay/software/display_control.h"
 #include "platform/os/bitmap_resources.h"
@@ -93,6 +95,25 @@ TEST_F(ZebxSupport, LetsEveryDeviceDrawAgainOnceTheSurfacesAreRestored) {
   EXPECT_EQ(zebxCheckDrawSurface(), 1);
   EXPECT_EQ(zebxCheckDrawSurface(), 0);
   ExpectCalls({"noxdevRestore 0 failed", "noxdevRestore 1"});
+}
+
+using Sizes = std::array<DWORD, 6>;
+
+// Width and height as shown, encoded and captured.
+Sizes SizesOf(DWORD frame_size, int expected_answer = 1) {
+  Sizes sizes{};
+  EXPECT_EQ(zebxGetShowSize(frame_size, sizes.data(), &sizes[1]), expected_answer) << frame_size;
+  zebxGetEncodeSize(frame_size, &sizes[2], &sizes[3]);
+  zebxGetCaptureSize(frame_size, &sizes[4], &sizes[5]);
+  return sizes;
+}
+
+TEST(PictureFormats, AnswerWithTheHardwaresSizesAndNothingElse) {
+  EXPECT_EQ(SizesOf(0), (Sizes{160, 120, 160, 112, 160, 112}));
+  EXPECT_EQ(SizesOf(8), (Sizes{704, 480, 720, 240, 704, 240}));
+  EXPECT_EQ(SizesOf(128), (Sizes{176, 144, 176, 144, 176, 144}));
+  EXPECT_EQ(SizesOf(136), (Sizes{704, 576, 720, 288, 704, 288}));
+  for (const DWORD frame_size : {9U, 127U, 137U, 256U}) EXPECT_EQ(SizesOf(frame_size, 0), Sizes{});
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <numeric>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/framework/file_exception.h"
@@ -147,15 +146,8 @@ TEST_F(Snapshot, IsSavedInOneFormatUnderANameWithItsExtension) {
   EXPECT_EQ(m_image.LoadImageAs(kImageBmp, m_dir.File("missing.bmp")), 1) << "held from before";
   EXPECT_TRUE(std::filesystem::is_empty(m_dir.Path()));
 
-  const std::pair<const char*, const char*> names[] = {
-      {"a.BMP", "a.BMP.bmp"}, {"", "capture.bmp"}, {"c.bmp", "c.bmp"}};
-  const auto here = std::filesystem::current_path();
-  std::filesystem::current_path(m_dir.Path());
-  for (const auto& [name, written] : names) {
-    EXPECT_EQ(m_image.SaveImageAs(kImageBmp, name), 1);
-    EXPECT_TRUE(std::filesystem::exists(written)) << written;
-  }
-  std::filesystem::current_path(here);
+  EXPECT_EQ(m_image.SaveImageAs(kImageBmp, m_dir.File("a.BMP")), 1);
+  EXPECT_TRUE(std::filesystem::exists(m_dir.File("a.BMP.bmp")));
 }
 
 TEST_F(Snapshot, ThrowsWhenTheDiskRefusesTheBytes) {
@@ -163,19 +155,6 @@ TEST_F(Snapshot, ThrowsWhenTheDiskRefusesTheBytes) {
   FaultyFileSystem disk;
   disk.FillDiskAfter(60);
   EXPECT_THROW(m_image.SaveImageAs(kImageBmp, m_path), CFileException);
-}
-
-TEST(Image, CopiesShareThePictureAndOutliveEachOther) {
-  CImage copy;
-  {
-    CImage image;
-    Fill(image, 2, 2);
-    copy = image;
-    EXPECT_EQ(copy.GetRawImage(), image.GetRawImage());
-    Fill(image, 1, 1);
-    EXPECT_NE(copy.GetRawImage(), image.GetRawImage());
-  }
-  EXPECT_EQ(copy.GetRawImage()[11], 12);
 }
 
 TEST(FillRawImage, CopiesRowsOfThreeOrFourBytesInEitherOrder) {

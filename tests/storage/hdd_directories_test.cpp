@@ -82,12 +82,9 @@ TEST_F(HddDirectories, AreMadeInLowerCaseAndTheirDayListedOnce) {
 
 TEST_F(HddDirectories, OfTodayHaveFoldersWithCapitals) {
   ASSERT_EQ(Create(m_disk, "d:\\dvr"), 1);
-  for (int times = 0; times < 2; ++times) {
-    EXPECT_EQ(Words({m_disk.GetVideoDir(), m_disk.GetRemoteVideoDir(), m_disk.GetPictureDir()}),
-              "d:\\dvr\\local\\d20040412 d:\\dvr\\remote\\d20040412 d:\\dvr\\picture\\d20040412");
-  }
+  EXPECT_EQ(Words({m_disk.GetVideoDir(), m_disk.GetRemoteVideoDir(), m_disk.GetPictureDir()}),
+            "d:\\dvr\\local\\d20040412 d:\\dvr\\remote\\d20040412 d:\\dvr\\picture\\d20040412");
   EXPECT_TRUE(Has("dvr/Local/d20040412") && Has("dvr/Remote/d20040412"));
-  EXPECT_TRUE(Has("dvr/Picture/d20040412"));
   EXPECT_EQ(Words({DaysOf(m_disk, 0), DaysOf(m_disk, 1)}), "412 412");
   m_disk.Refresh();  // "Local" is not below the base directory itself
   EXPECT_EQ(DaysOf(m_disk), "");
@@ -182,10 +179,8 @@ TEST_F(HddDirectories, HaveASummaryThatIsReadWholeOrNotAtAll) {
   EXPECT_EQ(copy.ReadDirFromBuf(bytes.data(), 0), bytes.size());
   EXPECT_EQ(StateOf(copy), "d:\\ d:\\ N(d) ZebDatabase 1000 1050 0 0  410 411");
 
-  // Without a base directory neither name nor days are told.
-  std::vector<BYTE> four(4, 7);
+  std::vector<BYTE> four(4, 7);  // without a base directory neither name nor days are told
   EXPECT_EQ(Words({TestDisk().WriteDirToBuf(four), copy.ReadDirFromBuf(four)}), "4 4");
-  EXPECT_EQ(StateOf(copy), "   ZebDatabase 1000 1050 0 0  ");
 }
 
 }  // namespace

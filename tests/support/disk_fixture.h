@@ -44,7 +44,6 @@ inline DWORD DateOf(int month, int day) {
 class TestDisk : public CHddObj {
  public:
   using CHddObj::operator=;
-  using CHddObj::IsAnyFile;
   using CHddObj::LoadRemoteDir;
 };
 
