@@ -6,9 +6,6 @@
 #include <numeric>
 #include <vector>
 
-#include "platform/os/graphics.h"
-#include "platform/os/windows.h"
-
 namespace {
 
 constexpr tag_ZEBCAMERAID kCamera = {3, 2};
@@ -80,19 +77,6 @@ TEST(MoxFace, IsCutOutBottomUpInsideThePictureWithAWidthOfWholeWords) {
     EXPECT_EQ(cut(rect), 0);
     ExpectNoPicture(face);
   }
-}
-
-TEST(MoxFace, IsDrawnIntoAWindow) {
-  HWND window = os::CreateWindow(nullptr, "face", {0, 0, 4, 4},
-                                 [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; });
-  CMoxFace face;
-  face.Create(nullptr, kRecord.data(), CTime());
-  ASSERT_EQ(face.Show(window, {1, 2, 4, 4}), 1);
-  HDC dc = os::GetDC(window);
-  EXPECT_EQ(os::GetPixel(dc, 1, 2), 0x040404U) << "the last row on top";
-  EXPECT_EQ(os::GetPixel(dc, 3, 3), 0x030303U);
-  os::ReleaseDC(window, dc);
-  os::DestroyWindow(window);
 }
 
 }  // namespace

@@ -68,11 +68,13 @@ class SearchDisk : public DiskTest {
   CZebFileInfo m_found;
 };
 
-TEST_F(SearchDisk, NeedsAHostNameAndATime) {
+TEST_F(SearchDisk, NeedsAHostNameAndATimeAndNoOtherDisksName) {
   Record("a", m_day, m_day + 60);
   EXPECT_EQ(Search(), "");  // neither day nor moment
   m_criteria.SetDate(At(4, 10, 23).GetTime());
   EXPECT_EQ(Search(), "a");
+  m_criteria.SetDbsName("zebdatabase(d:\\)");  // with another case than the disk's
+  EXPECT_EQ(Search(), "");
   m_criteria.Reset();
   m_criteria.SetDate(m_day.GetTime());
   fs::copy(Leaf(m_day), m_d.Path() / "d20040410/video");  // where an empty name would lead
@@ -86,11 +88,9 @@ TEST_F(SearchDisk, TakesTheFirstKindThatItTests) {
   // A day's pictures, faces and logs are no recordings; around a moment everything is read as one,
   // and logs are not known.
   const std::tuple<DWORD, const char*, const char*> kCases[] = {
-      {0, "video", "video"},
       {kSearchPicture, "", "picture"},
       {kSearchClip | kSearchAlarm, "clip", "clip"},
       {kSearchLog, "", "video"},
-      {kSearchAlarm, "alarm", "alarm"},
       {kSearchAlarm | kSearchFace, "", "face"},
       {kSearchClip | kSearchFace, "", "clip"},
   };

@@ -57,12 +57,8 @@ TEST(SearchParam, HasAFlatFormWithoutBoardCameraNameAndFrameSize) {
   }
   EXPECT_EQ(ReadBufferForm(read, flat), flat.size());
   EXPECT_EQ(FlatForm(read), flat);
-  CString board = "?", camera = "?";
-  tag_FRAMESIZE frame_size{};
-  EXPECT_EQ(read.GetBoardName(board) + read.GetCameraName(camera) + read.GetFrameSize(frame_size),
-            3);
-  EXPECT_EQ(board + camera, "own");
-  EXPECT_EQ(frame_size, 255U);
+  CString camera;
+  EXPECT_EQ(Words({read.GetCameraName(camera), camera}), "1 own");
 }
 
 TEST(SearchParam, CutsTextsToOneByteOfLengthAndAtAZero) {
@@ -150,26 +146,17 @@ TEST_F(FileSearchInfo, KeepsWhatIsWholeOfABufferCutAnywhere) {
   EXPECT_EQ(NamesIn(m_info), "0101");
 }
 
-TEST_F(FileSearchInfo, AppendsCopies) {
+TEST_F(FileSearchInfo, TakesCopiesAndLeavesNullEntriesWhereItWasFilled) {
   Fill(m_without, 2);
-  m_info += m_without;
-  m_without.Reset();
+  Fill(m_info, 1);
   m_info += m_info;
-  EXPECT_EQ(NamesIn(m_info), "0101");
-}
-
-TEST_F(FileSearchInfo, LeavesNullEntriesWhenAssignedIntoAFilledListAndCopesWithThem) {
-  Fill(m_without, 2);
-  Fill(m_info, 3);
   m_without = m_info;
-  EXPECT_EQ(NamesIn(m_without), "--012");
+  m_info.Reset();
+  EXPECT_EQ(NamesIn(m_without), "--00");
   EXPECT_EQ(m_without == m_info, 1);
   int start = 1, count = 9;
-  const std::string form = FlatForm(m_without, start, count);
-  EXPECT_EQ(count, 2);
-  m_info.Reset();
-  ReadFlatForm(m_info, form, start, count);
-  EXPECT_EQ(NamesIn(m_info), "12");
+  ReadFlatForm(m_info, FlatForm(m_without, start, count), start, count);
+  EXPECT_EQ(Words({count, NamesIn(m_info)}), "1 0");
 }
 
 }  // namespace
