@@ -61,14 +61,14 @@ TEST_F(DibObj, LoadsAndSavesAFileByteForByte) {
 }
 
 TEST_F(DibObj, IsLeftEmptyByWhatIsNoWholePicture) {
-  constexpr char kNegative = '\xFF';
-  const std::string files[] = {WithByte(kFile, 0, 'b'),
-                               kFile.substr(0, 53),
-                               kFile.substr(0, kFile.size() - 1),
-                               WithByte(kFile, 14 + 7, kNegative),   // width
-                               WithByte(kFile, 14 + 11, kNegative),  // height
-                               WithByte(kFile, 14 + 11, '\x40'),     // height: rows wrap to 0 bytes
-                               WithByte(kFile, 14 + 35, kNegative)};  // colours
+  const std::string files[] = {
+      WithByte(kFile, 0, 'b'),
+      kFile.substr(0, 53),
+      kFile.substr(0, kFile.size() - 1),
+      WithByte(kFile, 14 + 7, '\x40'),                            // width: its bits wrap
+      std::string(kFile).replace(14 + 8, 4, "\xFE\xFF\xFF\xFF"),  // rows from top to bottom
+      WithByte(kFile, 14 + 11, '\x40'),                           // height: rows wrap to 0 bytes
+      WithByte(kFile, 14 + 35, '\xFF')};                          // colours
   for (const std::string& file : files) {
     ASSERT_EQ(Load(kFile), 1);
     EXPECT_EQ(Load(file), 0) << testing::PrintToString(file);

@@ -106,7 +106,9 @@ TEST_F(Dbs, OpensOnlyWhileTheLibraryIsInitialisedAndThereIsAPlaceForADisk) {
 
 TEST_F(Dbs, TakesOneDiskADrive) {
   ASSERT_EQ(Open(), 1);
-  EXPECT_EQ(Words({Add(Param("E:\\DVR")), Add(Param("D:\\other")), Add(Param("f:\\"))}), "1 0 0");
+  tag_HDDPARAM param = Param("E:\\DVR");
+  EXPECT_EQ(Words({dbsAddHDD(&param), param.m_path}), "1 e:\\dvr");
+  EXPECT_EQ(Add(Param("D:\\other")) + Add(Param("f:\\")), 0);
   EXPECT_EQ(dbsFindHddIndex("ZebDatabase(e:\\)"), 1);
 
   // The working disk's name outlives its disk, and a new one does not take its place.
@@ -135,7 +137,7 @@ TEST_F(Dbs, TellsTheSpaceOfTheFirstDiskAlone) {
   OpenTwoDisks();
   DWORD total = 1, used = 2, free = 3;
   EXPECT_EQ(dbsGetHddSpace(1, &total, &used, &free), 0);
-  EXPECT_EQ(Words({dbsGetHddSpace(0, &total, &used, &free), total}), "1 64");
+  EXPECT_EQ(Words({dbsGetHddSpace(0, &total, &used, &free), total, used}), "1 64 0");
   EXPECT_EQ(static_cast<DWORD>(dbsGetWorkHddFreeSpace()), free);
   EXPECT_EQ(Words({dbsSetOnceDelSpace(49), dbsSetOnceDelSpace(50), dbsGetOnceDelSpace()}),
             "0 1 50");
