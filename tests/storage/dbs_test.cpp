@@ -2,7 +2,6 @@
 
 #include "capture/zebx.h"
 #include "storage/file_search_info.h"
-#include "storage/working_disk.h"
 #include "tests/support/disk_fixture.h"
 #include "tests/support/faulty_file_system.h"
 
