@@ -2,6 +2,7 @@
 
 #include "capture/zebx.h"
 #include "storage/file_search_info.h"
+#include "storage/zeb_database.h"
 #include "tests/support/disk_fixture.h"
 #include "tests/support/faulty_file_system.h"
 
@@ -90,6 +91,25 @@ class Dbs : public DiskTest {
                                     Little(1) + Text("bell.wav");
 };
 
+TEST_F(Dbs, FailsWithoutADatabase) {
+  CString text = "kept";
+  DWORD free = 7;
+  tag_HDDPARAM param;
+  CHddObj* disk = nullptr;
+  CObList list;
+  EXPECT_EQ(dbsSaveDatabase() + Add({}) + dbsChangeBaseDir(0, &param) + dbsRemoveHDDIndex(0) +
+                dbsRemoveHDDName("d:\\") + dbsGetDbsName(0, &text) + dbsGetHddNum() +
+                dbsGetHddParam(0, &param) + dbsGetHDDInfo(&disk, "") + dbsGetHDDList(&list) +
+                dbsGetHddSpace(0, &free, &free, &free) + dbsSetOnceDelSpace(60) +
+                dbsGetVideoDir(&text, "rec", CTime()) + dbsGetHostName(&text) +
+                dbsCloseZebFile(nullptr),
+            0);
+  EXPECT_EQ(Words({Create(dbsCreateZebFile), Search(), dbsGetOnceDelSpace(), dbsFindHddIndex("x"),
+                   dbsGetWorkHDD(&text, &text), dbsGetWorkHddFreeSpace(), dbsCheckWorkHDD(&free),
+                   dbsChangeWorkDir(), text, free}),
+            "0 0 0  0 -1 -1 -1 -1 -1 kept 7");
+}
+
 TEST_F(Dbs, OpensOnlyWhileTheLibraryIsInitialisedAndThereIsAPlaceForADisk) {
   zebxCloseZebx();
   EXPECT_EQ(Words({Open(), State(), Create(dbsCreateZebFile), Search()}), "0 none 0 0 0 ");
@@ -108,7 +128,7 @@ TEST_F(Dbs, TakesOneDiskADrive) {
   tag_HDDPARAM param = Param("E:\\DVR");
   EXPECT_EQ(Words({dbsAddHDD(&param), param.m_path}), "1 e:\\dvr");
   EXPECT_EQ(Add(Param("D:\\other")) + Add(Param("f:\\")), 0);
-  EXPECT_EQ(dbsFindHddIndex("ZebDatabase(e:\\)"), 1);
+  EXPECT_EQ(Words({dbsFindHddIndex("ZebDatabase(e:\\)"), dbsFindHddIndex("ZebDatabase")}), "1 -1");
 
   // The working disk's name outlives its disk, and a new one does not take its place.
   EXPECT_EQ(Words({dbsRemoveHDDName("D:\\whatever"), dbsRemoveHDDName("d:\\"), State()}),
@@ -259,6 +279,31 @@ TEST_F(Dbs, KeepsTheOldFileWhenASaveFails) {
   fs::rename(m_d.Path() / "list", m_d.Path() / "old");
   MakeDirs({"list/below"});
   EXPECT_EQ(Words({dbsSaveDatabase(), Has("list.new")}), "0 0");
+}
+
+// A database that keeps a result, as derived ones may.
+class KeepingDatabase : public CZebDatabase {
+ public:
+  void Keep(CSearchParam criteria) {
+    m_last_search = std::make_unique<CFileSearchInfo>(&criteria);
+    m_last_search->Append(std::make_unique<CZebFileInfo>());
+  }
+  bool Keeps() const { return m_last_search != nullptr; }
+};
+
+TEST_F(Dbs, AnswersAKeptSearchUntilTheCriteriaChange) {
+  KeepingDatabase database;
+  EXPECT_STREQ(database.GetRuntimeClass()->m_name, "CZebDatabase");
+  CSearchParam criteria;
+  database.Keep(criteria);
+  CFileSearchInfo same(&criteria);
+  EXPECT_EQ(Words({database.SearchFile(&same), same.GetCount(), database.Keeps()}), "1 1 1");
+  criteria.SetHostName("other");
+  CFileSearchInfo other(&criteria);
+  EXPECT_EQ(Words({database.SearchFile(&other), other.GetCount(), database.Keeps()}), "1 0 0");
+  database.Keep(criteria);
+  database.Close();
+  EXPECT_FALSE(database.Keeps());
 }
 
 }  // namespace
