@@ -91,4 +91,30 @@ TEST_F(ZebxState, NumbersTheBoardsOfSixteenDevicesAndLeavesOutTheBrokenOnes) {
   EXPECT_EQ(zebdev::TakeJournal().back(), "noxdevOpenDevice 17 3 d:\\dev\\");
 }
 
+TEST_F(ZebxState, KnowsNothingOfBoardsThatNoDeviceHas) {
+  Plan({});
+  EXPECT_EQ(zebxInitZebx(0, nullptr, 0, nullptr, nullptr), 1) << "no device, no directory";
+  EXPECT_EQ(zebxGetBoardNum() | zebxGetTotalCamera(), 0U);
+  zebxCloseZebx();
+  InitializeWith({MakeVirtualDevice(0x040, 4)});
+  DWORD value = 77;
+  for (const WORD board : {WORD{1}, WORD{0xFFFF}}) {
+    const tag_ZEBCAMERAID id = {board, 0};
+    EXPECT_EQ(zebxIsValidBoardIndex(board) | zebxIsValidCameraID(&id) | zebxIsBoardOpen(board) |
+                  zebxOpenBoard(board, 3, 1) | zebxCloseBoard(board) |
+                  zebxGetFrameSize(board, &value) | zebxGetSpeed(board, &value) |
+                  zebxSetSpeed(board, 1) | zebxGetBoardType(board) | zebxIsTVSupport(board) |
+                  zebxSetTVOut(board, 1, 2) | zebxIsWatchDog(board) | zebxIsVoice(&id) |
+                  zebxIsIOSupport(board) | zebxIOCtrl(board, 1, 2, 3),
+              0);
+    EXPECT_EQ(zebxGetCameraNum(board), 0U);
+    EXPECT_EQ(zebxGet8PortStreamIndex(board), kNone);
+  }
+  EXPECT_EQ(zebxIsVoice(nullptr) | zebxIsValidCameraID(nullptr) | zebxGetFrameSize(0, nullptr) |
+                zebxGetSpeed(0, nullptr),
+            0);
+  EXPECT_EQ(value, 77U);
+  ExpectCalls({});
+}
+
 }  // namespace

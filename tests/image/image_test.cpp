@@ -183,4 +183,17 @@ TEST(FillRawImage, ZoomsWithTheMeansOfNeighboursAndTheOddLastPixel) {
   EXPECT_EQ(image.FillRawImage(source, 2, 0, -6, 3, 1), 1);
 }
 
+TEST(Image, CopiesShareThePictureAndOutliveEachOther) {
+  CImage copy;
+  {
+    CImage image;
+    Fill(image, 2, 2);
+    copy = image;
+    EXPECT_EQ(copy.GetRawImage(), image.GetRawImage());
+    Fill(image, 1, 1);
+    EXPECT_NE(copy.GetRawImage(), image.GetRawImage());
+  }
+  EXPECT_EQ(copy.GetRawImage()[11], 12);
+}
+
 }  // namespace

@@ -6,6 +6,9 @@
 #include <numeric>
 #include <vector>
 
+#include "platform/os/graphics.h"
+#include "platform/os/windows.h"
+
 namespace {
 
 constexpr tag_ZEBCAMERAID kCamera = {3, 2};
@@ -77,6 +80,23 @@ TEST(MoxFace, IsCutOutBottomUpInsideThePictureWithAWidthOfWholeWords) {
     EXPECT_EQ(cut(rect), 0);
     ExpectNoPicture(face);
   }
+}
+
+TEST(MoxFace, IsDrawnIntoAWindow) {
+  HWND window = os::CreateWindow(nullptr, "face", {0, 0, 4, 4},
+                                 [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; });
+  CMoxFace face;
+  EXPECT_EQ(face.Show(window, {0, 0, 3, 2}), 0) << "no picture";
+  face.Create(nullptr, kRecord.data(), CTime());
+  EXPECT_EQ(face.Show(nullptr, {0, 0, 3, 2}), 0) << "not the screen";
+  ASSERT_EQ(face.Show(window, {1, 2, 4, 4}), 1);
+  HDC dc = os::GetDC(window);
+  EXPECT_EQ(os::GetPixel(dc, 1, 2), 0x040404U) << "the last row on top";
+  EXPECT_EQ(os::GetPixel(dc, 3, 3), 0x030303U);
+  EXPECT_EQ(os::GetPixel(dc, 0, 2), 0U);
+  os::ReleaseDC(window, dc);
+  os::DestroyWindow(window);
+  EXPECT_EQ(face.Show(window, {0, 0, 3, 2}), 0);
 }
 
 }  // namespace
