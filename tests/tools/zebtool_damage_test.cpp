@@ -83,14 +83,11 @@ TEST_F(BrokenRecording, VerifyNamesTheDamagedFieldAndItsOffset) {
       {4, 4, "version"},
       {8, 8, "header says"},
       {15, 12, "flags"},
-      {16, 16, "reserved word"},
       {22, 22, "frame size"},
       {23, 23, "reserved byte"},
-      {31, 28, "end time"},
       {35, 32, "begin time stamp"},
       {37, 36, "gmt"},
       {m_blocks[1], m_blocks[1], "points back"},
-      {m_blocks[1] + 10, m_blocks[1] + 10, "reserved field"},
       {m_blocks[1] + 12, m_blocks[1], "stamped"},
       {m_blocks[2] + kBlockHeaderBytes, m_blocks[2] + kBlockHeaderBytes, "no I-frame"},
       {m_ends[2] + 10, m_ends[2], "frame 3 of block 0"},
@@ -117,14 +114,6 @@ TEST_F(BrokenRecording, ChainThatLoopsOrPointsBackEnds) {
     Expect(broken, m_frames);
     EXPECT_EQ(m_verified.status, 1);
     EXPECT_TRUE(Contains(m_verified.out, "block 1")) << m_verified.out;
-  }
-}
-
-TEST_F(BrokenRecording, WhatIsNoRecordingIsRefused) {
-  for (const std::string& bytes :
-       {std::string(5000, '\0'), std::string(5000, '\xFF'), "RIFF" + std::string(3000, 'x')}) {
-    Expect(bytes, {});
-    EXPECT_EQ(m_verified.status, 1);
   }
 }
 

