@@ -84,7 +84,6 @@ TEST_F(BrokenRecording, VerifyNamesTheDamagedFieldAndItsOffset) {
       {8, 8, "header says"},
       {15, 12, "flags"},
       {22, 22, "frame size"},
-      {23, 23, "reserved byte"},
       {35, 32, "begin time stamp"},
       {37, 36, "gmt"},
       {m_blocks[1], m_blocks[1], "points back"},

@@ -1,7 +1,6 @@
 // Recording onto the disks of a database: where files go, when they end, and what a shortage does.
 #include <algorithm>
 
-#include "record/zeb_file_info.h"
 #include "tests/tools/store_fixture.h"
 
 namespace {
@@ -30,29 +29,24 @@ class ZebtoolRecord : public StoreFixture {
 
 TEST_F(ZebtoolRecord, RecordingLiesInItsDayUnderItsCameraAndTime) {
   Init();
-  std::vector<std::string> arguments = {"record",   Video(), "--begin",       "2024-05-01 08:30:00",
-                                        "--host",   "gate",  "--board",       "1",
-                                        "--camera", "7",     "--camera-name", "yard"};
+  std::vector<std::string> arguments = {"record",   Video(), "--begin", "2024-05-01 08:30:00",
+                                        "--host",   "gate",  "--board", "1",
+                                        "--camera", "7"};
   ASSERT_EQ(Run(arguments).status, 0);
   arguments.push_back("--alarm");
   ASSERT_EQ(Run(arguments).status, 0);
   const fs::path day = Drive('d') / "dvr" / "d20240501" / "gate";
-  std::vector<fs::path> wanted = {day / "video" / "c0107240501083000.zebz",
-                                  day / "alarm" / "ca0107240501083000.zebz"};
-  std::sort(wanted.begin(), wanted.end());
-  EXPECT_EQ(Recordings('d'), wanted);
-  CZebFileInfo header;
-  ASSERT_EQ(header.Create(wanted[0].string()), 1);
-  EXPECT_EQ(header.GetHostName(), "gate");
-  EXPECT_EQ(header.GetCameraName(), "yard");
-  EXPECT_EQ(header.GetBeginTime(), CTime(2024, 5, 1, 8, 30, 0));
+  EXPECT_EQ(Recordings('d'), (std::vector<fs::path>{day / "alarm" / "ca0107240501083000.zebz",
+                                                    day / "video" / "c0107240501083000.zebz"}));
 }
 
 TEST_F(ZebtoolRecord, FilesEndWithTheirMinutesAndDaysPassAsRecorded) {
   Init();
-  // 2 pictures a minute, 8 of them in 4 loops, across midnight.
-  const ToolRun run = Run({"record", Video(2, "1:30"), "--begin", "2024-05-01 23:58:00", "--loops",
-                           "4", "--minutes", "1", "--json"});
+  // 2 pictures a minute, the first of them with sound, and 4 loops across midnight.
+  const std::string sound = m_dir.File("sound.wav");
+  WriteWholeFile(sound, MakeWav(MakeTone(8000 * 2, 300)));
+  const ToolRun run = Run({"record", Video(2, "1:30"), "--audio", sound, "--begin",
+                           "2024-05-01 23:58:00", "--loops", "4", "--minutes", "1", "--json"});
   ASSERT_EQ(run.status, 0) << run.err;
   const auto found = Recordings('d');
   ASSERT_EQ(found.size(), 4U);
@@ -61,9 +55,9 @@ TEST_F(ZebtoolRecord, FilesEndWithTheirMinutesAndDaysPassAsRecorded) {
   for (std::size_t i = 0; i < found.size(); ++i) {
     EXPECT_EQ(found[i].filename(), kNames[i]);
     EXPECT_TRUE(Contains(found[i].string(), i < 2 ? "d20240501" : "d20240502"));
-    EXPECT_EQ(RunTool({"verify", found[i].string()}).status, 0);
   }
   EXPECT_EQ(JsonNumber(run.out, "i_frames"), 4);
+  EXPECT_EQ(JsonNumber(run.out, "voiced_frames"), 4);
 }
 
 // The room left is just above the reserve; the recording itself brings the disk below its reserve.
@@ -90,16 +84,6 @@ TEST_F(ZebtoolRecord, NoRoomAndNothingToRecycleEndsTheRecording) {
   EXPECT_TRUE(Contains(run.err, "no disk has room")) << run.err;
   EXPECT_TRUE(HasDay('d', "d20240428"));
   EXPECT_TRUE(Recordings('d').empty());
-}
-
-TEST_F(ZebtoolRecord, EveryLoopBringsItsSound) {
-  Init();
-  const std::string sound = m_dir.File("sound.wav");
-  WriteWholeFile(sound, MakeWav(MakeTone(8000 * 2, 300)));  // the third second is silent
-  const ToolRun run = Run({"record", Video(), "--audio", sound, "--loops", "2", "--json"});
-  ASSERT_EQ(run.status, 0) << run.err;
-  EXPECT_EQ(JsonNumber(run.out, "frames"), 6);
-  EXPECT_EQ(JsonNumber(run.out, "voiced_frames"), 4);
 }
 
 }  // namespace

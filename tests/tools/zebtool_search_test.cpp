@@ -1,15 +1,12 @@
 // Searching the disks of a database by command line: what each criterion finds, and what is said.
-#include <algorithm>
-
-#include "record/mox_file.h"
 #include "tests/tools/store_fixture.h"
 
 namespace {
 
 class ZebtoolSearch : public StoreFixture {
  protected:
-  // Two cameras on the evening of May the 1st, and one on the day after; then a clip, an alarm, a
-  // picture, a log and a face file of that day.
+  // Two cameras on the evening of May the 1st and one on the day after, with an alarm and a
+  // picture.
   void FillDisk() {
     Init();
     WriteWholeFile(m_video, MakeY4m(176, 144, 60, "1:1"));
@@ -17,21 +14,12 @@ class ZebtoolSearch : public StoreFixture {
     Record("2024-05-01 22:00:00", "2", "yard");
     Record("2024-05-02 10:00:00", "1", "gate");
     Record("2024-05-02 11:00:00", "1", "gate", {"--alarm"});
+    std::filesystem::create_directories(Drive('d') / "dvr/d20240502/recorder/picture");
     const std::string recorder = "d:\\dvr\\d20240502\\recorder\\";
-    for (const std::string leaf : {"clip", "picture", "log", "face"}) {
-      std::filesystem::create_directories(Drive('d') / "dvr/d20240502/recorder" / leaf);
-    }
-    const std::string recording = recorder + "video\\c0001240502100000.zebz";
-    ASSERT_EQ(
-        RunTool({"clip", recording, recorder + "clip\\part.zebz", "--from-block", "0"}).status, 0);
-    ASSERT_EQ(RunTool({"snapshot", recording, recorder + "picture\\p.bmp", "--at", "+5"}).status,
+    ASSERT_EQ(RunTool({"snapshot", recorder + "video\\c0001240502100000.zebz",
+                       recorder + "picture\\p.bmp", "--at", "+5"})
+                  .status,
               0);
-    WriteWholeFile((Drive('d') / "dvr/d20240502/recorder/log/userlog.ulg").string(), "log");
-    CMoxFile faces;
-    faces.SetHostName("recorder");
-    faces.SetCameraIndex(1);
-    ASSERT_EQ(faces.Open((recorder + "face\\f.face").c_str(), 1), 1);
-    faces.Close();
   }
 
   void Record(const std::string& begin, const std::string& camera, const std::string& name,
@@ -79,11 +67,8 @@ TEST_F(ZebtoolSearch, FindsByEveryCriterion) {
       {{"--from", "2024-05-01 21:30:00"}, evening_2 + morning},
       {{"--from", "2024-05-01 20:00:00", "--to", "2024-05-01 21:59:59"}, evening_1},
       {{"--at", "2024-05-01 21:00:30", "--camera", "0,1"}, evening_1},
-      {{"--date", "2024-05-02", "--kind", "clip"}, "part "},
       {{"--date", "2024-05-02", "--kind", "alarm"}, "ca0001240502110000 "},
       {{"--date", "2024-05-02", "--kind", "picture", "--camera-name", "gate"}, "p "},
-      {{"--date", "2024-05-02", "--kind", "log", "--camera-name", "none"}, "userlog "},
-      {{"--date", "2024-05-02", "--kind", "face", "--camera", "0,1"}, "f "},
   };
   for (const auto& [options, found] : cases) {
     EXPECT_EQ(Found(options), found) << options[1] << ' ' << options.back();
@@ -102,31 +87,23 @@ TEST_F(ZebtoolSearch, TellsWhatEachKindKnows) {
   EXPECT_TRUE(told("picture").starts_with("2024-05-02 10:00:05  \"gate\"  "));
   const std::string json = told("video", {"--json"});
   EXPECT_EQ(JsonNumber(json, "end_seconds"), CTime(2024, 5, 2, 10, 0, 59).GetTime());
-  EXPECT_EQ(JsonNumber(json, "camera"), 1);
   EXPECT_EQ(JsonNumber(told("picture", {"--json"}), "camera"), -1);
 }
 
 TEST_F(ZebtoolSearch, CriteriaThatDoNotFitAreRefused) {
   Init();
-  const struct {
-    std::vector<std::string> options;
-    int status;
-    const char* text;
-  } cases[] = {
-      {{"--date", "2024-05-01", "--at", "2024-05-01 00:00:00"}, 2, "one of"},
-      {{"--at", "2024-05-01 00:00:00", "--kind", "face"}, 2, "needs --date"},
-      {{"--at", "2024-05-01 00:00:00", "--camera-name", "gate"}, 2, "--camera only"},
-      {{"--date", "2024-05-01", "--camera", "3"}, 2, "BOARD,CAMERA"},
-      {{"--date", "2024-05-01", "--camera", "0,3", "--kind", "picture"}, 2, "--camera-name"},
-      {{"--date", "2024-05-01", "--disk", "d"}, 1, "store disks"},
+  const std::vector<std::string> cases[] = {
+      {"--date", "2024-05-01", "--at", "2024-05-01 00:00:00"},
+      {"--at", "2024-05-01 00:00:00", "--kind", "face"},
+      {"--at", "2024-05-01 00:00:00", "--camera-name", "gate"},
+      {"--date", "2024-05-01", "--camera", "3"},
+      {"--date", "2024-05-01", "--camera", "0,3", "--kind", "picture"},
   };
-  for (const auto& [options, status, text] : cases) {
-    std::vector<std::string> arguments = {"search"};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    const ToolRun run = Run(arguments);
-    EXPECT_EQ(run.status, status) << text;
-    EXPECT_TRUE(Contains(run.err, text)) << run.err;
+  for (std::vector<std::string> arguments : cases) {
+    arguments.insert(arguments.begin(), "search");
+    EXPECT_EQ(Run(arguments).status, 2) << testing::PrintToString(arguments);
   }
+  EXPECT_EQ(Run({"search", "--date", "2024-05-01", "--disk", "d"}).status, 1);
 }
 
 }  // namespace

