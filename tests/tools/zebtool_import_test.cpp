@@ -52,19 +52,17 @@ TEST_F(Import, AnySizeIsScaledToTheFrameSize) {
     int width, height;
     const char* rate;
     std::vector<std::string> options;
-    int frame_size, encode_width;
+    int frame_size;
   } cases[] = {
-      {160, 128, "30000:1001", {}, 4, 160},
-      {1, 1, "15:1", {}, 130, 352},
-      {353, 289, "25:1", {"--frame-size", "128"}, 128, 176},
+      {160, 128, "30000:1001", {}, 4},
+      {1, 1, "15:1", {}, 130},
+      {353, 289, "25:1", {"--frame-size", "128"}, 128},
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(one.width);
     const ToolRun run = Run(MakeY4m(one.width, one.height, 2, one.rate), one.options);
     ASSERT_EQ(run.status, 0) << run.err;
-    const std::string info = RunTool({"info", m_path, "--json"}).out;
-    EXPECT_EQ(JsonNumber(info, "frame_size"), one.frame_size);
-    EXPECT_EQ(JsonNumber(info, "encode_width"), one.encode_width);
+    EXPECT_EQ(JsonNumber(RunTool({"info", m_path, "--json"}).out, "frame_size"), one.frame_size);
   }
 }
 
@@ -114,7 +112,6 @@ TEST_F(Import, BadInputIsRefusedByName) {
       {start, "RIFFxxxxAVI ", "no WAV"},
       {start, sound.substr(0, 30), "cut off"},
       {start, MakeWav({}, 8000, 3), "only PCM"},
-      {start, sound.substr(0, 36), "holds no sound"},
       {start, MakeWav({}, 10), "10 samples a second"},
   };
   for (const auto& one : cases) {

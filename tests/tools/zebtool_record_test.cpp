@@ -27,19 +27,6 @@ class ZebtoolRecord : public StoreFixture {
   }
 };
 
-TEST_F(ZebtoolRecord, RecordingLiesInItsDayUnderItsCameraAndTime) {
-  Init();
-  std::vector<std::string> arguments = {"record",   Video(), "--begin", "2024-05-01 08:30:00",
-                                        "--host",   "gate",  "--board", "1",
-                                        "--camera", "7"};
-  ASSERT_EQ(Run(arguments).status, 0);
-  arguments.push_back("--alarm");
-  ASSERT_EQ(Run(arguments).status, 0);
-  const fs::path day = Drive('d') / "dvr" / "d20240501" / "gate";
-  EXPECT_EQ(Recordings('d'), (std::vector<fs::path>{day / "alarm" / "ca0107240501083000.zebz",
-                                                    day / "video" / "c0107240501083000.zebz"}));
-}
-
 TEST_F(ZebtoolRecord, FilesEndWithTheirMinutesAndDaysPassAsRecorded) {
   Init();
   // 2 pictures a minute, the first of them with sound, and 4 loops across midnight.

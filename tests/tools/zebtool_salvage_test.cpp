@@ -92,7 +92,6 @@ TEST_F(Salvage, LostBeginningStartsAtTheNextIFrame) {
   // Header and the first seven frames are gone; with them the first I-frame's group.
   EXPECT_EQ(Run(Without(0, m_ends[6])), WithoutFrames(0, 10));
   EXPECT_EQ(JsonNumber(m_run.out, "lost_frames"), 3);
-  EXPECT_EQ(RunTool({"verify", "saved"}).status, 0);
 }
 
 TEST_F(Salvage, TimesAndNamesOfTheHeaderAreKept) {
@@ -101,7 +100,6 @@ TEST_F(Salvage, TimesAndNamesOfTheHeaderAreKept) {
   EXPECT_EQ(ParseRecording(m_disk.Get("saved")).m_header,
             std::to_string(kTestBeginSeconds + 1) + "-" + std::to_string(kTestBeginSeconds + 3) +
                 ", stamp 6200, gmt 0, flags 4");
-  EXPECT_EQ(m_disk.Get("saved").substr(20, 4), m_whole.substr(20, 4));
   EXPECT_EQ(m_disk.Get("saved").substr(40, 22), m_whole.substr(40, 22));
 }
 

@@ -41,13 +41,10 @@ TEST_F(ZebtoolStore, FailedInitLeavesNoDatabase) {
 
 TEST_F(ZebtoolStore, DisksComeAndGoByPathAndByIndex) {
   Init({"--recycle"}, true);
-  EXPECT_EQ(Run({"store", "add", "E:\\other"}).status, 1);  // the drive has a disk
   EXPECT_EQ(Run({"store", "remove", "e:\\"}).status, 0);
   EXPECT_FALSE(Contains(Run({"store", "disks"}).out, "(e:\\)"));
   ASSERT_EQ(Run({"store", "add", "e:\\dvr"}).status, 0);
-  const ToolRun run = Run({"store", "remove", "0"});
-  EXPECT_EQ(run.status, 0);
-  EXPECT_TRUE(Contains(run.out, "there is no working disk")) << run.out;
+  EXPECT_TRUE(Contains(Run({"store", "remove", "0"}).out, "there is no working disk"));
   EXPECT_EQ(Run({"store", "remove", "0"}).status, 1);  // the only one
   EXPECT_TRUE(Contains(Run({"store", "disks"}).out, "(e:\\)"));
 }

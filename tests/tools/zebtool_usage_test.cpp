@@ -18,12 +18,13 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
       {{"import", "a", "b", "--frame-size", "9"}, "0 to 8 or 128 to 136"},
       {{"import", "a", "b", "--quantiser", "8,32"}, "1 to 31"},
       {{"import", "a", "b", "--begin", "2024-02-30 00:00:00"}, "--begin takes"},
-      {{"export", "a", "b", "--from", "1:"}, "BLOCK:INDEX"},
       {{"snapshot", "a", "b", "--at", "+1", "--frame", "0"}, "not both"},
       {{"face", "a", "list", "b"}, "list takes no directory"},
       {{"store", "mend", "--db", "a"}, "no action 'mend'"},
       {{"store", "disks", "--db", "a", "--drive", "d"}, "--drive takes"},
       {{"record", "-", "--db", "a", "--loops", "2"}, "not a pipe"},
+      {{"search", "--db", "a"}, "one of --date, --from and --at"},
+      {{"search", "--db", "a", "--date", "2024-05-01", "--camera", "3"}, "BOARD,CAMERA"},
       {{"clip", "a", "b", "--from", "+1", "--to-block", "2"}, "not both"},
       {{"clip", "a", "b", "--from-block", "3", "--to-block", "2"}, "nothing between"},
   };
@@ -35,16 +36,13 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
   }
 }
 
-TEST(ZebtoolUsage, HelpOfEverySubcommandIsReachedTwoWays) {
-  const ToolRun all = RunTool({"--help"});
-  EXPECT_EQ(all.status, 0);
+TEST(ZebtoolUsage, EverySubcommandIsListedAndHasHelp) {
+  const std::string all = RunTool({"--help"}).out;
   for (const char* name : {"import", "info", "verify", "export", "clip", "snapshot", "face",
                            "salvage", "store", "record", "search", "demo"}) {
-    EXPECT_TRUE(Contains(all.out, std::string("\n  ") + name)) << name;
-    const ToolRun help = RunTool({"help", name});
-    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(Contains(all, std::string("\n  ") + name)) << name;
+    const ToolRun help = RunTool({name, "whatever", "-h"});
     EXPECT_TRUE(Contains(help.out, std::string("usage: zebtool ") + name)) << help.out;
-    EXPECT_EQ(RunTool({name, "whatever", "-h"}).out, help.out);
   }
 }
 

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
 #include "platform/noxcodec/noxcodec.h"
@@ -14,24 +13,17 @@ namespace {
 
 using Samples = std::vector<std::int16_t>;
 
-// A tone rich in harmonics around a moving resonance, with pauses and a little hiss: much like a
-// voice.
+// Three tones that wander and swell like a voice, with pauses and a little hiss.
 Samples Voice(std::size_t count) {
-  constexpr int kHarmonics = 18;
   Samples samples(count);
-  double phase = 0;
   DWORD hiss = 1;
   for (std::size_t i = 0; i < count; ++i) {
     const double time = static_cast<double>(i) / 8000;
-    phase += 2 * std::numbers::pi * (120 + 25 * std::sin(3 * time)) / 8000;
-    const double resonance = 5 + 3 * std::sin(5 * time);
-    double value = 0;
-    for (int harmonic = 1; harmonic <= kHarmonics; ++harmonic) {
-      value += std::sin(harmonic * phase) / (1 + std::abs(harmonic - resonance));
-    }
+    const double pitch = 900 * time + 50 * std::sin(3 * time);
+    const double tones = std::sin(pitch) + std::sin(4 * pitch) / 2 + std::sin(7 * pitch) / 3;
     hiss = hiss * 1664525 + 1013904223;
-    value *= 4000 * std::max(0.0, std::sin(7 * time));
-    samples[i] = static_cast<std::int16_t>(value + static_cast<double>(hiss >> 24) / 8);
+    samples[i] = static_cast<std::int16_t>(5000 * tones * std::max(0.0, std::sin(7 * time)) +
+                                           static_cast<double>(hiss >> 24) / 8);
   }
   return samples;
 }
@@ -83,7 +75,7 @@ TEST_F(SpeechCodec, KeepsAVoiceCloseInPacketsOfAnyLength) {
       const Samples part = Decode(m_encoder.Encode(std::span(voice).subspan(at, length)));
       decoded.insert(decoded.end(), part.begin(), part.end());
     }
-    EXPECT_GT(SignalToNoise(voice, decoded), 22) << length;
+    EXPECT_GT(SignalToNoise(voice, decoded), 30) << length;
   }
 }
 
