@@ -62,6 +62,7 @@ TEST_F(ZebtoolSearch, FindsByEveryCriterion) {
       {{"--from", "2024-05-01 21:30:00"}, evening_2 + morning},
       {{"--from", "2024-05-01 20:00:00", "--to", "2024-05-01 21:59:59"}, evening_1},
       {{"--at", "2024-05-01 21:00:30", "--camera", "0,1"}, evening_1},
+      {{"--date", "2024-05-02", "--kind", "clip"}, ""},
       {{"--date", "2024-05-02", "--kind", "alarm"}, "ca0001240502110000 "},
       {{"--date", "2024-05-02", "--kind", "picture", "--camera-name", "gate"}, "p "},
   };
