@@ -20,7 +20,7 @@ TEST_F(ZebtoolStore, FirstDiskStandsWhereItWasAskedForAndLeavesNothingElse) {
 
 TEST_F(ZebtoolStore, DefaultDiskLiesBelowTheDataDirectoryWhereAFirstDiskMayBeToo) {
   for (const std::vector<std::string>& place :
-       std::vector<std::vector<std::string>>{{"--data", "d:"}, {"D:\\Database\\"}}) {
+       std::vector<std::vector<std::string>>{{"D:\\Database\\"}, {"--data", "d:"}}) {
     std::vector<std::string> arguments = {"store", "init"};
     arguments.insert(arguments.end(), place.begin(), place.end());
     EXPECT_EQ(Run(arguments).status, 0);

@@ -1,13 +1,24 @@
-// Pictures to encode and measures of what comes back.
+// Pictures and media to encode, and measures of what comes back.
 #pragma once
 
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
 #include <vector>
 
 #include "platform/noxcodec/software/picture.h"
 #include "platform/noxcodec/software/video_encoder.h"
 #include "platform/zebdev/software/street_scene.h"
+
+// The path of a file in the directory that the environment variable ZEBX_MEDIA_DIR names; empty
+// when there is none.
+inline std::string MediaFile(const std::string& name) {
+  const char* const directory = std::getenv("ZEBX_MEDIA_DIR");
+  const std::string path = std::string(directory == nullptr ? "" : directory) + "/" + name;
+  return directory != nullptr && std::filesystem::exists(path) ? path : "";
+}
 
 // The first `count` pictures of the generated street.
 inline std::vector<noxcodec::Picture> StreetPictures(int width, int height, int count) {

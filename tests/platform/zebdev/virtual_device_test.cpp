@@ -62,7 +62,7 @@ TEST_F(VirtualDevices, OpenInFourModesAndOnce) {
   EXPECT_NE(noxdevCloseDevice(device), kGood);
   EXPECT_NE(noxdevOpenDevice(device, 4, "c:\\"), kGood);
   EXPECT_NE(noxdevOpenDevice(device, 0, nullptr), kGood);
-  for (const DWORD mode : {0U, 1U, 2U}) {
+  for (const DWORD mode : {0U, 1U, 2U, 3U}) {
     EXPECT_EQ(noxdevOpenDevice(device, mode, "c:\\"), kGood);
     EXPECT_NE(noxdevOpenDevice(device, mode, "c:\\"), kGood);
     EXPECT_EQ(noxdevCloseDevice(device), kGood);
