@@ -34,11 +34,11 @@ TEST(Transform, InverseKeepsItsResiduals) {
 }
 
 TEST(ScalePicture, ShrinksByTheMeanAndEnlargesFromPixelToPixel) {
-  const Picture source = DrawPicture(6, 4, [](int, int x, int y) { return 40 * x + 10 * y; });
+  const Picture source = DrawPicture(6, 4, [](int, int x, int y) { return 41 * x + 10 * y; });
   Picture smaller(3, 2), larger(8, 3);
   ScalePicture(source.View(), smaller);
-  EXPECT_EQ(smaller.Plane(kLuma).Row(0)[0], 25);
-  EXPECT_EQ(smaller.Plane(kLuma).Row(1)[2], 205);
+  EXPECT_EQ(smaller.Plane(kLuma).Row(0)[0], 26);
+  EXPECT_EQ(smaller.Plane(kLuma).Row(1)[2], 210);
 
   ScalePicture(DrawPicture(2, 1, [](int, int x, int) { return 200 * x; }).View(), larger);
   const BYTE* const row = larger.Plane(kLuma).Row(2);
