@@ -157,6 +157,17 @@ class Run:
         }
         require(shown == {(day[1:], drive) for day, drive in self.disks.days()}, f"days {shown}")
 
+    def check_recycling(self, now):
+        said = self.tool("store", "recycle", "--now", f"{now} 12:00:00", "--dry-run").split()
+        oldest, drive = self.disks.days()[0]
+        day = f"{oldest[1:5]}-{oldest[5:7]}-{oldest[7:9]}"
+        size = sum(s for at, s in self.disks.recordings().items() if at[:2] == (drive, oldest))
+        require(said[2] == day and drive + ":" in said[4], f"'{said}' while {oldest} is the oldest")
+        require(int(said[5].replace(",", "")) == size, f"'{said}' while the day has {size} bytes")
+        done = self.tool("store", "recycle", "--now", f"{now} 12:00:00").split()
+        require(done[:2] == ["deleted", day], f"'{done}' after '{said}'")
+        require((oldest, drive) not in self.disks.days(), f"{oldest} is still there")
+
     def require_found(self, criteria, expected):
         """`expected` are (drive, day, name) of recordings."""
         done = self.tool(
@@ -213,6 +224,7 @@ class Run:
             f"left {len(here)} recordings, {sum(here.values())} bytes, "
             f"days {' '.join(name + drive for name, drive in self.disks.days())}"
         )
+        self.check_recycling(day)
 
 
 def main():

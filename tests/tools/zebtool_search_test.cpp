@@ -1,10 +1,39 @@
-// Searching the disks of a database by command line: what each criterion finds.
+// Searching the disks of a database by command line: what each criterion finds, and what is said.
+#include <algorithm>
+
+#include "record/mox_file.h"
 #include "tests/tools/store_fixture.h"
 
 namespace {
 
 class ZebtoolSearch : public StoreFixture {
  protected:
+  // Two cameras on the evening of May the 1st, and one on the day after; then a clip, an alarm, a
+  // picture, a log and a face file of that day.
+  void FillDisk() {
+    Init();
+    WriteWholeFile(m_video, MakeY4m(176, 144, 60, "1:1"));
+    Record("2024-05-01 21:00:00", "1", "gate");
+    Record("2024-05-01 22:00:00", "2", "yard");
+    Record("2024-05-02 10:00:00", "1", "gate");
+    Record("2024-05-02 11:00:00", "1", "gate", {"--alarm"});
+    const std::string recorder = "d:\\dvr\\d20240502\\recorder\\";
+    for (const std::string leaf : {"clip", "picture", "log", "face"}) {
+      std::filesystem::create_directories(Drive('d') / "dvr/d20240502/recorder" / leaf);
+    }
+    const std::string recording = recorder + "video\\c0001240502100000.zebz";
+    ASSERT_EQ(
+        RunTool({"clip", recording, recorder + "clip\\part.zebz", "--from-block", "0"}).status, 0);
+    ASSERT_EQ(RunTool({"snapshot", recording, recorder + "picture\\p.bmp", "--at", "+5"}).status,
+              0);
+    WriteWholeFile((Drive('d') / "dvr/d20240502/recorder/log/userlog.ulg").string(), "log");
+    CMoxFile faces;
+    faces.SetHostName("recorder");
+    faces.SetCameraIndex(1);
+    ASSERT_EQ(faces.Open((recorder + "face\\f.face").c_str(), 1), 1);
+    faces.Close();
+  }
+
   void Record(const std::string& begin, const std::string& camera, const std::string& name,
               std::vector<std::string> more = {}) {
     more.insert(more.begin(), {"record", m_video, "--begin", begin, "--camera", camera,
@@ -33,19 +62,7 @@ class ZebtoolSearch : public StoreFixture {
 };
 
 TEST_F(ZebtoolSearch, FindsByEveryCriterion) {
-  Init();
-  WriteWholeFile(m_video, MakeY4m(176, 144, 60, "1:1"));
-  Record("2024-05-01 21:00:00", "1", "gate");
-  Record("2024-05-01 22:00:00", "2", "yard");
-  Record("2024-05-02 10:00:00", "1", "gate");
-  Record("2024-05-02 11:00:00", "1", "gate", {"--alarm"});
-  std::filesystem::create_directories(Drive('d') / "dvr/d20240502/recorder/picture");
-  const std::string recorder = "d:\\dvr\\d20240502\\recorder\\";
-  ASSERT_EQ(RunTool({"snapshot", recorder + "video\\c0001240502100000.zebz",
-                     recorder + "picture\\p.bmp", "--at", "+5"})
-                .status,
-            0);
-
+  FillDisk();
   const std::string evening_1 = "c0001240501210000 ";
   const std::string evening_2 = "c0002240501220000 ";
   const std::string morning = "c0001240502100000 ";
@@ -54,23 +71,50 @@ TEST_F(ZebtoolSearch, FindsByEveryCriterion) {
     std::string found;
   } cases[] = {
       {{"--date", "2024-05-01"}, evening_1 + evening_2},
+      {{"--date", "2024-05-03"}, ""},
       {{"--date", "2024-05-01", "--host", "elsewhere"}, ""},
       {{"--date", "2024-05-01", "--camera", "0,2"}, evening_2},
       {{"--date", "2024-05-01", "--camera-name", "gate", "--board-name", "b0"}, evening_1},
+      {{"--date", "2024-05-01", "--board-name", "B0"}, ""},
+      {{"--date", "2024-05-01", "--frame-size", "128"}, evening_1 + evening_2},
       {{"--date", "2024-05-01", "--frame-size", "129"}, ""},
       {{"--date", "2024-05-01", "--disk", "ZebDatabase(d:\\)"}, evening_1 + evening_2},
       {{"--from", "2024-05-01 21:30:00"}, evening_2 + morning},
       {{"--from", "2024-05-01 20:00:00", "--to", "2024-05-01 21:59:59"}, evening_1},
+      {{"--at", "2024-05-01 21:00:30"}, evening_1 + evening_2},
       {{"--at", "2024-05-01 21:00:30", "--camera", "0,1"}, evening_1},
-      {{"--date", "2024-05-02", "--kind", "clip"}, ""},
+      {{"--date", "2024-05-02", "--kind", "clip"}, "part "},
       {{"--date", "2024-05-02", "--kind", "alarm"}, "ca0001240502110000 "},
       {{"--date", "2024-05-02", "--kind", "picture", "--camera-name", "gate"}, "p "},
+      {{"--date", "2024-05-02", "--kind", "log", "--camera-name", "none"}, "userlog "},
+      {{"--date", "2024-05-02", "--kind", "face", "--camera", "0,1"}, "f "},
   };
   for (const auto& [options, found] : cases) {
     EXPECT_EQ(Found(options), found) << options[1] << ' ' << options.back();
   }
   const ToolRun run = Run({"search", "--date", "2024-05-01", "--disk", "d"});
   EXPECT_TRUE(Contains(run.err, "there is no disk 'd'")) << run.err;
+}
+
+TEST_F(ZebtoolSearch, TellsWhatEachKindKnows) {
+  FillDisk();
+  const std::vector<std::string> day = {"search", "--date", "2024-05-02"};
+  const auto with = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), day.begin(), day.end());
+    return Run(more).out;
+  };
+  EXPECT_TRUE(with({}).starts_with("2024-05-02 10:00:00 to 2024-05-02 10:00:59  0,1  \"gate\"  "))
+      << with({});
+  EXPECT_TRUE(with({"--kind", "picture"}).starts_with("2024-05-02 10:00:05  \"gate\"  "));
+  EXPECT_TRUE(Contains(with({"--kind", "log"}),
+                       "  d:\\dvr\\d20240502\\recorder\\log\\userlog.ulg\n1 file"));
+  const std::string json = with({"--json"});
+  EXPECT_EQ(JsonNumber(json, "found"), 1);
+  EXPECT_EQ(JsonNumber(json, "begin_seconds"), CTime(2024, 5, 2, 10, 0, 0).GetTime());
+  EXPECT_EQ(JsonNumber(json, "end_seconds"), CTime(2024, 5, 2, 10, 0, 59).GetTime());
+  EXPECT_EQ(JsonNumber(json, "camera"), 1);
+  EXPECT_TRUE(Contains(json, "\"host_name\": \"recorder\"")) << json;
+  EXPECT_EQ(JsonNumber(with({"--kind", "picture", "--json"}), "camera"), -1);
 }
 
 }  // namespace
