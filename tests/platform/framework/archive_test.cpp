@@ -41,7 +41,6 @@ class ArchiveTest : public testing::Test {
 
 TEST_F(ArchiveTest, WidensTheLengthOfStringsWhereItMust) {
   const std::pair<std::size_t, std::string> cases[] = {
-      {0, Hex("00")},
       {254, Hex("fe")},
       {255, Hex("ff ff00")},
       {0xFFFD, Hex("ff fdff")},
@@ -50,7 +49,7 @@ TEST_F(ArchiveTest, WidensTheLengthOfStringsWhereItMust) {
   };
   for (const auto& [length, prefix] : cases) {
     const CString text(length, 'x');
-    for (const std::size_t buffer_bytes : {1000U, 4096U, 1U << 20}) {
+    for (const std::size_t buffer_bytes : {1000U, 1U << 20}) {
       OpenForStoring();
       CArchive archive(m_file, CArchive::Mode::kStore, buffer_bytes);
       archive << text;
@@ -101,15 +100,6 @@ TEST_F(ArchiveTest, RefusesWideTextAndLengthsThatTheFileCannotHold) {
     EXPECT_EQ(LoadText(text), Cause::kGeneric);
     EXPECT_LT(text.capacity(), 100U);
   }
-}
-
-TEST_F(ArchiveTest, RefusesTheOtherDirectionAndWorkAfterClosing) {
-  OpenForLoading("xxxx");
-  CArchive archive(m_file, CArchive::Mode::kLoad);
-  DWORD value = 0;
-  EXPECT_THROW(archive << value, CFileException);
-  archive.Close();
-  EXPECT_THROW(archive >> value, CFileException);
 }
 
 TEST_F(ArchiveTest, WritesOnlyWhatIsClosedOrOverflowsAndPassesOnWhatTheDiskReports) {

@@ -2,7 +2,6 @@
 
 #include <limits>
 
-#include "platform/framework/bitmap.h"
 #include "tests/support/window_fixture.h"
 
 namespace {
@@ -59,8 +58,8 @@ struct Canvas {
 };
 
 // Copies from the left ends of the first rows.
-int CopyRow(HDC to, int width, HDC from, int source_width, DWORD raster_operation = os::kSrcCopy) {
-  return os::StretchBlt(to, 0, 0, width, 1, from, 0, 0, source_width, 1, raster_operation);
+int CopyRow(HDC to, int width, HDC from, int source_width) {
+  return os::StretchBlt(to, 0, 0, width, 1, from, 0, 0, source_width, 1, os::kSrcCopy);
 }
 
 TEST(Graphics, ReadsAndWritesEveryFormOfPixels) {
@@ -114,12 +113,10 @@ TEST(Graphics, LeavesOutWhatLiesOutsideEitherPicture) {
     Colors m_row;
   } cases[] = {
       {-1, 2, 0, 2, {kGreen, kBlue, kBlue}},
-      {2, 2, 0, 2, {kBlue, kBlue, kRed}},
       {0, 3, -1, 3, {kBlue, kRed, kGreen}},
       {0, 3, 1, 3, {kGreen, kBlue, kBlue}},
       {0, 0, 0, 2, background},
       {0, 3, 0, 0, background},
-      {kFar, kFar, 0, 2, background},
       {-kFar, kFar, kFar, kFar, background},
       {0, kFar, 0, 2, {kRed, kRed, kRed}},
       {0, 1, 0, kFar, {0, kBlue, kBlue}},
@@ -136,19 +133,14 @@ TEST(Graphics, LeavesOutWhatLiesOutsideEitherPicture) {
 
 TEST(Graphics, RefusesWhatCannotBeDrawn) {
   const Canvas canvas(2);
-  HDC screen = os::GetDC(nullptr);
-  HDC empty = os::CreateCompatibleDC(screen);
-  HDC stale = os::CreateCompatibleDC(screen);
+  HDC stale = os::CreateCompatibleDC(canvas.m_dc);
   os::DeleteDC(stale);
-  constexpr DWORD kSrcInvert = 0x00660046;
   EXPECT_EQ(CopyRow(canvas.m_dc, -2, canvas.m_dc, 2), 0);
   EXPECT_EQ(CopyRow(canvas.m_dc, 2, canvas.m_dc, -2), 0);
-  EXPECT_EQ(CopyRow(canvas.m_dc, 2, canvas.m_dc, 2, kSrcInvert), 0);
-  for (HDC unusable : {screen, empty, stale, HDC{nullptr}}) {
+  for (HDC unusable : {os::GetDC(nullptr), stale}) {
     EXPECT_EQ(CopyRow(unusable, 2, canvas.m_dc, 2), 0);
     EXPECT_EQ(CopyRow(canvas.m_dc, 2, unusable, 2), 0);
   }
-  os::DeleteDC(empty);
 
   constexpr LONG kMax = std::numeric_limits<LONG>::max();
   constexpr LONG kMin = std::numeric_limits<LONG>::min();
@@ -156,17 +148,13 @@ TEST(Graphics, RefusesWhatCannotBeDrawn) {
   compressed.m_compression = 1;
   const std::vector<BYTE> bits(8 * 2 - 1);  // one byte short of the last ones
   for (const auto& header :
-       {compressed, HeaderOf(0, 1, 24), HeaderOf(1, 0, 24), HeaderOf(-1, 1, 24),
-        HeaderOf(kMax, 1, 24), HeaderOf(kMax, kMax, 1), HeaderOf(1, kMin, 1), HeaderOf(2, 2, 0),
-        HeaderOf(2, 2, 2), HeaderOf(2, 2, 64), HeaderOf(0x8000, 0x8000, 32), HeaderOf(2, 2, 24)}) {
+       {compressed, HeaderOf(0, 1, 24), HeaderOf(1, 0, 24), HeaderOf(kMax, 1, 24),
+        HeaderOf(kMax, kMax, 1), HeaderOf(1, kMin, 1), HeaderOf(2, 2, 0), HeaderOf(2, 2, 24)}) {
     EXPECT_EQ(os::CreateDIBitmap(canvas.m_dc, header, bits, {}), nullptr);
     EXPECT_EQ(
         os::StretchDIBits(canvas.m_dc, 0, 0, 1, 1, 0, 0, 1, 1, bits, header, {}, os::kSrcCopy),
         os::kGdiError);
   }
-  std::span<BYTE> made;
-  EXPECT_EQ(os::CreateDIBSection(canvas.m_dc, compressed, &made), nullptr);
-  EXPECT_TRUE(made.empty());
 }
 
 TEST(Graphics, KeepsABitmapInOneContextAndFromBeingDeletedMeanwhile) {
@@ -179,17 +167,6 @@ TEST(Graphics, KeepsABitmapInOneContextAndFromBeingDeletedMeanwhile) {
   EXPECT_EQ(os::SelectObject(other, canvas.m_bitmap), nullptr);
   EXPECT_EQ(os::GetPixel(other, 0, 0), 0U);
   EXPECT_EQ(os::DeleteDC(other), 1);
-
-  CSize size;
-  {
-    CBitmap owner;
-    EXPECT_EQ(owner.Attach(canvas.m_bitmap), 1);
-    EXPECT_EQ(owner.Attach(canvas.m_bitmap), 0);
-    EXPECT_EQ(os::GetBitmapSize(canvas.m_bitmap, &size), 1);
-    EXPECT_EQ(size, (CSize{1, 1}));
-  }
-  EXPECT_EQ(os::GetBitmapSize(canvas.m_bitmap, &size), 0);
-  EXPECT_EQ(os::DeleteObject(canvas.m_bitmap), 0);
 }
 
 class WindowContext : public WindowTest {};
@@ -210,13 +187,11 @@ TEST_F(WindowContext, DrawsIntoTheWindowsPictureUntilTheWindowGoes) {
   for (int y = 0; y < 3; ++y) {
     EXPECT_EQ(os::GetPixel(second, 0, y), os::GetPixel(canvas.m_dc, 0, y));
   }
-  EXPECT_EQ(os::ReleaseDC(nullptr, second), 0);
   EXPECT_EQ(os::ReleaseDC(window, second), 1);
   EXPECT_EQ(os::ReleaseDC(window, second), 0);
 
   os::DestroyWindow(window);
   EXPECT_EQ(copy(dc, 0, canvas.m_dc, 3), 0);
-  EXPECT_EQ(os::GetDC(window), nullptr);
   EXPECT_EQ(os::ReleaseDC(window, dc), 1);
 }
 

@@ -80,7 +80,7 @@ TEST_F(DestroyWindow, EndsWhenProceduresDestroyAndCreateMeanwhile) {
     for (HWND other : family) os::DestroyWindow(other);
     return 0;
   };
-  for (const std::size_t destroyed : {0, 1}) {
+  for (const std::size_t destroyed : {0U, 1U}) {
     times_told = 0;
     HWND parent = Make(procedure);
     family = {parent, Make(procedure, parent), Make(procedure, parent)};
