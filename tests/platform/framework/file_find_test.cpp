@@ -59,8 +59,8 @@ TEST_F(FileFind, TakesEveryFormOfAPattern) {
       {"/", {"//"}},
   };
   for (const auto& [pattern, found] : cases) EXPECT_EQ(Walk(pattern), found) << pattern;
-  for (const char* pattern :
-       {"d:\\none", R"(d:\none\*.*)", R"(d:\dvr\x*.*)", "e:\\*.*", "", "*.*", R"(\/\*.*)"}) {
+  for (const char* pattern : {"d:\\none", R"(d:\none\*.*)", R"(d:\dvr\x*.*)", "e:\\*.*", "", "*.*",
+                              "/*.*", R"(\/\*.*)"}) {
     EXPECT_EQ(CFileFind().FindFile(pattern), 0) << pattern;
   }
   EXPECT_EQ(CFileFind().FindFile("d:\\dvr\\empty\\*.*"), 1);  // its dots
