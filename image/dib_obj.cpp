@@ -87,8 +87,9 @@ int CDibObj::LoadBmp(const CString& path) {
       return 0;
     }
     const auto header = std::span(headers).subspan(kBmpFileHeaderBytes);
-    const auto size =
-        WholeSize(HeaderOf(header.data()), file.GetLengthAtOpening() - kBmpFileHeaderBytes);
+    // It may be cut while it is read.
+    const ULONGLONG length = std::max<ULONGLONG>(file.GetLength(), headers.size());
+    const auto size = WholeSize(HeaderOf(header.data()), length - kBmpFileHeaderBytes);
     if (!size) return 0;
     m_dib.resize(*size);
     std::copy(header.begin(), header.end(), m_dib.begin());

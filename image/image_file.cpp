@@ -1,4 +1,5 @@
 // The snapshot file: a 24-bit BMP file with unpadded rows, and the trailer behind it.
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <string_view>
@@ -123,7 +124,7 @@ std::vector<BYTE> CImage::FormatTrailer() const {
 void CImage::LoadAsBMP() {
   CFile file;
   if (file.Open(m_file_name, CFile::kModeRead | CFile::kShareDenyNone) == 0) return;
-  m_length = static_cast<DWORD>(file.GetLengthAtOpening());
+  m_length = static_cast<DWORD>(file.GetLength());
   if (LoadPicture(file)) LoadTrailer(file);
 }
 
@@ -136,8 +137,9 @@ bool CImage::LoadPicture(CFile& file) {
   m_width = static_cast<DWORD>(info.m_width);
   m_height = static_cast<DWORD>(info.m_height);
   if (info.m_bit_count != kBitCount || info.m_compression != os::kUncompressed) return false;
-  const ULONGLONG pixels_in_file =
-      (file.GetLengthAtOpening() - kHeadersBytes) / kSnapshotPixelBytes;
+  // It may be cut while it is read.
+  const ULONGLONG length = std::max<ULONGLONG>(file.GetLength(), kHeadersBytes);
+  const ULONGLONG pixels_in_file = (length - kHeadersBytes) / kSnapshotPixelBytes;
   if (ULONGLONG{m_width} * m_height > pixels_in_file) return false;
 
   // Sizes are rounded up when reading though rows are not padded when writing: on purpose, for this
