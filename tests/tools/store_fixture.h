@@ -52,7 +52,7 @@ class StoreFixture : public testing::Test {
 
   // A file of a day's directory.
   std::filesystem::path MakeFile(char letter, const std::string& day, std::size_t bytes) const {
-    const auto path = Drive(letter) / "dvr" / day / "recorder" / "video" / "file";
+    auto path = Drive(letter) / "dvr" / day / "recorder" / "video" / "file";
     std::filesystem::create_directories(path.parent_path());
     WriteWholeFile(path.string(), std::string(bytes, 'x'));
     return path;

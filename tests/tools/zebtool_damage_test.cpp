@@ -8,7 +8,7 @@ namespace {
 
 class BrokenRecording : public testing::Test {
  protected:
-  ToolRun Verify() { return RunTool({"verify", "r"}); }
+  static ToolRun Verify() { return RunTool({"verify", "r"}); }
 
   // Runs everything that reads the file and expects a clean end, and of salvage what is whole.
   void Expect(const std::string& bytes, const std::vector<TestFrame>& frames) {

@@ -11,7 +11,7 @@ class ZebtoolRecord : public StoreFixture {
  protected:
   // `frames` pictures at a rate of pictures per seconds.
   std::string Video(int frames = 3, const std::string& rate = "1:1") const {
-    const std::string path = m_dir.File("video.y4m");
+    std::string path = m_dir.File("video.y4m");
     WriteWholeFile(path, MakeY4m(176, 144, frames, rate));
     return path;
   }

@@ -17,7 +17,7 @@ class ZebtoolSearch : public StoreFixture {
     Record("2024-05-01 22:00:00", "2", "yard");
     Record("2024-05-02 10:00:00", "1", "gate");
     Record("2024-05-02 11:00:00", "1", "gate", {"--alarm"});
-    const std::string recorder = "d:\\dvr\\d20240502\\recorder\\";
+    const std::string recorder = R"(d:\dvr\d20240502\recorder\)";
     for (const std::string leaf : {"clip", "picture", "log", "face"}) {
       std::filesystem::create_directories(Drive('d') / "dvr/d20240502/recorder" / leaf);
     }

@@ -93,7 +93,7 @@ TEST_F(ZebtoolStore, RecyclingDoesWhatTheDryRunSaid) {
   MakeFile('e', "d20240502", 1000);
   const std::vector<std::string> recycle = {"store", "recycle", "--now", "2024-05-05 10:00:00"};
   std::vector<std::string> dry_run = recycle;
-  dry_run.push_back("--dry-run");
+  dry_run.emplace_back("--dry-run");
 
   EXPECT_EQ(Run(dry_run).out,
             "would delete 2024-05-02 of ZebDatabase(e:\\), 1,000 bytes\n"
