@@ -13,11 +13,11 @@
 #include "platform/framework/types.h"
 
 // Drives, deletion, the tick counter, and drawing.
-#include "platform/os/bitmap_resources.h"
 #include "platform/os/clock.h"
-#include "platform/os/drives.h"
-#include "platform/os/files.h"
-#include "platform/os/graphics.h"
+#include "platform/os/files/drives.h"
+#include "platform/os/files/files.h"
+#include "platform/os/graphics/bitmap_resources.h"
+#include "platform/os/graphics/graphics.h"
 
 // Picture formats and capture control.
 #include "capture/notify.h"

@@ -10,6 +10,8 @@
 #include "platform/noxcodec/software/video_encoder.h"
 #include "platform/zebdev/software/street_scene.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr int kWidth = 352;

@@ -15,6 +15,8 @@
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr int kFramesPerGroup = 25;

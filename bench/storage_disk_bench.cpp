@@ -12,9 +12,11 @@
 #include <vector>
 
 #include "bench/compare.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
 #include "storage/day_directory.h"
 #include "storage/hdd_obj.h"
+
+using namespace zebx;
 
 namespace {
 

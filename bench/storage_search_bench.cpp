@@ -8,7 +8,7 @@
 
 #include "bench/compare.h"
 #include "platform/framework/file.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
 #include "storage/file_search_info.h"
 #include "storage/hdd_obj.h"
 

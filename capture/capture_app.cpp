@@ -6,6 +6,8 @@
 #include "capture/capture_device.h"
 #include "platform/zebdev/zebdev.h"
 
+using namespace zebx;
+
 CCaptureApp::CCaptureApp() = default;
 CCaptureApp::~CCaptureApp() = default;
 
@@ -79,7 +81,7 @@ void CCaptureApp::CreateDevices(DWORD count) {
   }
 }
 
-CCaptureApp& GetCaptureApp() {
+CCaptureApp& zebx::GetCaptureApp() {
   // Never destroyed: when the process ends, the device library may be gone before.
   static auto& app = *new CCaptureApp;
   return app;

@@ -77,5 +77,9 @@ class CCaptureApp {
   std::atomic<int> m_is_watermark_enabled = 0;
 };
 
+namespace zebx {
+
 // The application object.
 CCaptureApp& GetCaptureApp();
+
+}  // namespace zebx

@@ -10,8 +10,12 @@
 class CCaptureCamera;
 class CCaptureDevice;
 
+namespace zebx {
+
 // The code of the second board of a device carries this bit.
 inline constexpr BYTE kSecondBoardBit = 0x80;
+
+}  // namespace zebx
 
 // Owned by its device. Open, it owns one camera for every channel; closed, none. The host's thread
 // only.

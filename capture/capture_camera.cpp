@@ -3,6 +3,8 @@
 #include "capture/capture_board.h"
 #include "capture/capture_device.h"
 
+using namespace zebx;
+
 CCaptureCamera::~CCaptureCamera() = default;
 
 int CCaptureCamera::Bind(const CCaptureBoard* board, DWORD device_channel, tag_ZEBCAMERAID id) {

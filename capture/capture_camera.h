@@ -6,10 +6,14 @@
 
 class CCaptureBoard;
 
+namespace zebx {
+
 // An identity as one word: the board in the low half. Identities are compared in this form.
 constexpr DWORD CameraIdWord(tag_ZEBCAMERAID id) {
   return DWORD{id.m_board} | (DWORD{id.m_camera} << 16);
 }
+
+}  // namespace zebx
 
 // Created and owned by its board, which binds it as it opens and resets it before it destroys it.
 // The host's thread only.

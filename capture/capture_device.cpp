@@ -7,6 +7,8 @@
 
 #include "capture/capture_board.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr DWORD kChannelsOfTwoBoards = 8;
@@ -51,7 +53,7 @@ int CCaptureDevice::Create(DWORD number, DWORD& board_count) {
     return 0;
   }
   m_handle = handle;
-  const DWORD channels = m_capability.m_channels & kDeviceChannelsMask;
+  const DWORD channels = m_capability.m_channels & zebdev::kDeviceChannelsMask;
   m_board_count = channels == kChannelsOfTwoBoards ? 2 : 1;
   m_first_board = board_count;
   board_count += m_board_count;

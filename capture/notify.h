@@ -15,5 +15,9 @@ enum : DWORD {
 using ZEBX_NOTIFY_PROC = DWORD (*)(DWORD code, std::uintptr_t user_data, std::uintptr_t first,
                                    std::uintptr_t second);
 
+namespace zebx {
+
 // What notifying answers when no host has registered a callback.
 inline constexpr DWORD kNotNotified = 0xFFFFFFFF;
+
+}  // namespace zebx

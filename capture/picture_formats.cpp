@@ -1,5 +1,7 @@
 #include "capture/picture_formats.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr DWORD kFirstPal = 128;

@@ -10,7 +10,11 @@ enum tag_FRAMESIZE : DWORD {};
 
 enum tag_VIDEOSTANDARD : DWORD { kVideoStandardNtsc = 0, kVideoStandardPal = 1 };
 
+namespace zebx {
+
 inline constexpr DWORD kNoVideoStandard = 0xFFFFFFFF;
+
+}  // namespace zebx
 
 extern "C" {
 

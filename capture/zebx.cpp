@@ -5,6 +5,8 @@
 #include "capture/capture_device.h"
 #include "platform/zebdev/zebdev.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr DWORD kNoStreamIndex = 0xFFFFFFFF;
@@ -115,18 +117,18 @@ DWORD zebxGet8PortStreamIndex(WORD board) {
 
 int zebxIsTVSupport(WORD board) {
   const CCaptureDevice* device = FindDeviceByFirstBoard(board);
-  return device == nullptr ? 0 : device->GetCapability().m_tv & kDeviceTvBit;
+  return device == nullptr ? 0 : device->GetCapability().m_tv & zebdev::kDeviceTvBit;
 }
 
 int zebxIsWatchDog(WORD board) {
   const CCaptureDevice* device = FindDeviceByFirstBoard(board);
-  return device == nullptr ? 0 : device->GetCapability().m_watchdog & kDeviceWatchdogBit;
+  return device == nullptr ? 0 : device->GetCapability().m_watchdog & zebdev::kDeviceWatchdogBit;
 }
 
 int zebxIsIOSupport(WORD board) {
   const CCaptureDevice* device = FindDeviceByFirstBoard(board);
   if (device == nullptr) return 0;
-  return (device->GetCapability().m_io_ports & kDeviceIoPortsMask) != 0 ? 1 : 0;
+  return (device->GetCapability().m_io_ports & zebdev::kDeviceIoPortsMask) != 0 ? 1 : 0;
 }
 
 int zebxSetTVOut(WORD board, DWORD first, DWORD second) {

@@ -4,6 +4,8 @@
 #include "image/dib_obj.h"
 #include "platform/noxdisplay/noxdisplay.h"
 
+using namespace zebx;
+
 int zebxSetWaterMark(const CDibObj* picture) {
   if (picture == nullptr) return 0;
   const DWORD width = picture->GetWidth();

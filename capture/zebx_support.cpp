@@ -3,6 +3,8 @@
 #include "capture/capture_device.h"
 #include "capture/zebx.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr DWORD kBoardTypeMask = 0xFF;

@@ -2,7 +2,7 @@
 // that gives the same disks again.
 #include <cstdlib>
 
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
 #include "storage/hdd_obj.h"
 #include "storage/zeb_database.h"
 #include "tests/support/memory_file_system.h"

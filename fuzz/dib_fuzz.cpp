@@ -4,8 +4,8 @@
 #include <string>
 
 #include "image/dib_obj.h"
-#include "platform/os/bitmap_resources.h"
-#include "platform/os/graphics.h"
+#include "platform/os/graphics/bitmap_resources.h"
+#include "platform/os/graphics/graphics.h"
 #include "tests/support/memory_file_system.h"
 
 namespace {

@@ -9,6 +9,8 @@
 #include "platform/noxcodec/software/crc32.h"
 #include "platform/noxcodec/software/video_format.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr int kShownSize = 48;

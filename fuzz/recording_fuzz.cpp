@@ -5,6 +5,8 @@
 #include "tests/support/recording_exercise.h"
 #include "tests/support/recording_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 void ReadBufferForms(std::span<const BYTE> input) {

@@ -2,6 +2,8 @@
 
 #include "platform/framework/byte_order.h"
 
+namespace zebx {
+
 namespace {
 
 constexpr WORD kBmpType = 0x4D42;  // the characters "BM"
@@ -22,3 +24,5 @@ std::array<BYTE, kBmpFileHeaderBytes> FormatBmpFileHeader(DWORD file_bytes, DWOR
 bool IsBmpFileHeader(std::span<const BYTE, kBmpFileHeaderBytes> header) {
   return ByteReader(header).Get<WORD>() == kBmpType;
 }
+
+}  // namespace zebx

@@ -8,6 +8,8 @@
 
 #include "platform/framework/types.h"
 
+namespace zebx {
+
 inline constexpr std::size_t kBmpFileHeaderBytes = 14;
 
 // Both sizes count from the start of the file: its length, and where the pixel rows begin.
@@ -15,3 +17,5 @@ std::array<BYTE, kBmpFileHeaderBytes> FormatBmpFileHeader(DWORD file_bytes, DWOR
 
 // True when the type is that of a BMP file. The other fields tell a reader nothing it needs.
 bool IsBmpFileHeader(std::span<const BYTE, kBmpFileHeaderBytes> header);
+
+}  // namespace zebx

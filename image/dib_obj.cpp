@@ -8,8 +8,10 @@
 
 #include "image/bmp_format.h"
 #include "platform/framework/file.h"
-#include "platform/os/bitmap_resources.h"
-#include "platform/os/graphics.h"
+#include "platform/os/graphics/bitmap_resources.h"
+#include "platform/os/graphics/graphics.h"
+
+using namespace zebx;
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "platform/framework/geometry.h"
 #include "platform/framework/object.h"
 #include "platform/framework/types.h"
-#include "platform/os/dib_format.h"
+#include "platform/os/graphics/dib_format.h"
 
 // Empty, or holding a DIB whose colour table and pixel rows are whole. A header of 40 bytes and
 // rows with the bottom one first are taken for granted. Used by one thread at a time.

@@ -4,6 +4,8 @@
 
 #include "image/snapshot_format.h"
 
+using namespace zebx;
+
 CImage::CImage() = default;
 CImage::CImage(const CImage&) = default;
 CImage& CImage::operator=(const CImage&) = default;

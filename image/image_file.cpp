@@ -10,7 +10,9 @@
 #include "image/snapshot_format.h"
 #include "platform/framework/byte_order.h"
 #include "platform/framework/file.h"
-#include "platform/os/dib_format.h"
+#include "platform/os/graphics/dib_format.h"
+
+using namespace zebx;
 
 namespace {
 

@@ -7,6 +7,8 @@
 #include "image/image.h"
 #include "image/snapshot_format.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr std::size_t kPixelBytes = kSnapshotPixelBytes;

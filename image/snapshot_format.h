@@ -5,6 +5,8 @@
 
 #include "platform/framework/types.h"
 
+namespace zebx {
+
 // Bits of the trailer's first byte: which fields follow, in this order. Host name and gmt go
 // together.
 enum : BYTE {
@@ -19,3 +21,5 @@ enum : BYTE {
 inline constexpr std::size_t kMaxLoadedNameBytes = 255;
 inline constexpr std::size_t kMaxSavedNameBytes = 0xFFFF;
 inline constexpr DWORD kSnapshotPixelBytes = 3;
+
+}  // namespace zebx

@@ -7,6 +7,8 @@
 
 #include "platform/framework/byte_order.h"
 
+namespace zebx {
+
 inline constexpr std::size_t kBlockHeaderBytes = 16;
 
 // Stands for "no block": before the first block, and behind the last.
@@ -40,3 +42,5 @@ struct BlockHeader {
     return bytes;
   }
 };
+
+}  // namespace zebx

@@ -1,5 +1,7 @@
 #include "record/block_index.h"
 
+namespace zebx {
+
 void BlockIndex::Start() {
   m_entries.assign(kInitialEntries, BlockEntry{});
   m_count = 0;
@@ -18,3 +20,5 @@ void BlockIndex::Add(const BlockEntry& entry) {
   }
   ++m_count;
 }
+
+}  // namespace zebx

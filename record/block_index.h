@@ -5,6 +5,8 @@
 
 #include "platform/framework/types.h"
 
+namespace zebx {
+
 struct BlockEntry {
   DWORD m_offset = 0;  // of the block header in the file
   DWORD m_frames = 0;
@@ -41,3 +43,5 @@ class BlockIndex {
   std::deque<BlockEntry> m_entries;
   std::size_t m_count = 0;
 };
+
+}  // namespace zebx

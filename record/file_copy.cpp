@@ -4,6 +4,8 @@
 
 #include "platform/framework/file.h"
 
+namespace zebx {
+
 namespace {
 
 constexpr std::size_t kPieceBytes = 64 * 1024;
@@ -23,3 +25,5 @@ ULONGLONG FileCopier::Copy(CFile& from, CFile& to, ULONGLONG bytes) {
   }
   return done;
 }
+
+}  // namespace zebx

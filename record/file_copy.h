@@ -7,6 +7,8 @@
 
 class CFile;
 
+namespace zebx {
+
 class FileCopier {
  public:
   // Throws std::bad_alloc.
@@ -19,3 +21,5 @@ class FileCopier {
  private:
   std::unique_ptr<BYTE[]> m_buffer;
 };
+
+}  // namespace zebx

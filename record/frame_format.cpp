@@ -3,6 +3,8 @@
 #include "platform/framework/byte_order.h"
 #include "platform/framework/file.h"
 
+namespace zebx {
+
 std::optional<FrameHeader> FrameHeader::Parse(std::span<const BYTE> bytes) {
   ByteReader reader(bytes);
   FrameHeader header;
@@ -33,3 +35,5 @@ std::span<const BYTE> FrameHeader::Format(std::array<BYTE, kVoicedFrameHeaderByt
   if (IsVoice()) writer.Put(m_speech_bytes);
   return std::span(buffer).first(writer.Written());
 }
+
+}  // namespace zebx

@@ -11,6 +11,8 @@
 
 class CFile;
 
+namespace zebx {
+
 // Bits of a frame's flags word.
 enum : WORD {
   kFrameVideoLost = 0x0001,
@@ -54,3 +56,5 @@ struct ZEBX_API FrameHeader {
   ULONGLONG BodyBytes() const { return ULONGLONG{m_video_bytes} + m_speech_bytes; }
   ULONGLONG TotalBytes() const { return HeaderBytes() + BodyBytes(); }
 };
+
+}  // namespace zebx

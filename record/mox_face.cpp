@@ -5,8 +5,10 @@
 
 #include "platform/framework/byte_order.h"
 #include "platform/noxdisplay/noxdisplay.h"
-#include "platform/os/graphics.h"
-#include "platform/os/windows.h"
+#include "platform/os/graphics/graphics.h"
+#include "platform/os/windows/windows.h"
+
+using namespace zebx;
 
 namespace {
 

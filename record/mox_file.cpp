@@ -12,6 +12,8 @@
 #include "platform/framework/file.h"
 #include "platform/framework/time.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr std::array<BYTE, 4> kMagic = {'F', 'A', 'C', 'E'};

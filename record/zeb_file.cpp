@@ -7,6 +7,8 @@
 #include "platform/framework/file.h"
 #include "record/frame_block.h"
 
+using namespace zebx;
+
 IMPLEMENT_DYNAMIC(CFrameBlock, CObject)
 
 CZebFile::CZebFile() = default;

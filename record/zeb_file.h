@@ -20,6 +20,8 @@ enum tag_ZEBFILEMODE : DWORD {
   kZebFileRead = 1,   // open a file and read it
 };
 
+namespace zebx {
+
 // Results of the frame writers.
 enum : int {
   kFrameWritten = 1,
@@ -29,6 +31,8 @@ enum : int {
   kWriteNoMemory = -3,
   kWriteFileFull = -4,  // go on in a new file
 };
+
+}  // namespace zebx
 
 // States: detached -> (Open write) created, empty -> (first frame) writing -> (Close) detached,
 // with a finished file; detached -> (Open read) reading -> (Close) detached. The base class's
@@ -120,7 +124,7 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   void StartBlock(DWORD time_stamp, DWORD index_time_stamp);
   void AppendPrepared(CFrameBlock& block);
   ULONGLONG AppendOffset() const;
-  void WriteBlockHeader(ULONGLONG offset, const BlockHeader& header);
+  void WriteBlockHeader(ULONGLONG offset, const zebx::BlockHeader& header);
   void WriteHeader();
   void DropPartialFrame() noexcept;
   void Flush();
@@ -132,7 +136,7 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   int ReadAt(CZebFrameData& frame, int block, int index);
   int ReadHere(CZebFrameData& frame, int block, int index);
   bool HasFrameFrom(int block, int index) const;
-  BlockHeader ReadBlockHeader(int block);
+  zebx::BlockHeader ReadBlockHeader(int block);
 
   // Clipping: zeb_file_clip.cpp.
   bool CopyBlocks(CFile& clip, int from_block, int to_block, int to_index, DWORD& last_stamp);
@@ -143,10 +147,10 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   // Null when detached; closed between Open and the first frame. Every access seeks first, so its
   // position means nothing between operations.
   std::unique_ptr<CFile> m_file;
-  BlockHeader m_block;      // being written, or the first of the file when reading
-  DWORD m_block_bytes = 0;  // of frames in the block being written
+  zebx::BlockHeader m_block;  // being written, or the first of the file when reading
+  DWORD m_block_bytes = 0;    // of frames in the block being written
   DWORD m_total_frames = 0;
-  BlockIndex m_index;
+  zebx::BlockIndex m_index;
   ULONGLONG m_read_position = 0;  // file offset of the next frame to read
   int m_read_block = 0;
   int m_read_frame = 0;

@@ -8,6 +8,8 @@
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
 
+using namespace zebx;
+
 namespace {
 
 // The first frames of a block: how many are whole, and what they take.

@@ -9,6 +9,8 @@
 #include "platform/framework/file.h"
 #include "record/frame_format.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr std::array<BYTE, 4> kMagic = {'X', 'B', 'E', 'Z'};

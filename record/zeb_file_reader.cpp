@@ -7,6 +7,8 @@
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
 
+using namespace zebx;
+
 int CZebFile::OpenForReading(CZebFileInfo* info) {
   m_file = std::make_unique<CFile>();
   if (m_file->Open(info->GetFileName(), CFile::kModeRead | CFile::kShareDenyNone) == 0) return 0;

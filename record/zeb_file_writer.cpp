@@ -5,11 +5,13 @@
 
 #include "platform/framework/file.h"
 #include "platform/os/clock.h"
-#include "platform/os/files.h"
+#include "platform/os/files/files.h"
 #include "record/file_copy.h"
 #include "record/frame_block.h"
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
+
+using namespace zebx;
 
 namespace {
 

@@ -11,6 +11,8 @@
 #include "platform/framework/file_exception.h"
 #include "platform/os/clock.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr std::size_t kMaxTextBytes = 255;

@@ -44,13 +44,13 @@ class ZEBX_API CZebFrameData {
   // True when each length that is not 0 has its buffer.
   bool IsWritable() const;
   // The header of the file form.
-  FrameHeader GetHeader() const;
+  zebx::FrameHeader GetHeader() const;
 
   // Replaces both buffers, contents undefined, lengths unchanged unless the new buffers hold less.
   // 1, or 0 with nothing changed when either size is 0. Throws std::bad_alloc, nothing changed.
   int CreateBuffer(DWORD video_size, DWORD speech_size);
   // Replaces each buffer that is too small for the frame of `header`. Throws std::bad_alloc.
-  void Reserve(const FrameHeader& header);
+  void Reserve(const zebx::FrameHeader& header);
   // Copies everything but the texts and the rate statistics; bytes only between buffers that exist,
   // speech only with the voice flag. 1, or 0 with nothing changed when the bytes do not fit.
   int operator=(const CZebFrameData& other);
@@ -61,7 +61,7 @@ class ZEBX_API CZebFrameData {
 
   WORD GetFrameType() const { return m_frame_type; }
   void SetFrameType(WORD type) { m_frame_type = type; }
-  bool IsIFrame() const { return m_frame_type == kIFrame; }
+  bool IsIFrame() const { return m_frame_type == zebx::kIFrame; }
   WORD GetFlag() const { return m_flags; }
   void SetFlag(WORD flags) { m_flags = flags; }
   DWORD GetTimeStamp() const { return m_time_stamp; }
@@ -87,22 +87,24 @@ class ZEBX_API CZebFrameData {
   void SetFrameIndex(int frame) { m_frame_index = frame; }
 
   // Flag queries answer the masked bit; setters set the bit for every value but 0.
-  int IsVideoLost() const { return m_flags & kFrameVideoLost; }
-  void SetVideoLost(int lost) { SetBit(kFrameVideoLost, lost); }
-  int IsVideoAlarm() const { return m_flags & kFrameVideoAlarm; }
-  void SetVideoAlarm(int alarm) { SetBit(kFrameVideoAlarm, alarm); }
-  int IsIOAlarm() const { return m_flags & kFrameIOAlarm; }
-  void SetIOAlarm(int alarm) { SetBit(kFrameIOAlarm, alarm); }
-  int IsAlarm() const { return m_flags & kFrameAlarm; }
-  void SetAlarm() { SetBit(kFrameAlarm, 1); }
-  int IsRT() const { return m_flags & kFrameRT; }
-  void SetRT(int real_time) { SetBit(kFrameRT, real_time); }
+  int IsVideoLost() const { return m_flags & zebx::kFrameVideoLost; }
+  void SetVideoLost(int lost) { SetBit(zebx::kFrameVideoLost, lost); }
+  int IsVideoAlarm() const { return m_flags & zebx::kFrameVideoAlarm; }
+  void SetVideoAlarm(int alarm) { SetBit(zebx::kFrameVideoAlarm, alarm); }
+  int IsIOAlarm() const { return m_flags & zebx::kFrameIOAlarm; }
+  void SetIOAlarm(int alarm) { SetBit(zebx::kFrameIOAlarm, alarm); }
+  int IsAlarm() const { return m_flags & zebx::kFrameAlarm; }
+  void SetAlarm() { SetBit(zebx::kFrameAlarm, 1); }
+  int IsRT() const { return m_flags & zebx::kFrameRT; }
+  void SetRT(int real_time) { SetBit(zebx::kFrameRT, real_time); }
   // Voice and audio are one bit.
-  int IsVoice() const { return m_flags & kFrameVoice; }
-  void SetVoice(int voice) { SetBit(kFrameVoice, voice); }
-  void SetAudio(int audio) { SetBit(kFrameVoice, audio); }
+  int IsVoice() const { return m_flags & zebx::kFrameVoice; }
+  void SetVoice(int voice) { SetBit(zebx::kFrameVoice, voice); }
+  void SetAudio(int audio) { SetBit(zebx::kFrameVoice, audio); }
   // 0 to 15. The setter only adds bits: it is meant for a record whose encoder bits are 0.
-  BYTE GetEncoderType() const { return static_cast<BYTE>((m_flags & kFrameEncoderTypeMask) >> 4); }
+  BYTE GetEncoderType() const {
+    return static_cast<BYTE>((m_flags & zebx::kFrameEncoderTypeMask) >> 4);
+  }
   void SetEncoderType(BYTE type);
 
   // Rate texts for live display, "25f/s" and "12.34KB/s". CalcuCodeStatus counts this frame into

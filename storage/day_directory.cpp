@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 
+namespace zebx {
+
 namespace {
 
 constexpr std::size_t kNameChars = 9;
@@ -78,3 +80,5 @@ std::optional<CTime> ParseDayDirectoryName(std::string_view name) {
                   NumberOf(name.substr(kMonthAt, kDayAt - kMonthAt)),
                   NumberOf(name.substr(kDayAt)));
 }
+
+}  // namespace zebx

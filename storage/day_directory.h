@@ -6,6 +6,8 @@
 
 #include "platform/framework/time.h"
 
+namespace zebx {
+
 // The midnight at which the local day of `time` began. Where the clocks skip midnight, the day's
 // first moment.
 CTime MidnightOf(CTime time);
@@ -16,3 +18,5 @@ CString DayDirectoryName(CTime time);
 // The date of a bare directory name, 'd' in either case; nothing when it is no day's. A month or
 // day out of range is carried over as the calendar does.
 std::optional<CTime> ParseDayDirectoryName(std::string_view name);
+
+}  // namespace zebx

@@ -9,6 +9,8 @@
 #include "storage/working_disk.h"
 #include "storage/zeb_database.h"
 
+using namespace zebx;
+
 namespace {
 
 using MakingGetter = CString (CHddObj::*)(const CString&, CTime);

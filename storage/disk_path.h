@@ -5,6 +5,8 @@
 
 #include "platform/framework/types.h"
 
+namespace zebx {
+
 // The length of a drive root such as d:\.
 inline constexpr std::size_t kDriveRootChars = 3;
 
@@ -20,3 +22,5 @@ inline CString MakeLower(CString text) {
 inline CString DriveRoot(const CString& path) {
   return path.size() < kDriveRootChars ? CString() : path.substr(0, kDriveRootChars);
 }
+
+}  // namespace zebx

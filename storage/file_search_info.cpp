@@ -7,6 +7,8 @@
 #include "platform/framework/byte_order.h"
 #include "platform/framework/error_report.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr DWORD kSliceBytes = 2 * sizeof(int);  // start and count

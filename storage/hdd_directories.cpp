@@ -6,11 +6,13 @@
 #include "platform/framework/archive.h"
 #include "platform/framework/byte_order.h"
 #include "platform/framework/file_system.h"
-#include "platform/os/directories.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/directories.h"
+#include "platform/os/files/drives.h"
 #include "storage/day_directory.h"
 #include "storage/disk_path.h"
 #include "storage/hdd_obj.h"
+
+using namespace zebx;
 
 namespace {
 

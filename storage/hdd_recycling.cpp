@@ -3,12 +3,14 @@
 #include <vector>
 
 #include "platform/framework/file_find.h"
-#include "platform/os/directories.h"
-#include "platform/os/drives.h"
-#include "platform/os/files.h"
+#include "platform/os/files/directories.h"
+#include "platform/os/files/drives.h"
+#include "platform/os/files/files.h"
 #include "storage/day_directory.h"
 #include "storage/disk_path.h"
 #include "storage/hdd_obj.h"
+
+using namespace zebx;
 
 namespace {
 

@@ -16,6 +16,8 @@
 #include "storage/file_search_info.h"
 #include "storage/hdd_obj.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr LONGLONG kSecondsPerDay = 86400;

@@ -1,5 +1,5 @@
 // The disk object's free space.
-#include "platform/os/disk_space.h"
+#include "platform/os/files/disk_space.h"
 #include "storage/hdd_obj.h"
 
 namespace {

@@ -4,6 +4,8 @@
 
 #include "platform/framework/byte_order.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr std::size_t kTextLengths = 0x100;  // a text's length is one byte

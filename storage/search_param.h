@@ -6,6 +6,8 @@
 #include "platform/framework/types.h"
 #include "record/zeb_file_info.h"
 
+namespace zebx {
+
 // What criteria consist of. Each setter adds the flag of its value; the kinds of files are added
 // with SetSearch. Without any kind it is recordings that are searched; with several, the first that
 // the search tests.
@@ -28,6 +30,8 @@ enum : DWORD {
   kSearchFace = 0x20000,
 };
 
+}  // namespace zebx
+
 // Criteria, a value. The beginning of a time range and the moment of a search around a moment are
 // one field with two flags: what was set last counts for both. Used by one thread at a time.
 class ZEBX_API CSearchParam {
@@ -41,32 +45,36 @@ class ZEBX_API CSearchParam {
   void Reset();
 
   // The host name is the directory level that every search needs.
-  void SetHostName(const CString& name) { Set(kSearchHostName, m_host_name, name); }
+  void SetHostName(const CString& name) { Set(zebx::kSearchHostName, m_host_name, name); }
   // A disk's name with its drive, as CHddObj::GetDbsName answers it.
-  void SetDbsName(const CString& name) { Set(kSearchDbsName, m_dbs_name, name); }
-  void SetBoardName(const CString& name) { Set(kSearchBoardName, m_board_name, name); }
-  void SetCameraName(const CString& name) { Set(kSearchCameraName, m_camera_name, name); }
+  void SetDbsName(const CString& name) { Set(zebx::kSearchDbsName, m_dbs_name, name); }
+  void SetBoardName(const CString& name) { Set(zebx::kSearchBoardName, m_board_name, name); }
+  void SetCameraName(const CString& name) { Set(zebx::kSearchCameraName, m_camera_name, name); }
   // A day, as any moment of it in seconds since 1970.
-  void SetDate(DWORD date) { Set(kSearchDate, m_date, date); }
+  void SetDate(DWORD date) { Set(zebx::kSearchDate, m_date, date); }
   // A range of time.
-  void SetBeginTime(CTime time) { Set(kSearchBeginTime, m_begin_time, time); }
-  void SetEndTime(CTime time) { Set(kSearchEndTime, m_end_time, time); }
+  void SetBeginTime(CTime time) { Set(zebx::kSearchBeginTime, m_begin_time, time); }
+  void SetEndTime(CTime time) { Set(zebx::kSearchEndTime, m_end_time, time); }
   // A moment: recordings that had not ended by then.
-  void SetTimeBegin(CTime time) { Set(kSearchTimeBegin, m_begin_time, time); }
-  void SetFrameSize(tag_FRAMESIZE size) { Set(kSearchFrameSize, m_frame_size, size); }
-  void SetCameraID(tag_ZEBCAMERAID id) { Set(kSearchCameraID, m_camera_id, id); }
+  void SetTimeBegin(CTime time) { Set(zebx::kSearchTimeBegin, m_begin_time, time); }
+  void SetFrameSize(tag_FRAMESIZE size) { Set(zebx::kSearchFrameSize, m_frame_size, size); }
+  void SetCameraID(tag_ZEBCAMERAID id) { Set(zebx::kSearchCameraID, m_camera_id, id); }
 
   // 1 with the value, or 0 with the output untouched when it was not set.
-  int GetHostName(CString& name) const { return Get(kSearchHostName, m_host_name, name); }
-  int GetDbsName(CString& name) const { return Get(kSearchDbsName, m_dbs_name, name); }
-  int GetBoardName(CString& name) const { return Get(kSearchBoardName, m_board_name, name); }
-  int GetCameraName(CString& name) const { return Get(kSearchCameraName, m_camera_name, name); }
-  int GetDate(DWORD& date) const { return Get(kSearchDate, m_date, date); }
-  int GetBeginTime(CTime& time) const { return Get(kSearchBeginTime, m_begin_time, time); }
-  int GetEndTime(CTime& time) const { return Get(kSearchEndTime, m_end_time, time); }
-  int GetTimeBegin(CTime& time) const { return Get(kSearchTimeBegin, m_begin_time, time); }
-  int GetFrameSize(tag_FRAMESIZE& size) const { return Get(kSearchFrameSize, m_frame_size, size); }
-  int GetCameraID(tag_ZEBCAMERAID& id) const { return Get(kSearchCameraID, m_camera_id, id); }
+  int GetHostName(CString& name) const { return Get(zebx::kSearchHostName, m_host_name, name); }
+  int GetDbsName(CString& name) const { return Get(zebx::kSearchDbsName, m_dbs_name, name); }
+  int GetBoardName(CString& name) const { return Get(zebx::kSearchBoardName, m_board_name, name); }
+  int GetCameraName(CString& name) const {
+    return Get(zebx::kSearchCameraName, m_camera_name, name);
+  }
+  int GetDate(DWORD& date) const { return Get(zebx::kSearchDate, m_date, date); }
+  int GetBeginTime(CTime& time) const { return Get(zebx::kSearchBeginTime, m_begin_time, time); }
+  int GetEndTime(CTime& time) const { return Get(zebx::kSearchEndTime, m_end_time, time); }
+  int GetTimeBegin(CTime& time) const { return Get(zebx::kSearchTimeBegin, m_begin_time, time); }
+  int GetFrameSize(tag_FRAMESIZE& size) const {
+    return Get(zebx::kSearchFrameSize, m_frame_size, size);
+  }
+  int GetCameraID(tag_ZEBCAMERAID& id) const { return Get(zebx::kSearchCameraID, m_camera_id, id); }
 
   // 1 when every flag of the mask is set.
   int IsSearch(DWORD mask) const { return (m_flags & mask) == mask ? 1 : 0; }

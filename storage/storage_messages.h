@@ -1,7 +1,7 @@
 // What the storage tells the host window.
 #pragma once
 
-#include "platform/os/windows.h"
+#include "platform/os/windows/windows.h"
 
 // Sent, not posted, for each day that recycling deleted: wparam 0, lparam the day's local midnight
 // in seconds since 1970.

@@ -3,11 +3,13 @@
 #include <functional>
 
 #include "platform/framework/file_find.h"
-#include "platform/os/directories.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/directories.h"
+#include "platform/os/files/drives.h"
 #include "storage/day_directory.h"
 #include "storage/disk_path.h"
 #include "storage/hdd_obj.h"
+
+namespace zebx {
 
 namespace {
 
@@ -152,3 +154,5 @@ RecyclingForecast ForecastRecycling(const CObList& disks) {
   });
   return forecast;
 }
+
+}  // namespace zebx

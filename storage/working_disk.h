@@ -12,6 +12,8 @@
 
 class CHddObj;
 
+namespace zebx {
+
 // A disk list holds CHddObj in the order of their addition; an entry may be null. The working disk
 // is named by its drive root and may name none.
 
@@ -60,3 +62,5 @@ struct RecyclingForecast {
 // What ChooseWorkingDisk would do with the disks now, if every file can be deleted. Changes
 // nothing. Days without a byte are among the days: they are deleted on the way, without a notice.
 ZEBX_API RecyclingForecast ForecastRecycling(const CObList& disks);
+
+}  // namespace zebx

@@ -10,6 +10,8 @@
 #include "storage/hdd_obj.h"
 #include "storage/working_disk.h"
 
+using namespace zebx;
+
 IMPLEMENT_DYNAMIC(CZebDatabase, CObject)
 
 namespace {

@@ -4,12 +4,14 @@
 #include "platform/framework/archive.h"
 #include "platform/framework/file.h"
 #include "platform/framework/file_system.h"
-#include "platform/os/directories.h"
-#include "platform/os/files.h"
+#include "platform/os/files/directories.h"
+#include "platform/os/files/files.h"
 #include "storage/disk_path.h"
 #include "storage/file_search_info.h"
 #include "storage/hdd_obj.h"
 #include "storage/zeb_database.h"
+
+using namespace zebx;
 
 namespace {
 

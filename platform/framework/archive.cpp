@@ -9,6 +9,8 @@
 #include "platform/framework/byte_order.h"
 #include "platform/framework/file.h"
 
+using namespace zebx;
+
 namespace {
 
 using Cause = CFileException::Cause;

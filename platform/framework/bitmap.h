@@ -7,9 +7,13 @@
 #include "platform/framework/object.h"
 #include "platform/framework/types.h"
 
+namespace zebx {
+
 // Deletes the operating system's bitmap. 1, or 0 when it is stale or in use. Defined by
 // platform/os.
 ZEBX_API int DeletePlatformBitmap(HBITMAP bitmap);
+
+}  // namespace zebx
 
 // Holds one bitmap or none, and deletes it at the end. Used by one thread at a time.
 class ZEBX_API CBitmap : public CObject {
@@ -29,7 +33,7 @@ class ZEBX_API CBitmap : public CObject {
   HBITMAP Detach() { return std::exchange(m_bitmap, nullptr); }
   // Deletes the bitmap and holds none from then on. 1, or 0 when none was held or it is in use:
   // then nobody owns it any more.
-  int DeleteObject() { return m_bitmap != nullptr ? DeletePlatformBitmap(Detach()) : 0; }
+  int DeleteObject() { return m_bitmap != nullptr ? zebx::DeletePlatformBitmap(Detach()) : 0; }
   // Borrowed; null when none is held.
   HBITMAP GetSafeHandle() const { return m_bitmap; }
 

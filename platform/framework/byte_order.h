@@ -11,6 +11,8 @@
 
 #include "platform/framework/types.h"
 
+namespace zebx {
+
 // The end of a buffer whose size nobody told: as far as the lengths inside it may lead.
 inline const BYTE* UnknownEnd(const BYTE* cursor) {
   return cursor + 0x7FFFFFFFFFFF;
@@ -96,3 +98,5 @@ class ByteWriter {
   std::size_t m_size;
   bool m_ok = true;
 };
+
+}  // namespace zebx

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <chrono>
 
+namespace zebx {
+
 namespace {
 
 class MachineClock final : public Clock {
@@ -33,3 +35,5 @@ const Clock& CurrentClock() {
 void SetClock(const Clock* clock) {
   current_clock.store(clock != nullptr ? clock : &kMachineClock, std::memory_order_release);
 }
+
+}  // namespace zebx

@@ -5,6 +5,8 @@
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
 
+namespace zebx {
+
 // Both operations may be called from any thread at any time.
 class ZEBX_API Clock {
  public:
@@ -21,3 +23,5 @@ ZEBX_API const Clock& CurrentClock();
 // Puts `clock` in force, null for the machine's own. Borrowed: it must outlive its use. Meant for
 // start-up, tools and tests; not to be called while other threads use the library.
 ZEBX_API void SetClock(const Clock* clock);
+
+}  // namespace zebx

@@ -5,6 +5,8 @@
 #include <mutex>
 #include <utility>
 
+namespace zebx {
+
 namespace {
 
 void PrintToStandardError(const std::exception& error) {
@@ -44,3 +46,5 @@ ErrorSink SetErrorSink(ErrorSink sink) {
   }
   return *exchanged;
 }
+
+}  // namespace zebx

@@ -1,29 +1,12 @@
 #include "platform/framework/file.h"
 
-#include <atomic>
 #include <utility>
 
 #include "platform/framework/file_system.h"
 
+using namespace zebx;
+
 IMPLEMENT_DYNAMIC(CFile, CObject)
-
-namespace {
-
-std::atomic<FileSystem*> replaced_file_system = nullptr;
-
-}  // namespace
-
-FileHandle::~FileHandle() = default;
-FileSystem::~FileSystem() = default;
-
-FileSystem& CurrentFileSystem() {
-  FileSystem* replaced = replaced_file_system.load(std::memory_order_acquire);
-  return replaced != nullptr ? *replaced : NativeFileSystem();
-}
-
-void SetFileSystem(FileSystem* file_system) {
-  replaced_file_system.store(file_system, std::memory_order_release);
-}
 
 CFile::CFile() = default;
 CFile::~CFile() = default;

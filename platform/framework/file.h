@@ -10,7 +10,9 @@
 #include "platform/framework/object.h"
 #include "platform/framework/types.h"
 
+namespace zebx {
 class FileHandle;
+}  // namespace zebx
 
 // An unbuffered disk file: every Read and every Write is one system call, Seek is none. Operations
 // throw CFileException where a failure is not said to be a result. Used by one thread at a time.
@@ -68,8 +70,8 @@ class ZEBX_API CFile : public CObject {
   ULONGLONG m_position = 0;
 
  private:
-  FileHandle& Handle() const;
+  zebx::FileHandle& Handle() const;
 
-  std::unique_ptr<FileHandle> m_handle;
+  std::unique_ptr<zebx::FileHandle> m_handle;
   CString m_path;
 };

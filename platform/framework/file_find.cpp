@@ -4,6 +4,8 @@
 #include <string_view>
 #include <utility>
 
+using namespace zebx;
+
 namespace {
 
 constexpr std::string_view kEverything = "*.*";

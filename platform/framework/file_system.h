@@ -11,6 +11,8 @@
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
 
+namespace zebx {
+
 // How a file is opened.
 struct FileOpenMode {
   bool m_read = false;
@@ -79,3 +81,5 @@ ZEBX_API FileSystem& NativeFileSystem();
 // replaced while other threads open files.
 ZEBX_API FileSystem& CurrentFileSystem();
 ZEBX_API void SetFileSystem(FileSystem* file_system);
+
+}  // namespace zebx

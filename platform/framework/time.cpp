@@ -4,6 +4,8 @@
 
 #include "platform/framework/clock.h"
 
+using namespace zebx;
+
 namespace {
 
 CString FormatFields(const char* format, const std::tm& fields) {

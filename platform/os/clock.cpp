@@ -1,5 +1,7 @@
 #include "platform/os/clock.h"
 
+using namespace zebx;
+
 namespace os {
 
 DWORD GetTickCount() {

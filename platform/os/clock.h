@@ -12,7 +12,7 @@ ZEBX_API DWORD GetTickCount();
 
 // A clock that moves only when told to. It puts itself in force when constructed and restores the
 // machine's own when destroyed; one at a time. May be stepped and read from any thread.
-class ZEBX_API SteppedClock final : public Clock {
+class ZEBX_API SteppedClock final : public zebx::Clock {
  public:
   SteppedClock(DWORD wall_seconds, DWORD tick_ms);
   ~SteppedClock() override;

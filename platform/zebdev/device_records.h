@@ -20,12 +20,16 @@ struct tag_DEVICECAP {
   BYTE m_reserved_29[35];
 };
 
+namespace zebx::zebdev {
+
 enum : BYTE {
   kDeviceChannelsMask = 0x3F,  // number of video channels
   kDeviceIoPortsMask = 0x3F,   // anything but 0: there are I/O ports
   kDeviceWatchdogBit = 0x40,
   kDeviceTvBit = 0x10,
 };
+
+}  // namespace zebx::zebdev
 
 static_assert(sizeof(tag_DEVICECAP) == 64 && offsetof(tag_DEVICECAP, m_channels) == 24 &&
               offsetof(tag_DEVICECAP, m_io_ports) == 26 &&
@@ -43,6 +47,8 @@ struct tag_CHANNELCONFIG {
   DWORD m_reserved_28;
   DWORD m_watermark;  // transparency, 0 to 128; kNoWatermark for none
 };
+
+namespace zebx::zebdev {
 
 enum : BYTE {
   kConfigHasEncoder = 0x02,
@@ -62,6 +68,8 @@ enum : BYTE {
 
 inline constexpr DWORD kNoWatermark = 0xFFFFFFFF;
 
+}  // namespace zebx::zebdev
+
 static_assert(sizeof(tag_CHANNELCONFIG) == 36 && offsetof(tag_CHANNELCONFIG, m_quality) == 12 &&
               offsetof(tag_CHANNELCONFIG, m_alarm_frames) == 24 &&
               offsetof(tag_CHANNELCONFIG, m_watermark) == 32);
@@ -77,6 +85,8 @@ struct tag_DEVFRAME {
   DWORD m_reserved_28;
 };
 
+namespace zebx::zebdev {
+
 enum : DWORD {
   kFrameTypeMask = 0x000000FF,
   kFrameVideoLost = 0x00010000,
@@ -86,6 +96,8 @@ enum : DWORD {
 };
 
 inline constexpr int kFrameEncoderTypeShift = 20;
+
+}  // namespace zebx::zebdev
 
 static_assert(sizeof(tag_DEVFRAME) == 32 && offsetof(tag_DEVFRAME, m_flags) == 12 &&
               offsetof(tag_DEVFRAME, m_speech_bytes) == 24);
@@ -99,26 +111,36 @@ struct tag_FACEPACKET {
   BYTE m_reserved_13[19];
 };
 
+namespace zebx::zebdev {
+
 inline constexpr BYTE kFacePacket = 0x80;
+
+}  // namespace zebx::zebdev
 
 static_assert(sizeof(tag_FACEPACKET) == 32 && offsetof(tag_FACEPACKET, m_count) == 8 &&
               offsetof(tag_FACEPACKET, m_kind) == 12);
 
+namespace zebx::zebdev {
+
 inline constexpr std::size_t kCaptionTextBytes = 68;  // with the terminator
+
+}  // namespace zebx::zebdev
 
 // The caption of a channel's live picture, handed over by the device library to be filled. Bits and
 // bytes without a name here are the device library's own and stay as they are.
 struct tag_CAPTIONINFO {
   DWORD m_bits;  // kCaption...
   BYTE m_reserved_4[124];
-  char m_camera_name[kCaptionTextBytes];
+  char m_camera_name[zebx::zebdev::kCaptionTextBytes];
   DWORD m_camera_name_color;
-  char m_board_name[kCaptionTextBytes];
+  char m_board_name[zebx::zebdev::kCaptionTextBytes];
   DWORD m_board_name_color;
   BYTE m_reserved_272[68];
   DWORD m_time_color;
-  char m_begin_time[kCaptionTextBytes];  // shown with kCaptionShowsBeginTime
+  char m_begin_time[zebx::zebdev::kCaptionTextBytes];  // shown with kCaptionShowsBeginTime
 };
+
+namespace zebx::zebdev {
 
 enum : DWORD {
   kCaptionMonitor = 0x0001,
@@ -130,6 +152,8 @@ enum : DWORD {
   kCaptionRecord = 0x0200,
   kCaptionShowsBeginTime = 0x2000,
 };
+
+}  // namespace zebx::zebdev
 
 static_assert(sizeof(tag_CAPTIONINFO) == 412 && offsetof(tag_CAPTIONINFO, m_camera_name) == 128 &&
               offsetof(tag_CAPTIONINFO, m_camera_name_color) == 196 &&
@@ -148,7 +172,11 @@ struct tag_MASKAREA {
 
 static_assert(sizeof(tag_MASKAREA) == 16);
 
+namespace zebx::zebdev {
+
 inline constexpr std::size_t kMaskStates = 5;
+
+}  // namespace zebx::zebdev
 
 // What a channel sees in its mask areas, in the order in which they were added.
 struct tag_MASKSTATE {
@@ -158,10 +186,14 @@ struct tag_MASKSTATE {
   };
 
   DWORD m_count;  // may say more than there are entries
-  Area m_areas[kMaskStates];
+  Area m_areas[zebx::zebdev::kMaskStates];
 };
 
+namespace zebx::zebdev {
+
 enum : DWORD { kMaskMotion = 0x01, kMaskAlarm = 0x02 };
+
+}  // namespace zebx::zebdev
 
 static_assert(sizeof(tag_MASKSTATE) == 104 && offsetof(tag_MASKSTATE, m_areas) == 4 &&
               sizeof(tag_MASKSTATE::Area) == 20 && offsetof(tag_MASKSTATE::Area, m_state) == 16);

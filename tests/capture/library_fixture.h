@@ -15,27 +15,27 @@ class CaptureLibrary : public testing::Test {
 
   void TearDown() override {
     zebxCloseZebx();
-    zebdev::SetDevicePlan({});
+    zebx::zebdev::SetDevicePlan({});
   }
 
   // Plugs the devices in and keeps a journal; whoever wants calls to fail says so before
   // Initialize.
-  static void Plan(std::vector<zebdev::VirtualDevice> devices) {
-    zebdev::SetDevicePlan(std::move(devices));
-    zebdev::StartJournal();
+  static void Plan(std::vector<zebx::zebdev::VirtualDevice> devices) {
+    zebx::zebdev::SetDevicePlan(std::move(devices));
+    zebx::zebdev::StartJournal();
   }
 
   static int Initialize() { return zebxInitZebx(7, nullptr, 0, nullptr, "d:\\dev"); }
 
   // Both in one, with an empty journal afterwards.
-  static void InitializeWith(std::vector<zebdev::VirtualDevice> devices) {
+  static void InitializeWith(std::vector<zebx::zebdev::VirtualDevice> devices) {
     Plan(std::move(devices));
     ASSERT_EQ(Initialize(), 1);
-    zebdev::TakeJournal();
+    zebx::zebdev::TakeJournal();
   }
 
   // What reached the device library since the last look.
   static void ExpectCalls(const Lines& expected, int line = __builtin_LINE()) {
-    EXPECT_EQ(zebdev::TakeJournal(), expected) << "line " << line;
+    EXPECT_EQ(zebx::zebdev::TakeJournal(), expected) << "line " << line;
   }
 };

@@ -4,6 +4,8 @@
 #include "capture/capture_camera.h"
 #include "tests/capture/library_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 using zebdev::MakeVirtualDevice;

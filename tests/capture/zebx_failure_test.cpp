@@ -3,6 +3,8 @@
 
 #include "tests/capture/library_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 using zebdev::Function;

@@ -5,8 +5,10 @@
 #include "capture/picture_formats.h"
 #include "image/dib_obj.h"
 #include "platform/noxdisplay/software/display_control.h"
-#include "platform/os/bitmap_resources.h"
+#include "platform/os/graphics/bitmap_resources.h"
 #include "tests/capture/library_fixture.h"
+
+using namespace zebx;
 
 namespace {
 

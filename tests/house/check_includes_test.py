@@ -7,7 +7,7 @@ import unittest
 import check_includes
 
 HEADERS = [
-    "platform/framework/types.h", "platform/os/drives.h", "platform/noxcodec/noxcodec.h",
+    "platform/framework/types.h", "platform/os/files/drives.h", "platform/noxcodec/noxcodec.h",
     "platform/noxcodec/software/encoder.h", "platform/zebdev/zebdev.h",
     "platform/zebdev/software/scene.h", "record/zeb_file.h", "image/image.h",
     "capture/picture_formats.h", "capture/board.h", "storage/database.h", "playback/player.h",
@@ -35,7 +35,7 @@ class CheckIncludes(unittest.TestCase):
     def test_accepts_what_the_architecture_allows(self):
         self.assert_each([
             ("platform/framework/time.cpp", '"platform/framework/types.h"'),
-            ("platform/os/drives.cpp", "<unistd.h>"),
+            ("platform/os/files/drives.cpp", "<unistd.h>"),
             ("platform/noxcodec/software/nxc.cpp", '"platform/noxcodec/software/encoder.h"'),
             ("platform/zebdev/software/scene.cpp", '"platform/noxcodec/software/encoder.h"'),
             ("record/zeb_file.cpp", '"capture/picture_formats.h"'),
@@ -47,8 +47,8 @@ class CheckIncludes(unittest.TestCase):
 
     def test_refuses_includes_against_the_direction(self):
         self.assert_each([
-            ("platform/framework/file.cpp", '"platform/os/drives.h"'),
-            ("platform/os/drives.cpp", '"record/zeb_file.h"'),
+            ("platform/framework/file.cpp", '"platform/os/files/drives.h"'),
+            ("platform/os/files/drives.cpp", '"record/zeb_file.h"'),
             ("platform/noxcodec/noxcodec.cpp", '"platform/zebdev/zebdev.h"'),
             ("record/zeb_file.cpp", '"capture/board.h"'),
             ("record/zeb_file.cpp", '"image/image.h"'),

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/os/bitmap_resources.h"
-#include "platform/os/graphics.h"
+#include "platform/os/graphics/bitmap_resources.h"
+#include "platform/os/graphics/graphics.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/temp_dir.h"
 

@@ -6,8 +6,8 @@
 #include <numeric>
 #include <vector>
 
-#include "platform/os/graphics.h"
-#include "platform/os/windows.h"
+#include "platform/os/graphics/graphics.h"
+#include "platform/os/windows/windows.h"
 
 namespace {
 

@@ -14,6 +14,8 @@
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/temp_dir.h"
 
+using namespace zebx;
+
 namespace {
 
 using namespace std::string_literals;

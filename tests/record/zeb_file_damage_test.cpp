@@ -11,6 +11,8 @@
 #include "tests/support/recording_fixture.h"
 #include "tests/support/temp_dir.h"
 
+using namespace zebx;
+
 namespace {
 
 bool StartsWith(const std::vector<std::string>& all, const std::vector<std::string>& start) {

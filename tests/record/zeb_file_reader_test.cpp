@@ -9,6 +9,8 @@
 #include "tests/support/recording_fixture.h"
 #include "tests/support/temp_dir.h"
 
+using namespace zebx;
+
 namespace {
 
 class ZebFileReader : public testing::Test {

@@ -9,6 +9,8 @@
 #include "tests/support/recording_fixture.h"
 #include "tests/support/temp_dir.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr DWORD kNow = 1000000000;

@@ -2,6 +2,8 @@
 
 #include "tests/support/disk_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 TEST(DayDirectory, IsADInEitherCaseAndEightDigitsOfABareName) {

@@ -6,6 +6,8 @@
 #include "tests/support/disk_fixture.h"
 #include "tests/support/faulty_file_system.h"
 
+using namespace zebx;
+
 namespace {
 
 namespace fs = std::filesystem;

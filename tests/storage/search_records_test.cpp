@@ -1,6 +1,8 @@
 #include "storage/file_search_info.h"
 #include "tests/support/disk_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr int kValues = 11;

@@ -5,6 +5,8 @@
 #include "platform/framework/file.h"
 #include "tests/support/disk_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 // Two disks of 10 MB; with 100 MB to be reserved both are always short. The host window hears of

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "platform/os/clock.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
 #include "storage/hdd_obj.h"
 #include "tests/support/recording_fixture.h"
 #include "tests/support/temp_dir.h"

@@ -16,14 +16,14 @@
 // Counts the calls that CFile makes and lets them through until told to fail. It puts itself in
 // force when constructed and the native file system when destroyed; one at a time, and no file
 // opened through it may outlive it. Plans may be changed while files are open.
-class FaultyFileSystem final : public FileSystem {
+class FaultyFileSystem final : public zebx::FileSystem {
  public:
   // Kinds of calls, to be ORed where a plan takes several.
   enum Call : unsigned { kOpen = 1, kRead = 2, kWrite = 4, kLength = 8, kResize = 16, kClose = 32 };
   static constexpr unsigned kAnyCall = 63;
 
-  FaultyFileSystem() { SetFileSystem(this); }
-  ~FaultyFileSystem() override { SetFileSystem(nullptr); }
+  FaultyFileSystem() { zebx::SetFileSystem(this); }
+  ~FaultyFileSystem() override { zebx::SetFileSystem(nullptr); }
   FaultyFileSystem(const FaultyFileSystem&) = delete;
   FaultyFileSystem& operator=(const FaultyFileSystem&) = delete;
 
@@ -51,19 +51,20 @@ class FaultyFileSystem final : public FileSystem {
   std::uint64_t Writes() const { return m_writes; }
   std::uint64_t Failures() const { return m_failures; }
 
-  std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
+  std::unique_ptr<zebx::FileHandle> Open(const CString& path,
+                                         const zebx::FileOpenMode& mode) override {
     PassOrFail(kOpen);
-    return std::make_unique<Handle>(*this, NativeFileSystem().Open(path, mode));
+    return std::make_unique<Handle>(*this, zebx::NativeFileSystem().Open(path, mode));
   }
-  CString FullPath(const CString& path) override { return NativeFileSystem().FullPath(path); }
-  bool List(const CString& path, const DirectoryVisitor& visit) override {
-    return NativeFileSystem().List(path, visit);
+  CString FullPath(const CString& path) override { return zebx::NativeFileSystem().FullPath(path); }
+  bool List(const CString& path, const zebx::DirectoryVisitor& visit) override {
+    return zebx::NativeFileSystem().List(path, visit);
   }
-  std::optional<FileStatus> Status(const CString& path) override {
-    return NativeFileSystem().Status(path);
+  std::optional<zebx::FileStatus> Status(const CString& path) override {
+    return zebx::NativeFileSystem().Status(path);
   }
   bool IsSameFile(const CString& path, const CString& other) override {
-    return NativeFileSystem().IsSameFile(path, other);
+    return zebx::NativeFileSystem().IsSameFile(path, other);
   }
 
  private:
@@ -76,9 +77,9 @@ class FaultyFileSystem final : public FileSystem {
     std::size_t m_prefix_bytes = 0;
   };
 
-  class Handle final : public FileHandle {
+  class Handle final : public zebx::FileHandle {
    public:
-    Handle(FaultyFileSystem& owner, std::unique_ptr<FileHandle> native)
+    Handle(FaultyFileSystem& owner, std::unique_ptr<zebx::FileHandle> native)
         : m_owner(owner), m_native(std::move(native)) {}
 
     std::size_t ReadAt(ULONGLONG offset, std::span<BYTE> into) override {
@@ -125,7 +126,7 @@ class FaultyFileSystem final : public FileSystem {
     }
 
     FaultyFileSystem& m_owner;
-    std::unique_ptr<FileHandle> m_native;
+    std::unique_ptr<zebx::FileHandle> m_native;
   };
 
   bool ShallFail(Call kind) {

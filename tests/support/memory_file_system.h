@@ -15,10 +15,10 @@
 
 // In force from its construction to its end, when the one before it is again. No file opened
 // through it may outlive it. Paths are plain names, without directories.
-class MemoryFileSystem final : public FileSystem {
+class MemoryFileSystem final : public zebx::FileSystem {
  public:
-  MemoryFileSystem() { SetFileSystem(this); }
-  ~MemoryFileSystem() override { SetFileSystem(&m_before); }
+  MemoryFileSystem() { zebx::SetFileSystem(this); }
+  ~MemoryFileSystem() override { zebx::SetFileSystem(&m_before); }
   MemoryFileSystem(const MemoryFileSystem&) = delete;
   MemoryFileSystem& operator=(const MemoryFileSystem&) = delete;
 
@@ -32,7 +32,8 @@ class MemoryFileSystem final : public FileSystem {
   }
   bool Has(const std::string& path) const { return m_files.contains(path); }
 
-  std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
+  std::unique_ptr<zebx::FileHandle> Open(const CString& path,
+                                         const zebx::FileOpenMode& mode) override {
     auto found = m_files.find(path);
     if (found == m_files.end()) {
       if (!mode.m_create) throw CFileException(CFileException::Cause::kFileNotFound, 0, path);
@@ -43,11 +44,11 @@ class MemoryFileSystem final : public FileSystem {
   }
   CString FullPath(const CString& path) override { return path; }
   // There are no directories.
-  bool List(const CString&, const DirectoryVisitor&) override { return false; }
-  std::optional<FileStatus> Status(const CString& path) override {
+  bool List(const CString&, const zebx::DirectoryVisitor&) override { return false; }
+  std::optional<zebx::FileStatus> Status(const CString& path) override {
     const auto found = m_files.find(path);
     if (found == m_files.end()) return std::nullopt;
-    FileStatus status;
+    zebx::FileStatus status;
     status.m_length = found->second->size();
     return status;
   }
@@ -58,7 +59,7 @@ class MemoryFileSystem final : public FileSystem {
  private:
   using Bytes = std::vector<BYTE>;
 
-  class Handle final : public FileHandle {
+  class Handle final : public zebx::FileHandle {
    public:
     explicit Handle(std::shared_ptr<Bytes> bytes) : m_bytes(std::move(bytes)) {}
 
@@ -85,6 +86,6 @@ class MemoryFileSystem final : public FileSystem {
     std::shared_ptr<Bytes> m_bytes;
   };
 
-  FileSystem& m_before = CurrentFileSystem();
+  zebx::FileSystem& m_before = zebx::CurrentFileSystem();
   std::map<std::string, std::shared_ptr<Bytes>> m_files;
 };

@@ -34,7 +34,7 @@ inline void Fill(CZebFrameData& data, const TestFrame& frame) {
 }
 inline void FillFrame(CZebFrameData& data, WORD type, DWORD time_stamp, const std::string& video,
                       const std::string& speech = {}) {
-  Fill(data, {type, speech.empty() ? WORD{0} : WORD{kFrameVoice}, time_stamp, video, speech});
+  Fill(data, {type, speech.empty() ? WORD{0} : WORD{zebx::kFrameVoice}, time_stamp, video, speech});
 }
 
 // The buffer form of a frame or a header of `size` bytes, and reading one back, with the answer.
@@ -105,7 +105,7 @@ inline std::vector<int> WriteRun(CZebFile& file, const FrameRun& run) {
     FillFrame(frame, i % run.m_gop == 0 ? 0 : 1,
               run.m_first_stamp + static_cast<DWORD>(i) * run.m_step_ms, NumberedVideo(number));
     frame.SetEncoderType(run.m_encoder_type);
-    if (file.WriteOneFrame(&frame) == kFrameWritten) written.push_back(number);
+    if (file.WriteOneFrame(&frame) == zebx::kFrameWritten) written.push_back(number);
   }
   return written;
 }
@@ -159,14 +159,14 @@ inline ParsedRecording ParseRecording(const std::string& bytes) {
   parsed.m_header = text(24) + "-" + text(28) + ", stamp " + text(32) + ", gmt " + text(36) +
                     ", flags " + text(12);
 
-  DWORD previous = kNoBlock;
+  DWORD previous = zebx::kNoBlock;
   while (true) {
     if (offset + 16 > bytes.size()) return fault("no block header", offset);
     if (number(offset) != previous) return fault("previous block", offset);
     const DWORD next = number(offset + 4);
     const DWORD frames = number(offset + 8);
     parsed.m_blocks +=
-        (previous == kNoBlock ? "" : " ") + text(offset + 8) + "@" + text(offset + 12);
+        (previous == zebx::kNoBlock ? "" : " ") + text(offset + 8) + "@" + text(offset + 12);
     std::size_t at = offset + 16;
     for (DWORD i = 0; i < frames; ++i) {
       const DWORD type_and_flags = number(at);
@@ -179,7 +179,7 @@ inline ParsedRecording ParseRecording(const std::string& bytes) {
       parsed.m_videos.push_back(bytes.substr(at + header_bytes, video_bytes));
       at = end;
     }
-    if (frames == 0 && next == kNoBlock) {
+    if (frames == 0 && next == zebx::kNoBlock) {
       return at == bytes.size() ? parsed : fault("bytes behind the end", at);
     }
     if (next != at) return fault("next block", offset + 4);

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
 #include "tests/support/temp_dir.h"
 
 // The drive d: on an empty directory, for as long as the object lives.

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/os/windows.h"
+#include "platform/os/windows/windows.h"
 
 // The answer of most windows in tests.
 inline LRESULT AddParameters(HWND, UINT, WPARAM wparam, LPARAM lparam) {

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
 #include "tests/tools/tool_fixture.h"
 
 class StoreFixture : public testing::Test {

@@ -58,8 +58,9 @@ inline std::vector<TestFrame> MakeFrames(int count, int gop = 2, std::size_t vid
   };
   for (int number = 0; number < count; ++number) {
     TestFrame& frame = frames.emplace_back();
-    frame.type = number % gop == 0 ? kIFrame : 1;
-    frame.flags = kFrameRT | (kEncoderTypeRT8Port << 4) | (number % 3 == 0 ? kFrameVoice : 0);
+    frame.type = number % gop == 0 ? zebx::kIFrame : 1;
+    frame.flags = zebx::kFrameRT | (zebx::kEncoderTypeRT8Port << 4) |
+                  (number % 3 == 0 ? zebx::kFrameVoice : 0);
     frame.time_stamp = kTestFirstStamp + static_cast<DWORD>(number) * 40;
     frame.video = random_bytes(video_bytes + static_cast<std::size_t>(number % 3));
     if (number % 3 == 0) frame.speech = random_bytes(2);
@@ -87,7 +88,7 @@ inline std::string MakeRecording(const std::vector<TestFrame>& frames, bool fini
 // Where the block headers of an intact recording stand, the terminating one included.
 inline std::vector<std::size_t> BlockOffsets(const std::string& recording) {
   std::vector<std::size_t> offsets;
-  for (DWORD at = DwordAt(recording, 8); at != kNoBlock; at = DwordAt(recording, at + 4)) {
+  for (DWORD at = DwordAt(recording, 8); at != zebx::kNoBlock; at = DwordAt(recording, at + 4)) {
     offsets.push_back(at);
   }
   return offsets;

@@ -4,6 +4,8 @@
 
 #include "tests/tools/tool_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 class BrokenRecording : public testing::Test {

@@ -4,6 +4,8 @@
 
 #include "tests/tools/tool_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr int kWidth = 176;

@@ -5,6 +5,8 @@
 #include "tests/tools/tool_fixture.h"
 #include "tools/zebtool/recording_writer.h"
 
+using namespace zebx;
+
 namespace {
 
 class Import : public testing::Test {

@@ -10,6 +10,8 @@
 
 #include "tests/tools/tool_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr unsigned kKills = 200;

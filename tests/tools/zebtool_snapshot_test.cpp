@@ -6,6 +6,8 @@
 #include "record/mox_file.h"
 #include "tests/tools/tool_fixture.h"
 
+using namespace zebx;
+
 namespace {
 
 using namespace std::string_literals;

@@ -3,7 +3,9 @@
 #include <filesystem>
 
 #include "platform/framework/file_system.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
+
+using namespace zebx;
 
 namespace zebtool {
 namespace {

@@ -13,6 +13,8 @@
 #include "tools/zebtool/speech_source.h"
 #include "tools/zebtool/text.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

@@ -64,7 +64,7 @@ class CameraInput {
   std::unique_ptr<InputStream> m_input;
   std::unique_ptr<Y4mReader> m_video;
   std::unique_ptr<Sound> m_sound;  // null without sound
-  std::unique_ptr<noxcodec::VideoEncoder> m_encoder;
+  std::unique_ptr<zebx::noxcodec::VideoEncoder> m_encoder;
   FrameRate m_rate;
   CZebFrameData m_frame;
   CameraReport m_report;

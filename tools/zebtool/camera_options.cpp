@@ -3,6 +3,8 @@
 #include "capture/picture_formats.h"
 #include "tools/zebtool/text.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

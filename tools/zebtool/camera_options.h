@@ -18,7 +18,7 @@ struct CameraSettings {
   std::optional<DWORD> frame_size;
   CTime begin;
   BYTE encoder_type = 0;
-  noxcodec::VideoEncoderSettings encoder;
+  zebx::noxcodec::VideoEncoderSettings encoder;
   CZebFileInfo header;
 };
 

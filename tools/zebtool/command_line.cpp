@@ -7,6 +7,8 @@
 #include "platform/framework/error_report.h"
 #include "tools/zebtool/subcommands.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

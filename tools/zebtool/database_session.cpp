@@ -6,10 +6,12 @@
 #include "platform/framework/archive.h"
 #include "platform/framework/file.h"
 #include "platform/framework/file_system.h"
-#include "platform/os/directories.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/directories.h"
+#include "platform/os/files/drives.h"
 #include "storage/dbs.h"
 #include "storage/storage_messages.h"
+
+using namespace zebx;
 
 namespace zebtool {
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/framework/file.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
 #include "platform/zebdev/software/street_scene.h"
 #include "tools/zebtool/byte_streams.h"
 #include "tools/zebtool/options.h"
@@ -18,6 +18,8 @@
 #include "tools/zebtool/text.h"
 #include "tools/zebtool/wav.h"
 #include "tools/zebtool/y4m.h"
+
+using namespace zebx;
 
 namespace zebtool {
 namespace {

@@ -4,6 +4,8 @@
 #include "storage/working_disk.h"
 #include "tools/zebtool/database_session.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

@@ -20,6 +20,8 @@
 #include "tools/zebtool/text.h"
 #include "tools/zebtool/y4m.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

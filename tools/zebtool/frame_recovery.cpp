@@ -4,6 +4,8 @@
 
 #include "tools/zebtool/frame_signs.h"
 
+using namespace zebx;
+
 namespace zebtool {
 
 FrameRecovery::FrameRecovery(RecordingBytes& bytes, ULONGLONG offset, bool at_block,

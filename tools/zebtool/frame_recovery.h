@@ -10,7 +10,7 @@ namespace zebtool {
 
 struct RecoveredFrame {
   ULONGLONG offset;
-  FrameHeader header;
+  zebx::FrameHeader header;
 };
 
 // Bytes that belong to no intact frame and to no block header.
@@ -43,9 +43,9 @@ class FrameRecovery {
   RecordingBytes& m_bytes;
   HoleSink m_on_hole;
   ULONGLONG m_position;
-  ULONGLONG m_limit;           // where the next block header stands, as far as that is certain
-  ULONGLONG m_known_sync = 0;  // where a search that went ahead of m_position has ended
-  DWORD m_block = kNoBlock;    // the block that m_position is in
+  ULONGLONG m_limit;               // where the next block header stands, as far as that is certain
+  ULONGLONG m_known_sync = 0;      // where a search that went ahead of m_position has ended
+  DWORD m_block = zebx::kNoBlock;  // the block that m_position is in
   std::optional<DWORD> m_last_stamp;
   DWORD m_trusted_frames = 0;  // frames that fill the rest of the block
 };

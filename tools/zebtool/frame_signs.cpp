@@ -1,5 +1,7 @@
 #include "tools/zebtool/frame_signs.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

@@ -11,7 +11,7 @@ inline constexpr DWORD kMaxFramePartBytes = 64 << 20;
 
 // Whether the bytes can be a frame header: a type of the device's 8 bits, no unused flags, lengths
 // within reason, and something inside.
-bool LooksLikeFrame(const FrameHeader& header);
+bool LooksLikeFrame(const zebx::FrameHeader& header);
 
 // Whether `later` can be the stamp of a frame some way behind one that is stamped `earlier`: up to
 // a day later, or a little earlier where the frames of an alarm were put together.

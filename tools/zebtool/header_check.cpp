@@ -9,6 +9,8 @@
 #include "platform/framework/file.h"
 #include "tools/zebtool/text.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/os/drives.h"
+#include "platform/os/files/drives.h"
 #include "tools/zebtool/subcommands.h"
 
 int main(int count, char** values) {

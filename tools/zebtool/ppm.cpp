@@ -4,6 +4,8 @@
 #include <cmath>
 #include <vector>
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

@@ -7,6 +7,6 @@
 namespace zebtool {
 
 // As binary PPM (P6), 24 bits a pixel.
-void WritePpm(OutputStream& output, const noxcodec::PictureView& picture);
+void WritePpm(OutputStream& output, const zebx::noxcodec::PictureView& picture);
 
 }  // namespace zebtool

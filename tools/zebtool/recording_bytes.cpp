@@ -5,6 +5,8 @@
 #include "platform/framework/file.h"
 #include "tools/zebtool/frame_signs.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

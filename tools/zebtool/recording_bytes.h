@@ -35,10 +35,10 @@ class RecordingBytes {
   ULONGLONG Length() const { return m_length; }
 
   // The header at `offset`, whatever it says; nothing when the file ends first.
-  std::optional<BlockHeader> BlockAt(ULONGLONG offset);
-  std::optional<FrameHeader> AnyFrameAt(ULONGLONG offset);
+  std::optional<zebx::BlockHeader> BlockAt(ULONGLONG offset);
+  std::optional<zebx::FrameHeader> AnyFrameAt(ULONGLONG offset);
   // The frame header at `offset` when it has the signs of one.
-  std::optional<FrameHeader> FrameAt(ULONGLONG offset);
+  std::optional<zebx::FrameHeader> FrameAt(ULONGLONG offset);
 
   // Whether a block header stands at `offset`, which no chain is trusted to lead to. `previous` is
   // the block before it, kNoBlock when that is not known.
@@ -54,7 +54,7 @@ class RecordingBytes {
   ULONGLONG FindSync(ULONGLONG offset, ULONGLONG limit);
 
  private:
-  bool StartsWithFrameOf(ULONGLONG block_offset, const BlockHeader& header);
+  bool StartsWithFrameOf(ULONGLONG block_offset, const zebx::BlockHeader& header);
 
   ULONGLONG m_length;
   ByteWindow m_near;  // moves along with the search

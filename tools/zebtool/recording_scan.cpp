@@ -10,6 +10,8 @@
 #include "tools/zebtool/header_check.h"
 #include "tools/zebtool/text.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

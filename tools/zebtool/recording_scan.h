@@ -26,14 +26,14 @@ struct Finding {
 struct ScannedBlock {
   int number;
   ULONGLONG offset;  // of the block header
-  BlockHeader header;
+  zebx::BlockHeader header;
 };
 
 struct ScannedFrame {
   int block;
   int index;
   ULONGLONG offset;
-  FrameHeader header;
+  zebx::FrameHeader header;
   bool finished;  // in a block that its writer closed
 };
 

@@ -8,6 +8,8 @@
 #include "tools/zebtool/console.h"
 #include "tools/zebtool/text.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

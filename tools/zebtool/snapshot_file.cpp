@@ -4,6 +4,8 @@
 #include "platform/framework/file_system.h"
 #include "tools/zebtool/byte_streams.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

@@ -3,8 +3,8 @@
 #include <array>
 
 #include "platform/os/clock.h"
-#include "platform/os/directories.h"
-#include "platform/os/drives.h"
+#include "platform/os/files/directories.h"
+#include "platform/os/files/drives.h"
 #include "storage/dbs.h"
 #include "storage/working_disk.h"
 #include "tools/zebtool/database_session.h"
@@ -12,6 +12,8 @@
 #include "tools/zebtool/store_report.h"
 #include "tools/zebtool/subcommands.h"
 #include "tools/zebtool/text.h"
+
+using namespace zebx;
 
 namespace zebtool {
 namespace {

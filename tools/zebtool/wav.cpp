@@ -6,6 +6,8 @@
 
 #include "platform/framework/byte_order.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

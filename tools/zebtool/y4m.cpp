@@ -9,6 +9,8 @@
 
 #include "tools/zebtool/options.h"
 
+using namespace zebx;
+
 namespace zebtool {
 namespace {
 

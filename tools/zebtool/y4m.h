@@ -29,7 +29,7 @@ class Y4mReader {
   const Y4mHeader& Header() const { return m_header; }
   // Reads the next picture into `picture`, which has the header's size; false at the end. Throws
   // JobError when the input ends inside a picture or goes on with something else.
-  bool ReadPicture(noxcodec::Picture& picture);
+  bool ReadPicture(zebx::noxcodec::Picture& picture);
 
   static constexpr int kMaxSize = 16384;
   static constexpr ULONGLONG kMaxPixels = 1 << 26;

@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 constexpr std::array<DWORD, 256> kTable = [] {
@@ -23,4 +23,4 @@ DWORD Crc32(std::span<const BYTE> bytes) {
   return ~crc;
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

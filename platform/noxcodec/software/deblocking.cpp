@@ -5,7 +5,7 @@
 
 #include "platform/noxcodec/software/reconstruction.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 // Steps up to this height are taken for coding faults; beyond twice of it, for the picture's own.
@@ -103,4 +103,4 @@ void DeblockForDisplay(int quantiser, bool horizontal, bool vertical, Picture& p
   }
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -6,7 +6,7 @@
 #include "platform/noxcodec/software/macroblock.h"
 #include "platform/noxcodec/software/picture.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // Filters the borders of all blocks that were just coded or moved.
 void DeblockCodedBlocks(const MacroblockMap& map, int quantiser, Picture& picture);
@@ -15,4 +15,4 @@ void DeblockCodedBlocks(const MacroblockMap& map, int quantiser, Picture& pictur
 // down (`vertical`: between upper and lower ones) the picture.
 void DeblockForDisplay(int quantiser, bool horizontal, bool vertical, Picture& picture);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -7,7 +7,7 @@
 
 #include "platform/noxcodec/software/transform.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 constexpr std::int64_t kUnreachable = std::numeric_limits<std::int64_t>::max() / 2;
@@ -159,4 +159,4 @@ LevelChoice ChooseLevels(const Coefficients& coefficients, int quantiser,
   return {false, rate.Of(energy, 0) + empty, energy};
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -6,7 +6,7 @@
 #include "platform/noxcodec/software/macroblock_syntax.h"
 #include "platform/noxcodec/software/rate_distortion.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // The probabilities that a block will be coded with, as far as they are known beforehand.
 struct BlockContext {
@@ -27,4 +27,4 @@ LevelChoice ChooseLevels(const Coefficients& coefficients, int quantiser,
                          const BlockContext& context, const RateDistortion& rate,
                          Coefficients& levels);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

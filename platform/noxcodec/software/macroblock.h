@@ -9,7 +9,7 @@
 #include "platform/framework/types.h"
 #include "platform/noxcodec/software/video_format.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // In half luma pixels.
 struct MotionVector {
@@ -66,4 +66,4 @@ class MacroblockMap {
   std::vector<MacroblockInfo> m_infos;
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -11,7 +11,7 @@
 #include "platform/noxcodec/software/reconstruction.h"
 #include "platform/noxcodec/software/transform.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 constexpr std::array kIntraModes = {IntraMode::kMean, IntraMode::kDown, IntraMode::kAcross,
@@ -222,4 +222,4 @@ MotionVector MacroblockEncoder::FindMotion(const Site& site) const {
   return SearchMotion(task, starts);
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

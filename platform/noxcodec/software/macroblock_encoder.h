@@ -7,7 +7,7 @@
 #include "platform/noxcodec/software/prediction.h"
 #include "platform/noxcodec/software/rate_distortion.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // Encodes the macroblocks of one picture in coding order. Borrows all it is given.
 class MacroblockEncoder {
@@ -60,4 +60,4 @@ class MacroblockEncoder {
   Candidate m_trial;
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -9,7 +9,7 @@
 #include "platform/noxcodec/software/macroblock.h"
 #include "platform/noxcodec/software/range_coder.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 enum class BlockClass : BYTE { kIntraLuma, kInterLuma, kChroma };
 inline constexpr int kBlockClasses = 3;
@@ -235,4 +235,4 @@ void CodeMacroblock(Coder& coder, Model& model, FrameKind frame, const Neighbour
   }
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <limits>
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 constexpr std::array<MotionVector, 4> kDiamond = {{{-1, 0}, {1, 0}, {0, -1}, {0, 1}}};
@@ -93,4 +93,4 @@ MotionVector SearchMotion(const MotionTask& task, std::span<const MotionVector> 
   return search.Best();
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

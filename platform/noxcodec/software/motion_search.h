@@ -7,7 +7,7 @@
 #include "platform/noxcodec/software/prediction.h"
 #include "platform/noxcodec/software/rate_distortion.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // What the search needs to know of the macroblock.
 struct MotionTask {
@@ -26,4 +26,4 @@ struct MotionTask {
 // the best of `starts` finds, first in whole, then in half pixels.
 MotionVector SearchMotion(const MotionTask& task, std::span<const MotionVector> starts);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

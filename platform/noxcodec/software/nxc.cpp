@@ -20,7 +20,7 @@ struct NxcDecoder {
 
 namespace {
 
-using namespace noxcodec;
+using namespace zebx::noxcodec;
 
 constexpr int kGood = 0;
 constexpr int kFailed = 1;

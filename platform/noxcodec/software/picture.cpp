@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 PictureView PictureView::Cropped(int width, int height) const {
   PictureView cropped = *this;
@@ -72,4 +72,4 @@ void Picture::ExtendBorder() {
   }
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

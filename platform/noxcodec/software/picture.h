@@ -9,7 +9,7 @@
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 enum PlaneIndex : int { kLuma = 0, kCb = 1, kCr = 2, kPlaneCount = 3 };
 
@@ -77,4 +77,4 @@ class ZEBX_API Picture {
   std::vector<BYTE> m_bytes;
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

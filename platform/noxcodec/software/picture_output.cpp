@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 // BT.601 in 1/256: what luma of 16..235 and chroma of 16..240 around 128 give of full range.
@@ -51,4 +51,4 @@ void WriteBgrx(const PictureView& picture, BYTE* first_row, std::ptrdiff_t pitch
   }
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -5,7 +5,7 @@
 
 #include "platform/noxcodec/software/picture.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // Writes the luma rows, then the Cb and the Cr rows: `pitch_bytes` from one luma row to the next,
 // (pitch_bytes + 1) / 2 between chroma rows.
@@ -15,4 +15,4 @@ void WriteI420(const PictureView& picture, BYTE* destination, int pitch_bytes);
 // backwards from `first_row`. Colours by BT.601, limited range.
 void WriteBgrx(const PictureView& picture, BYTE* first_row, std::ptrdiff_t pitch_bytes);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 constexpr int kWeightBits = 14;
@@ -126,4 +126,4 @@ void ScalePicture(const PictureView& source, Picture& target) {
   }
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

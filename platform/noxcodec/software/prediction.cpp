@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 template <int kSize>
@@ -133,4 +133,4 @@ void PredictIntra(const MutablePlaneView& plane, int x, int y, IntraMode mode) {
   }
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -5,7 +5,7 @@
 #include "platform/noxcodec/software/macroblock.h"
 #include "platform/noxcodec/software/picture.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // The pixels of one macroblock outside any picture.
 class MacroblockPixels {
@@ -35,4 +35,4 @@ void PredictInter(const Picture& reference, int column, int row, MotionVector mo
 // the same plane.
 void PredictIntra(const MutablePlaneView& plane, int x, int y, IntraMode mode);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -11,7 +11,7 @@
 
 #include "platform/framework/types.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // How likely the next decision is 1, learnt from those before it: the mean of a quick and of a slow
 // running average. Both start quicker still, so that a fresh model learns from its first decisions.
@@ -202,4 +202,4 @@ class BitCounter {
   int m_cost = 0;
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -5,7 +5,7 @@
 
 #include "platform/noxcodec/software/range_coder.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // Weighs squared errors against costs, both in units of 1/256. A step of the quantiser in size
 // moves the exchange rate with its square.
@@ -33,4 +33,4 @@ class RateDistortion {
   std::int64_t m_difference_per_bit;
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -4,7 +4,7 @@
 
 #include "platform/noxcodec/software/transform.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 BlockPlace PlaceOf(int block, int column, int row) {
   if (block < kLumaBlocks) {
@@ -61,4 +61,4 @@ void ReconstructMacroblock(const Macroblock& macroblock, int quantiser, int colu
   StoreMacroblock(pixels, column, row, target);
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

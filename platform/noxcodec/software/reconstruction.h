@@ -5,7 +5,7 @@
 #include "platform/noxcodec/software/picture.h"
 #include "platform/noxcodec/software/prediction.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // Where a block of a macroblock lies.
 struct BlockPlace {
@@ -30,4 +30,4 @@ void ReconstructIntraBlock(const Macroblock& macroblock, int block, int quantise
 void ReconstructMacroblock(const Macroblock& macroblock, int quantiser, int column, int row,
                            const Picture& reference, Picture& target);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -3,7 +3,7 @@
 #include "platform/framework/byte_order.h"
 #include "platform/noxcodec/software/speech_format.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 std::optional<std::size_t> SpeechSampleCount(std::size_t packet_bytes) {
   if (packet_bytes < kSpeechHeaderBytes) return std::nullopt;
@@ -29,4 +29,4 @@ bool DecodeSpeech(std::span<const BYTE> packet, std::span<std::int16_t> samples)
   return true;
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

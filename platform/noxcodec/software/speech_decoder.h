@@ -8,7 +8,7 @@
 
 #include "platform/framework/types.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // The samples in a packet of `packet_bytes`; nothing when no packet is that short.
 std::optional<std::size_t> SpeechSampleCount(std::size_t packet_bytes);
@@ -17,4 +17,4 @@ std::optional<std::size_t> SpeechSampleCount(std::size_t packet_bytes);
 // that is too short or whose header is out of range; nothing is written then.
 bool DecodeSpeech(std::span<const BYTE> packet, std::span<std::int16_t> samples);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -7,7 +7,7 @@
 
 #include "platform/noxcodec/software/speech_format.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 // How many of the best code sequences are followed at once.
@@ -152,4 +152,4 @@ std::span<const BYTE> SpeechEncoder::Encode(std::span<const std::int16_t> sample
   return m_packet;
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

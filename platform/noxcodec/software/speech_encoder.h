@@ -8,7 +8,7 @@
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // Encodes 8 kHz mono speech, one self-contained packet at a time: a packet carries the state that
 // its decoder starts from, so players may begin with any of them. One thread at a time.
@@ -22,4 +22,4 @@ class ZEBX_API SpeechEncoder {
   std::vector<BYTE> m_packet;
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

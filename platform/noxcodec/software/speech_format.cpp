@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 constexpr int kWeightBits = 12;
@@ -60,4 +60,4 @@ void SpeechState::Advance(int predicted, int code) {
                             kSpeechSteps - 1);
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

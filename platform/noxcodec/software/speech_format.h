@@ -9,7 +9,7 @@
 
 #include "platform/framework/types.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 inline constexpr int kSpeechOrder = 10;
 inline constexpr int kSpeechSteps = 89;
@@ -56,4 +56,4 @@ class SpeechState {
   int m_step_index;
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 // Cosines scaled so that a transform in both directions gains 1 << kGainBits.
@@ -113,4 +113,4 @@ void AddResidual(const Coefficients& levels, int quantiser, BYTE* pixels, int st
   }
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

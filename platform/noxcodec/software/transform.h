@@ -4,7 +4,7 @@
 
 #include "platform/noxcodec/software/macroblock.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // An orthonormal 8x8 cosine transform of `residuals`, rounded to integers.
 void ForwardTransform(const Coefficients& residuals, Coefficients& coefficients);
@@ -25,4 +25,4 @@ void Dequantise(const Coefficients& levels, int quantiser, Coefficients& coeffic
 // Dequantises and transforms `levels` and adds the result to the 8x8 pixels at `pixels`.
 void AddResidual(const Coefficients& levels, int quantiser, BYTE* pixels, int stride);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -5,7 +5,7 @@
 #include "platform/noxcodec/software/deblocking.h"
 #include "platform/noxcodec/software/reconstruction.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 bool VideoDecoder::Decode(std::span<const BYTE> packet, FrameKind announced) {
   const auto header = OpenPacket(packet);
@@ -56,4 +56,4 @@ PictureView VideoDecoder::LastPicture() const {
   return m_picture.View().Cropped(m_last.width, m_last.height);
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -8,7 +8,7 @@
 #include "platform/noxcodec/software/picture.h"
 #include "platform/noxcodec/software/video_format.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // Decodes the packets of one stream. A packet that fails changes nothing: the last good picture
 // stays, and decoding goes on with the packet that follows it or with any I-frame. One thread at a
@@ -38,4 +38,4 @@ class VideoDecoder {
   Picture m_spare;    // what Decode works on until it succeeds
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -11,7 +11,7 @@
 #include "platform/noxcodec/software/reconstruction.h"
 #include "platform/noxcodec/software/video_format.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 bool Within(int value, int least, int most) {
@@ -121,4 +121,4 @@ VideoEncoder::Packet VideoEncoder::Encode(const PictureView& picture, bool force
   return m_implementation->Encode(picture, force_key);
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

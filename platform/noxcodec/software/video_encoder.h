@@ -8,7 +8,7 @@
 #include "platform/framework/types.h"
 #include "platform/noxcodec/software/picture.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 // Sizes of coded pictures, in both directions.
 inline constexpr int kMinCodedSize = 16;
@@ -53,4 +53,4 @@ class ZEBX_API VideoEncoder {
   std::unique_ptr<Implementation> m_implementation;
 };
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

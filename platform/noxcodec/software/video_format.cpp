@@ -4,7 +4,7 @@
 #include "platform/noxcodec/software/crc32.h"
 #include "platform/noxcodec/software/video_encoder.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 constexpr BYTE kVersion = 0x51;
@@ -49,4 +49,4 @@ std::optional<PacketHeader> OpenPacket(std::span<const BYTE> packet) {
   return within ? std::optional(header) : std::nullopt;
 }
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -7,7 +7,7 @@
 
 #include "platform/framework/types.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 
 inline constexpr int kMacroblockSize = 16;
 inline constexpr int kBlockSize = 8;
@@ -46,4 +46,4 @@ DWORD SealPacket(const PacketHeader& header, std::span<BYTE> packet);
 // The header of a packet that is whole and undamaged and keeps every limit; otherwise nothing.
 std::optional<PacketHeader> OpenPacket(std::span<const BYTE> packet);
 
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

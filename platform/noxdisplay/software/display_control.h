@@ -7,7 +7,7 @@
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
 
-namespace noxdisplay {
+namespace zebx::noxdisplay {
 
 // Takes the display's surfaces away, as a switch of the screen's mode does: noxshowIsLost answers
 // non-zero until noxshowRestore. Any thread may call.
@@ -23,4 +23,4 @@ struct Watermark {
 // Nothing when none was ever set. Any thread may call.
 ZEBX_API std::optional<Watermark> CurrentWatermark();
 
-}  // namespace noxdisplay
+}  // namespace zebx::noxdisplay

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/noxdisplay/noxdisplay.h"
-#include "platform/os/graphics.h"
+#include "platform/os/graphics/graphics.h"
 
 namespace {
 

@@ -10,13 +10,13 @@ std::atomic<bool> surfaces_lost = false;
 
 }  // namespace
 
-namespace noxdisplay {
+namespace zebx::noxdisplay {
 
 void LoseSurfaces() {
   surfaces_lost = true;
 }
 
-}  // namespace noxdisplay
+}  // namespace zebx::noxdisplay
 
 int noxshowIsLost() {
   return surfaces_lost ? 1 : 0;

@@ -4,7 +4,9 @@
 
 #include "platform/noxdisplay/noxdisplay.h"
 #include "platform/noxdisplay/software/display_control.h"
-#include "platform/os/pixels.h"
+#include "platform/os/graphics/pixels.h"
+
+using namespace zebx;
 
 namespace {
 
@@ -24,7 +26,7 @@ struct WatermarkInForce {
 
 }  // namespace
 
-namespace noxdisplay {
+namespace zebx::noxdisplay {
 
 std::optional<Watermark> CurrentWatermark() {
   WatermarkInForce& in_force = WatermarkInForce::Get();
@@ -32,7 +34,7 @@ std::optional<Watermark> CurrentWatermark() {
   return in_force.m_watermark;
 }
 
-}  // namespace noxdisplay
+}  // namespace zebx::noxdisplay
 
 int noxshowSetWatermark(const BYTE* pixels, DWORD bytes, DWORD width, DWORD height) {
   os::BitmapInfoHeader header;

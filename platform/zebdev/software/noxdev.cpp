@@ -3,6 +3,8 @@
 #include "platform/zebdev/software/virtual_device_library.h"
 #include "platform/zebdev/zebdev.h"
 
+using namespace zebx;
+
 using zebdev::VirtualDeviceLibrary;
 
 int noxdevInitialize(DWORD start_up_word, DWORD reserved) {

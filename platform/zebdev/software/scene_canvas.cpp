@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-namespace zebdev {
+namespace zebx::zebdev {
 namespace {
 
 // Coverage of a pixel in 1/256.
@@ -92,4 +92,4 @@ void SceneCanvas::FillTrapezoid(const Box& box, double bottom_left, double botto
   });
 }
 
-}  // namespace zebdev
+}  // namespace zebx::zebdev

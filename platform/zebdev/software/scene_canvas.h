@@ -4,7 +4,7 @@
 #include "platform/framework/types.h"
 #include "platform/noxcodec/software/picture.h"
 
-namespace zebdev {
+namespace zebx::zebdev {
 
 // A colour as pictures store it.
 struct Colour {
@@ -44,4 +44,4 @@ class SceneCanvas {
   noxcodec::Picture& m_picture;
 };
 
-}  // namespace zebdev
+}  // namespace zebx::zebdev

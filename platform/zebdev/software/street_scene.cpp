@@ -7,7 +7,7 @@
 
 #include "platform/zebdev/software/scene_canvas.h"
 
-namespace zebdev {
+namespace zebx::zebdev {
 namespace {
 
 using noxcodec::MutablePlaneView;
@@ -291,4 +291,4 @@ void StreetScene::AddNoise(DWORD frame_number, Picture& target) const {
   }
 }
 
-}  // namespace zebdev
+}  // namespace zebx::zebdev

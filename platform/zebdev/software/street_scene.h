@@ -7,7 +7,7 @@
 #include "platform/framework/types.h"
 #include "platform/noxcodec/software/picture.h"
 
-namespace zebdev {
+namespace zebx::zebdev {
 
 // Houses, trees and lamp posts along a road, with cars and people passing at their own speeds, and
 // the mild noise of a camera. The same size and frame number always give the same picture.
@@ -33,4 +33,4 @@ class ZEBX_API StreetScene {
   std::vector<std::int8_t> m_noise;
 };
 
-}  // namespace zebdev
+}  // namespace zebx::zebdev

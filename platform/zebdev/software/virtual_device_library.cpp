@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace zebdev {
+namespace zebx::zebdev {
 namespace {
 
 constexpr int kGood = 0;
@@ -194,4 +194,4 @@ NoxdevDevice* VirtualDeviceLibrary::Find(NoxdevHandle handle) const {
   return found == m_created.end() ? nullptr : found->get();
 }
 
-}  // namespace zebdev
+}  // namespace zebx::zebdev

@@ -13,11 +13,11 @@
 // What a handle stands for.
 struct NoxdevDevice {
   DWORD m_number = 0;
-  zebdev::VirtualDevice m_device;
+  zebx::zebdev::VirtualDevice m_device;
   bool m_is_open = false;
 };
 
-namespace zebdev {
+namespace zebx::zebdev {
 
 // One per process. Every operation takes the lock for itself and calls nobody while it holds it.
 // Operations that answer an int are those of the door.
@@ -71,4 +71,4 @@ class VirtualDeviceLibrary {
   std::vector<CString> m_journal;
 };
 
-}  // namespace zebdev
+}  // namespace zebx::zebdev

@@ -4,7 +4,7 @@
 
 #include "platform/zebdev/software/virtual_device_library.h"
 
-namespace zebdev {
+namespace zebx::zebdev {
 
 VirtualDevice MakeVirtualDevice(DWORD device_type, BYTE channels) {
   VirtualDevice device;
@@ -32,4 +32,4 @@ std::vector<CString> TakeJournal() {
   return VirtualDeviceLibrary::Instance().TakeJournal();
 }
 
-}  // namespace zebdev
+}  // namespace zebx::zebdev

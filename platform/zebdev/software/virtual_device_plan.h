@@ -8,7 +8,7 @@
 #include "platform/framework/export.h"
 #include "platform/zebdev/device_records.h"
 
-namespace zebdev {
+namespace zebx::zebdev {
 
 // One device. Its channels are numbered from 0 to the channel count of its capability record.
 struct VirtualDevice {
@@ -54,4 +54,4 @@ ZEBX_API void StartJournal();
 // The lines since the last call or the start. Empty without a journal.
 ZEBX_API std::vector<CString> TakeJournal();
 
-}  // namespace zebdev
+}  // namespace zebx::zebdev

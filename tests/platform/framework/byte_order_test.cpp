@@ -5,6 +5,8 @@
 #include <limits>
 #include <vector>
 
+using namespace zebx;
+
 namespace {
 
 TEST(ByteOrder, FailsForGoodAtTheFirstValueThatIsNotWhole) {

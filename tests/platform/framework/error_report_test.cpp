@@ -9,6 +9,8 @@
 
 #include "platform/framework/file_exception.h"
 
+using namespace zebx;
+
 namespace {
 
 TEST(ErrorReport, PrintsOneLineUnlessASinkIsSetWhichMayReplaceItself) {

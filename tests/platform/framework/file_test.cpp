@@ -16,6 +16,8 @@
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/test_drive.h"
 
+using namespace zebx;
+
 namespace {
 
 using Cause = CFileException::Cause;

@@ -8,7 +8,7 @@
 #include "platform/noxcodec/software/transform.h"
 #include "tests/platform/noxcodec/picture_measures.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 // The inverse is part of the format: it must give the same residuals on every machine, also for
@@ -46,4 +46,4 @@ TEST(ScalePicture, ShrinksByTheMeanAndEnlargesFromPixelToPixel) {
 }
 
 }  // namespace
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

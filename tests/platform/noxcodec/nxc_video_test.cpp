@@ -10,6 +10,8 @@
 
 #include "tests/platform/noxcodec/picture_measures.h"
 
+using namespace zebx;
+
 namespace {
 
 using noxcodec::Picture;

@@ -21,18 +21,18 @@ inline std::string MediaFile(const std::string& name) {
 }
 
 // The first `count` pictures of the generated street.
-inline std::vector<noxcodec::Picture> StreetPictures(int width, int height, int count) {
-  const zebdev::StreetScene scene(width, height);
-  std::vector<noxcodec::Picture> pictures(static_cast<std::size_t>(count));
+inline std::vector<zebx::noxcodec::Picture> StreetPictures(int width, int height, int count) {
+  const zebx::zebdev::StreetScene scene(width, height);
+  std::vector<zebx::noxcodec::Picture> pictures(static_cast<std::size_t>(count));
   for (DWORD i = 0; i < pictures.size(); ++i) scene.Render(i, pictures[i]);
   return pictures;
 }
 
 // A picture whose pixels are what `value` says for their plane and place.
 template <typename Value>
-noxcodec::Picture DrawPicture(int width, int height, Value value) {
-  noxcodec::Picture picture(width, height);
-  for (int plane = 0; plane < noxcodec::kPlaneCount; ++plane) {
+zebx::noxcodec::Picture DrawPicture(int width, int height, Value value) {
+  zebx::noxcodec::Picture picture(width, height);
+  for (int plane = 0; plane < zebx::noxcodec::kPlaneCount; ++plane) {
     const auto view = picture.Plane(plane);
     for (int y = 0; y < view.height; ++y) {
       for (int x = 0; x < view.width; ++x) view.Row(y)[x] = static_cast<BYTE>(value(plane, x, y));
@@ -43,18 +43,18 @@ noxcodec::Picture DrawPicture(int width, int height, Value value) {
 
 using PacketBytes = std::vector<BYTE>;
 
-inline std::vector<PacketBytes> EncodeAll(const noxcodec::VideoEncoderSettings& settings,
-                                          const std::vector<noxcodec::Picture>& pictures) {
-  noxcodec::VideoEncoder encoder(settings);
+inline std::vector<PacketBytes> EncodeAll(const zebx::noxcodec::VideoEncoderSettings& settings,
+                                          const std::vector<zebx::noxcodec::Picture>& pictures) {
+  zebx::noxcodec::VideoEncoder encoder(settings);
   std::vector<PacketBytes> packets;
-  for (const noxcodec::Picture& picture : pictures) {
+  for (const zebx::noxcodec::Picture& picture : pictures) {
     const auto data = encoder.Encode(picture.View()).data;
     packets.emplace_back(data.begin(), data.end());
   }
   return packets;
 }
 
-inline double SquaredError(const noxcodec::PlaneView& a, const noxcodec::PlaneView& b) {
+inline double SquaredError(const zebx::noxcodec::PlaneView& a, const zebx::noxcodec::PlaneView& b) {
   double sum = 0;
   for (int y = 0; y < a.height; ++y) {
     for (int x = 0; x < a.width; ++x) {
@@ -66,11 +66,11 @@ inline double SquaredError(const noxcodec::PlaneView& a, const noxcodec::PlaneVi
 }
 
 // Peak signal to noise ratio in dB; 99 for equal planes.
-inline double Psnr(const noxcodec::PlaneView& a, const noxcodec::PlaneView& b) {
+inline double Psnr(const zebx::noxcodec::PlaneView& a, const zebx::noxcodec::PlaneView& b) {
   const double mean = SquaredError(a, b) / a.width / a.height;
   return mean > 0 ? 10 * std::log10(255.0 * 255.0 / mean) : 99;
 }
 
-inline double LumaPsnr(const noxcodec::PictureView& a, const noxcodec::PictureView& b) {
-  return Psnr(a.planes[noxcodec::kLuma], b.planes[noxcodec::kLuma]);
+inline double LumaPsnr(const zebx::noxcodec::PictureView& a, const zebx::noxcodec::PictureView& b) {
+  return Psnr(a.planes[zebx::noxcodec::kLuma], b.planes[zebx::noxcodec::kLuma]);
 }

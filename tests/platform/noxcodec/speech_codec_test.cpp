@@ -11,6 +11,8 @@
 #include "tests/support/bytes.h"
 #include "tests/support/temp_dir.h"
 
+using namespace zebx;
+
 namespace {
 
 using Samples = std::vector<std::int16_t>;

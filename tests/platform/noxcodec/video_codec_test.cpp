@@ -12,7 +12,7 @@
 #include "tests/platform/noxcodec/picture_measures.h"
 #include "tests/support/bytes.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 struct Outcome {
@@ -149,4 +149,4 @@ TEST(VideoCodec, KeepsItsRateAndQualityOnAStreetClip) {
 }
 
 }  // namespace
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

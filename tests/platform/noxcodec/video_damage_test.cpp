@@ -6,7 +6,7 @@
 #include "platform/noxcodec/software/video_decoder.h"
 #include "tests/platform/noxcodec/picture_measures.h"
 
-namespace noxcodec {
+namespace zebx::noxcodec {
 namespace {
 
 constexpr int kWidth = 48;
@@ -103,4 +103,4 @@ TEST_F(VideoDamage, StreamMayGoOnInAnotherSize) {
 }
 
 }  // namespace
-}  // namespace noxcodec
+}  // namespace zebx::noxcodec

@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "platform/noxdisplay/software/display_control.h"
-#include "platform/os/graphics.h"
-#include "platform/os/windows.h"
+#include "platform/os/graphics/graphics.h"
+#include "platform/os/windows/windows.h"
+
+using namespace zebx;
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "tests/platform/noxcodec/picture_measures.h"
 
-namespace zebdev {
+namespace zebx::zebdev {
 namespace {
 
 using noxcodec::kLuma;
@@ -44,4 +44,4 @@ TEST(StreetScene, FiguresMoveBeforeAStillStreet) {
 }
 
 }  // namespace
-}  // namespace zebdev
+}  // namespace zebx::zebdev

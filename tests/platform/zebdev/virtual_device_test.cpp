@@ -5,6 +5,8 @@
 #include "platform/zebdev/software/virtual_device_plan.h"
 #include "platform/zebdev/zebdev.h"
 
+using namespace zebx;
+
 namespace {
 
 constexpr int kGood = 0;
@@ -75,7 +77,7 @@ TEST_F(VirtualDevices, TellTheirCapabilityByteForByteAndAnotherOneWhileOpen) {
   std::memset(&planned.m_capability, 0xA5, sizeof(tag_DEVICECAP));
   std::memset(&*planned.m_capability_when_open, 0xA5, sizeof(tag_DEVICECAP));
   planned.m_capability.m_channels = 0xC4;
-  planned.m_capability.m_tv = kDeviceTvBit;
+  planned.m_capability.m_tv = zebdev::kDeviceTvBit;
   planned.m_capability_when_open->m_channels = 0x01;
   planned.m_capability_when_open->m_tv = 0;
   planned.m_capability_when_open->m_io_ports = 0xC0;

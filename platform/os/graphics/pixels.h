@@ -1,0 +1,78 @@
+// Pictures as rows of pixels of 1 to 32 bits, and copying one onto another at another size.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "platform/framework/types.h"
+#include "platform/os/graphics/dib_format.h"
+
+namespace os {
+
+// How the pixels that a smaller picture has no room for are dropped.
+enum class StretchMode {
+  kBlackOnWhite,  // they are ANDed into the pixel that stays: the default
+  kHalftone,      // they are averaged
+};
+
+// Where the rows of a picture lie in its bytes. Rows are counted from the top of the picture.
+struct PixelLayout {
+  LONG m_width = 0;
+  LONG m_height = 0;
+  WORD m_bit_count = 0;  // 1, 4, 8 with colour table; 16 (5 bits a colour), 24, 32
+  std::size_t m_pitch_bytes = 0;
+  bool m_top_down = false;
+
+  // The layout of a DIB's rows; nothing for a compressed one, another bit count, an empty picture
+  // and one of more than kMaxBytes.
+  static std::optional<PixelLayout> Of(const BitmapInfoHeader& header);
+  std::size_t TotalBytes() const { return m_pitch_bytes * static_cast<std::size_t>(m_height); }
+  std::size_t RowOffset(LONG row) const {
+    return m_pitch_bytes * static_cast<std::size_t>(m_top_down ? row : m_height - 1 - row);
+  }
+
+  static constexpr ULONGLONG kMaxBytes = 0x20000000;
+};
+
+// A colour as 0x00RRGGBB: the bytes of a 32-bit pixel.
+using Color = DWORD;
+inline constexpr Color kColorMask = 0x00FFFFFF;
+
+// The colours of a DIB's colour table, at most as many as the bit count can tell apart.
+std::vector<Color> ParseColorTable(std::span<const BYTE> table, WORD bit_count);
+
+// A picture to read from, borrowed. `m_bytes` holds at least TotalBytes of the layout.
+struct PixelSource {
+  PixelLayout m_layout;
+  std::span<const BYTE> m_bytes;
+  std::span<const Color> m_colors;  // a pixel beyond it is black
+
+  // The pixels of a row from column `from` on, as many as `pixels` holds; all inside the picture.
+  void ReadRow(LONG row, LONG from, std::span<Color> pixels) const;
+};
+
+// A picture to draw into, borrowed likewise.
+struct PixelTarget {
+  PixelLayout m_layout;
+  std::span<BYTE> m_bytes;
+  std::span<const Color> m_colors;  // a pixel becomes the nearest of them
+
+  void WriteRow(LONG row, LONG from, std::span<const Color> pixels) const;
+};
+
+// A place in a picture. May reach outside it.
+struct Area {
+  LONG m_x = 0;
+  LONG m_y = 0;
+  LONG m_width = 0;
+  LONG m_height = 0;
+};
+
+// Copies an area of one picture onto an area of another one of its own memory, whatever their
+// sizes. What lies outside either picture is left alone. Neither area may have a negative size.
+void StretchPixels(const PixelSource& source, const Area& from, const PixelTarget& target,
+                   const Area& onto, StretchMode mode);
+
+}  // namespace os

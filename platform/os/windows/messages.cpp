@@ -1,0 +1,97 @@
+// Sending, posting and taking messages, and the timers.
+#include <memory>
+#include <utility>
+
+#include "platform/os/clock.h"
+#include "platform/os/windows/window_table.h"
+#include "platform/os/windows/window_thread.h"
+#include "platform/os/windows/windows.h"
+
+namespace os {
+namespace {
+
+// Runs and answers one message that another thread sent.
+void RunSent(SentMessage& sent, const MessageQueue& queue) {
+  auto window = std::exchange(sent.m_destroyed_window, nullptr);
+  if (window == nullptr) window = WindowTable::Get().OfThread(sent.m_message.m_window, queue);
+  MessageQueue::Answer(sent, window != nullptr ? CallProcedure(*window, sent.m_message) : 0);
+}
+
+void RunAllSent(MessageQueue& queue) {
+  while (const auto sent = queue.TakeSent()) RunSent(*sent, queue);
+}
+
+}  // namespace
+
+int PostMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  bool posted = false;
+  WindowTable::Get().Visit(window, [&](Window& found) {
+    posted = found.m_queue->Post({window, message, wparam, lparam});
+  });
+  return posted ? 1 : 0;
+}
+
+LRESULT SendMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  const auto queue = ThisThreadQueue();
+  WindowTable& table = WindowTable::Get();
+  if (const auto own = table.OfThread(window, *queue)) {
+    return CallProcedure(*own, {window, message, wparam, lparam});
+  }
+  const auto sent = std::make_shared<SentMessage>();
+  sent->m_message = {window, message, wparam, lparam};
+  sent->m_sender = queue;
+  bool is_sent = false;
+  table.Visit(window, [&, copy = sent](Window& found) mutable {
+    is_sent = found.m_queue->Send(std::move(copy));
+  });
+  if (!is_sent) return 0;
+  while (!queue->WaitForAnswer(*sent)) {
+    if (const auto incoming = queue->TakeSent()) RunSent(*incoming, *queue);
+  }
+  return sent->m_answer;
+}
+
+int SetTimer(HWND window, UINT timer, DWORD interval_ms) {
+  const DWORD now = GetTickCount();
+  const auto set = [&](Window& found) { found.m_queue->SetTimer(window, timer, interval_ms, now); };
+  return WindowTable::Get().Visit(window, set) ? 1 : 0;
+}
+
+int KillTimer(HWND window, UINT timer) {
+  bool killed = false;
+  WindowTable::Get().Visit(
+      window, [&](Window& found) { killed = found.m_queue->KillTimer(window, timer); });
+  return killed ? 1 : 0;
+}
+
+int GetMessage(Message* message) {
+  const auto queue = ThisThreadQueue();
+  while (true) {
+    RunAllSent(*queue);
+    if (const auto taken = queue->Take({})) {
+      *message = *taken;
+      return taken->m_message != kWmQuit ? 1 : 0;
+    }
+    queue->Wait();
+  }
+}
+
+int PeekMessage(Message* message, HWND window, UINT first, UINT last) {
+  const auto queue = ThisThreadQueue();
+  RunAllSent(*queue);
+  const auto taken = queue->Take({window, first, last});
+  if (!taken) return 0;
+  *message = *taken;
+  return 1;
+}
+
+LRESULT DispatchMessage(const Message& message) {
+  const auto window = WindowTable::Get().OfThread(message.m_window, *ThisThreadQueue());
+  return window != nullptr ? CallProcedure(*window, message) : 0;
+}
+
+void PostQuitMessage(int exit_code) {
+  ThisThreadQueue()->PostQuit(exit_code);
+}
+
+}  // namespace os

@@ -1,0 +1,22 @@
+// What a thread has of windows: its queue, the calls into its windows' procedures, and its end.
+#pragma once
+
+#include <memory>
+
+#include "platform/os/windows/message_queue.h"
+#include "platform/os/windows/window_table.h"
+
+namespace os {
+
+// The queue of the calling thread; a closed one while the thread ends.
+std::shared_ptr<MessageQueue> ThisThreadQueue();
+
+// Runs the procedure of a window of the calling thread. An exception goes no farther than here: it
+// is reported, and the answer is 0. Not to be called holding a lock.
+LRESULT CallProcedure(const Window& window, const Message& message) noexcept;
+
+// Destroys a window and everything below it, in whatever thread; with `tell` its own windows of the
+// calling thread get kWmDestroy. False when it is stale or being destroyed already.
+bool DestroyTree(HWND root, const MessageQueue& own_queue, bool tell);
+
+}  // namespace os

@@ -1,0 +1,100 @@
+#include "platform/os/files/files.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/framework/file.h"
+#include "platform/os/files/directories.h"
+#include "tests/support/test_drive.h"
+
+namespace {
+
+class DeleteFile : public testing::Test {
+ protected:
+  DeleteFile() { m_drive.MakeFile("Cam0.zebz", "recording"); }
+
+  const TestDrive m_drive;
+  const std::string m_path = m_drive.File("Cam0.zebz");
+};
+
+TEST_F(DeleteFile, DeletesAFileByItsLibraryPathAndTellsItsLength) {
+  ULONGLONG length_bytes = 77;
+  EXPECT_EQ(os::DeleteFile("d:\\none", &length_bytes), 0);
+  EXPECT_EQ(length_bytes, 77U);
+  EXPECT_EQ(os::DeleteFile("d:\\cam0.ZEBZ", &length_bytes), 1);
+  EXPECT_EQ(length_bytes, 9U);
+  EXPECT_FALSE(m_drive.Has("Cam0.zebz"));
+  EXPECT_EQ(os::DeleteFile("d:\\cam0.ZEBZ"), 0);
+  EXPECT_EQ(os::DeleteFile("e:\\cam0.ZEBZ"), 0);
+}
+
+TEST_F(DeleteFile, LeavesAFileThatItsOwnerMayNotWriteOrThatSomebodyHasOpen) {
+  chmod(m_path.c_str(), 0444);
+  EXPECT_EQ(os::DeleteFile(m_path), 0);
+  chmod(m_path.c_str(), 0644);
+  for (const UINT access : {CFile::kModeRead, CFile::kModeWrite, CFile::kModeReadWrite}) {
+    CFile file;
+    ASSERT_EQ(file.Open(m_path, access | CFile::kShareDenyNone), 1);
+    EXPECT_EQ(os::DeleteFile(m_path), 0);
+  }
+
+  int opened[2];
+  ASSERT_EQ(pipe(opened), 0);
+  const pid_t other = fork();
+  if (other == 0) {
+    char byte = 0;
+    _exit(read(opened[0], &byte, 1) == 1 ? os::DeleteFile(m_path) : 2);
+  }
+  {
+    CFile file;
+    EXPECT_EQ(file.Open(m_path, CFile::kModeRead | CFile::kShareDenyNone), 1);
+    EXPECT_EQ(write(opened[1], "", 1), 1);
+    int status = 1;
+    EXPECT_EQ(waitpid(other, &status, 0), other);
+    EXPECT_EQ(status, 0) << "another process";
+  }
+  EXPECT_TRUE(m_drive.Has("Cam0.zebz"));
+  EXPECT_EQ(os::DeleteFile(m_path), 1);
+  for (const int end : opened) close(end);
+}
+
+TEST_F(DeleteFile, LeavesWhatIsNoRegularFile) {
+  ASSERT_EQ(mkfifo(m_drive.File("pipe").c_str(), 0666), 0);
+  for (const std::string& path : {m_drive.Root(), m_drive.File("pipe")}) {
+    EXPECT_EQ(os::DeleteFile(path), 0) << path;
+    EXPECT_TRUE(std::filesystem::exists(path)) << path;
+  }
+}
+
+TEST_F(DeleteFile, DeletesALinkAndNotWhatItLeadsTo) {
+  m_drive.MakeDirectory("directory");
+  m_drive.MakeFile("LINK", "not the link");
+  for (const char* target : {"Cam0.zebz", "directory", "nothing", "link"}) {
+    std::filesystem::create_symlink(target, m_drive.Path() / "link");
+    EXPECT_EQ(os::IsSymbolicLink("d:\\link"), 1) << target;
+    ULONGLONG length_bytes = 1;
+    EXPECT_EQ(os::DeleteFile("d:\\link", &length_bytes), 1) << target;
+    EXPECT_EQ(length_bytes, 0U) << target;
+    EXPECT_FALSE(std::filesystem::is_symlink(m_drive.Path() / "link")) << target;
+  }
+  for (const char* name : {"Cam0.zebz", "directory", "LINK"}) EXPECT_TRUE(m_drive.Has(name));
+  EXPECT_EQ(os::IsSymbolicLink("d:\\LINK"), 0);
+}
+
+TEST(ReplaceFile, PutsTheNewFileInThePlaceOfTheOldOneOrLeavesBoth) {
+  const TestDrive drive;
+  for (const char* bytes : {"first", "second"}) {
+    drive.MakeFile("dbs.new", bytes);
+    EXPECT_EQ(os::ReplaceFile("d:\\none\\dbs", "d:\\dbs.new"), 0);
+    EXPECT_EQ(os::ReplaceFile("e:\\dbs", "d:\\dbs.new"), 0);
+    EXPECT_EQ(os::ReplaceFile("d:\\dbs", "e:\\dbs.new"), 0);
+    EXPECT_EQ(os::ReplaceFile("d:\\dbs", "d:\\dbs.new"), 1);
+    EXPECT_FALSE(drive.Has("dbs.new"));
+    EXPECT_EQ(os::ReplaceFile("d:\\dbs", "d:\\dbs.new"), 0);
+    EXPECT_EQ(ReadWholeFile(drive.File("dbs")), bytes);
+  }
+}
+
+}  // namespace
