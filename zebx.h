@@ -43,6 +43,6 @@
 #include "storage/dbs.h"
 #include "storage/file_search_info.h"
 #include "storage/hdd_obj.h"
+#include "storage/recycling.h"
 #include "storage/search_param.h"
 #include "storage/storage_messages.h"
-#include "storage/working_disk.h"

@@ -8,9 +8,13 @@
 
 namespace zebx {
 
-// The midnight at which the local day of `time` began. Where the clocks skip midnight, the day's
-// first moment.
+// The midnight at which the local day of `time` began: the day's first moment, also where the
+// clocks skip midnight or show it twice. 0 for a day that began before 1970.
 CTime MidnightOf(CTime time);
+
+// The same as a signed number of 32 bits, as days are compared: below 0 for the day that 1970 began
+// in, where that was not at midnight, and behind the year 2038.
+LONGLONG SignedMidnightOf(CTime time);
 
 // Such as d20040412, for the local day of `time`.
 CString DayDirectoryName(CTime time);

@@ -1,12 +1,14 @@
 #include "storage/dbs.h"
 
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "capture/capture_app.h"
+#include "platform/framework/file_exception.h"
 #include "record/zeb_file.h"
 #include "storage/file_search_info.h"
-#include "storage/working_disk.h"
+#include "storage/recycling.h"
 #include "storage/zeb_database.h"
 
 using namespace zebx;
@@ -19,6 +21,12 @@ using FindingGetter = CString (CHddObj::*)(const CString&, CTime) const;
 // The open database, borrowed; null when there is none.
 CZebDatabase* Database() {
   return GetCaptureApp().GetDatabase();
+}
+
+// Inside of the message of a deleted day, which nothing may pull the list from under.
+bool IsChoosing() {
+  const CZebDatabase* database = Database();
+  return database != nullptr && database->IsChoosing();
 }
 
 // What `get` answers for the disk; an empty text without one.
@@ -69,7 +77,7 @@ int Create(CZebFile** file, CZebFileInfo* header, Creator creator) {
 
 int dbsOpenDatabase(CString data_directory, CString database_file, CString host_name) {
   CCaptureApp& app = GetCaptureApp();
-  if (app.IsInitialized() == 0) return 0;
+  if (app.IsInitialized() == 0 || IsChoosing()) return 0;
   dbsCloseDatabase();
   auto database = std::make_unique<CZebDatabase>();
   if (database->Open(data_directory, app.GetHostWindow(), database_file, host_name) == 0) return 0;
@@ -78,6 +86,7 @@ int dbsOpenDatabase(CString data_directory, CString database_file, CString host_
 }
 
 void dbsCloseDatabase() {
+  if (IsChoosing()) return;
   const std::unique_ptr<CZebDatabase> database(Database());
   GetCaptureApp().SetDatabase(nullptr);
 }
@@ -210,8 +219,14 @@ int dbsCreateZebAlarmFile(CZebFile** file, CZebFileInfo* header) {
 int dbsCloseZebFile(CZebFile* file) {
   if (file == nullptr) return 0;
   const std::unique_ptr<CZebFile> owned(file);
-  owned->Close();
-  return 1;
+  try {
+    owned->Close();
+    return 1;
+  } catch (const CFileException&) {
+    return 0;
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
 }
 
 int dbsGetVideoDir(CString* directory, CString name, CTime time) {

@@ -27,7 +27,8 @@ extern "C" {
 ZEBX_API int dbsOpenDatabase(CString data_directory, CString database_file, CString host_name);
 // Writes the database file and closes. Files that were created are the host's to close.
 ZEBX_API void dbsCloseDatabase();
-// Writes the database file. 0 also without disks. A save that fails leaves the file as it was.
+// Writes the database file. 0 also without disks. A save that fails leaves the file as it was. Mode
+// and owner of the file stay, and where a link to it stands, so does that.
 ZEBX_API int dbsSaveDatabase();
 
 // Adds a disk; its path is lower-cased in the caller's record. The first disk of an empty list
@@ -66,7 +67,9 @@ ZEBX_API int dbsGetWorkHddFreeSpace();
 ZEBX_API int dbsCheckWorkHDD(DWORD* free);
 // Chooses a disk with room, or deletes the oldest day of the disks that recycle and chooses the
 // disk where that made room; each deleted day is sent to the host window (ZEBX_MSG_DATE_DELETED).
-// 0, 1 with no working disk any more when nothing could be done, -1 without disks.
+// Inside of that message the disk list stays as it is: opening, adding, removing and changing a
+// disk answer 0, and closing the database does nothing. Everything else may be called. 0, 1 with no
+// working disk any more when nothing could be done, -1 without disks.
 ZEBX_API int dbsChangeWorkDir();
 // Only kept: no function reads it. Below 50 is refused.
 ZEBX_API DWORD dbsGetOnceDelSpace();
@@ -77,8 +80,9 @@ ZEBX_API int dbsSetOnceDelSpace(DWORD space);
 // dbsCloseZebFile. On failure `*file` is null.
 ZEBX_API int dbsCreateZebFile(CZebFile** file, CZebFileInfo* header);
 ZEBX_API int dbsCreateZebAlarmFile(CZebFile** file, CZebFileInfo* header);
-// Finishes the file and destroys the object, whether a database is open or not. Throws
-// CFileException when the disk refuses the last bytes; the object is destroyed all the same.
+// Finishes the file and destroys the object, whether a database is open or not. 0 when the disk
+// refuses the last bytes, without which the recording is not finished; the object is destroyed all
+// the same.
 ZEBX_API int dbsCloseZebFile(CZebFile* file);
 
 // A directory of the working disk for one kind of files, made when it does not exist; time 0 is

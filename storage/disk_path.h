@@ -3,24 +3,24 @@
 
 #include <algorithm>
 
+#include "platform/framework/letter_case.h"
 #include "platform/framework/types.h"
 
 namespace zebx {
 
-// The length of a drive root such as d:\.
-inline constexpr std::size_t kDriveRootChars = 3;
-
-// Letters outside of ASCII stay.
 inline CString MakeLower(CString text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-  });
+  std::transform(text.begin(), text.end(), text.begin(), LowerCase);
   return text;
 }
 
-// The path's first three characters; empty when it is shorter.
+// The path's first three characters, such as d:\, with a backslash also where a slash stands: both
+// are one drive. Empty when the path is shorter.
 inline CString DriveRoot(const CString& path) {
-  return path.size() < kDriveRootChars ? CString() : path.substr(0, kDriveRootChars);
+  constexpr std::size_t kRootChars = 3;
+  if (path.size() < kRootChars) return {};
+  CString root = path.substr(0, kRootChars);
+  if (root.back() == '/') root.back() = '\\';
+  return root;
 }
 
 }  // namespace zebx

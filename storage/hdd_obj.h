@@ -55,7 +55,8 @@ class ZEBX_API CHddObj : public CObject {
   int Create(tag_HDDPARAM* param);
   // Create, but only for a path on the drive where the disk already is; else 0.
   int ChangeBaseDir(tag_HDDPARAM* param);
-  // 1 when the path is on this disk's drive: equal first three characters but for case.
+  // 1 when the path is on this disk's drive: equal drive letters, d:\ and
+  // D:/ alike.
   int operator==(const CString& path) const;
 
   // The drive root, such as d:\; empty without a base directory.
@@ -89,6 +90,9 @@ class ZEBX_API CHddObj : public CObject {
   CString GetVideoDir();
   CString GetRemoteVideoDir();
   CString GetPictureDir();
+
+  // A link in a day's place is no day to any of the operations of this class: none is made or found
+  // behind it, and it is neither listed nor deleted.
 
   // The directory of one kind of files of `name` (the recorder's host name for recordings) on the
   // day of `time`, 0 for now; every level that does not exist is made, and a new day joins the
@@ -151,15 +155,18 @@ class ZEBX_API CHddObj : public CObject {
   // The first local date later than `after` (0: the oldest of all). 1, or 0 with date 0.
   int FindOldestDir(DWORD& date, DWORD after) const;
   // Deletes a directory below the root of a drive with everything in it, links as such; any other
-  // path fails untouched. `freed_bytes` (modulo 2^32) counts the files deleted, also when the first
-  // entry that cannot be deleted ends it. 1, or 0.
+  // path, and a link to a directory, fails untouched. `freed_bytes` (modulo 2^32) counts the files
+  // deleted, also when the first entry that cannot be deleted ends it. 1, or 0.
   static int DeleteDir(const CString& directory, DWORD& freed_bytes);
   // Takes the day out of the local dates, then deletes its directory. 1 when anything was freed,
   // although files may have stayed: the next Refresh brings such a day back. Else 0.
   int DeleteDate(DWORD date, DWORD& freed_bytes);
 
   // Appends the headers of the files that the criteria in `info` ask for. No error is reported:
-  // what cannot be read is not found, nor is a file with a backslash in its name.
+  // what cannot be read is not found, nor is a file with a backslash in its name. The days of a
+  // range are 24 hours apart: behind a day of 25 hours that day is searched twice, and behind
+  // either change of the clocks the last day of the range is not searched. Who wants every calendar
+  // day once searches by date, day by day.
   void SearchFile(CFileSearchInfo* info);
   // Appends the recordings in `directory` that had not ended at the moment in the criteria.
   static void SearchVideoFileByTime(CFileSearchInfo* info, const CString& directory);
@@ -182,7 +189,6 @@ class ZEBX_API CHddObj : public CObject {
   CString MakeDirs(CTime time, std::span<const CString> levels);
   CString MakeLeafDir(const CString& name, CTime time, tag_ZEBFILETYPE type);
   CString FindLeafDir(const CString& name, CTime time, tag_ZEBFILETYPE type) const;
-  static void LoadDates(CDWordArray& dates, const CString& directory);
 
   int m_recycle = 0;
   CString m_base_dir;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <optional>
 #include <span>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "image/image.h"
@@ -54,9 +56,31 @@ DirectoryGetter DirectoryOfKind(std::span<const KindDirectory> kinds,
   return &CHddObj::GetVideoDirInfo;
 }
 
-// Days are compared as signed numbers.
-LONGLONG DayNumber(CTime time) {
-  return static_cast<LONG>(MidnightOf(time).GetTime());
+// The names of the days of a disk, in lower case; nothing when the disk does not tell them all.
+using DayNames = std::unordered_set<CString>;
+std::optional<DayNames> DaysOn(const CString& base_dir) {
+  DayNames days;
+  const auto keep = [&days](std::string_view name, bool is_directory) {
+    if (is_directory && ParseDayDirectoryName(name)) days.insert(MakeLower(CString(name)));
+  };
+  if (!CurrentFileSystem().List(base_dir, keep)) return std::nullopt;
+  return days;
+}
+
+// Hands `step` a moment of every day in the range that the disk has, in one listing of the disk
+// instead of a question for every day since the range began.
+template <typename Step>
+void ForEachDay(const CString& base_dir, LONGLONG first_day, LONGLONG last_day, Step&& step) {
+  if (first_day > last_day) return;
+  const auto days = DaysOn(base_dir);
+  // Steps of 24 hours on purpose, which hosts allow for: behind a day of 25 hours each step is at
+  // 23:00 of the day before, behind one of 23 hours at 01:00.
+  for (LONGLONG day = first_day; day <= last_day; day += kSecondsPerDay) {
+    // The day that 1970 began in is that of its first moment.
+    const bool is_before_1970 = day < 0 && day > -kSecondsPerDay;
+    const CTime moment(is_before_1970 ? 0 : static_cast<DWORD>(day));
+    if (!days || days->contains(DayDirectoryName(moment))) step(moment);
+  }
 }
 
 // Hands every file that the pattern matches to `step`, with whether it is the last entry of all,
@@ -185,13 +209,9 @@ void CHddObj::SearchFile(CFileSearchInfo* info) {
   if (criteria.GetDate(date) != 0) {
     search_day(CTime(date));
   } else if (criteria.GetBeginTime(begin) != 0) {
-    LONGLONG last_day = DayNumber(CTime::GetCurrentTime());
-    if (criteria.GetEndTime(end) != 0) last_day = std::min(last_day, DayNumber(end));
-    // Steps of 24 hours on purpose, which hosts allow for: behind a day of 25 hours each step is at
-    // 23:00 of the day before, behind one of 23 hours at 01:00.
-    for (LONGLONG day = DayNumber(begin); day <= last_day; day += kSecondsPerDay) {
-      search_day(CTime(static_cast<DWORD>(day)));
-    }
+    LONGLONG last_day = SignedMidnightOf(CTime::GetCurrentTime());
+    if (criteria.GetEndTime(end) != 0) last_day = std::min(last_day, SignedMidnightOf(end));
+    ForEachDay(m_base_dir, SignedMidnightOf(begin), last_day, search_day);
   } else if (criteria.GetTimeBegin(moment) != 0) {
     const CString directory = (this->*DirectoryOfKind(kKindsOfMoment, criteria))(host, moment);
     if (!directory.empty()) SearchVideoFileByTime(info, directory);

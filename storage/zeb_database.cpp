@@ -1,14 +1,15 @@
 #include "storage/zeb_database.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
+#include <utility>
 
 #include "record/zeb_file.h"
 #include "storage/disk_path.h"
 #include "storage/file_search_info.h"
 #include "storage/hdd_obj.h"
-#include "storage/working_disk.h"
+#include "storage/recording_name.h"
+#include "storage/recycling.h"
 
 using namespace zebx;
 
@@ -19,16 +20,11 @@ namespace {
 constexpr DWORD kDefaultOnceDeleteMb = 100;
 constexpr DWORD kMinOnceDeleteMb = 50;
 
-// Opens the recording for writing in the directory, named after its camera and begin time.
-std::unique_ptr<CZebFile> CreateRecording(const CString& directory, const char* prefix,
+// Opens the recording for writing in the directory.
+std::unique_ptr<CZebFile> CreateRecording(const CString& directory, const CString& name,
                                           CZebFileInfo& info) {
   if (directory.empty()) return nullptr;
-  const tag_ZEBCAMERAID camera = info.GetCameraID();
-  char numbers[16];
-  static_cast<void>(
-      std::snprintf(numbers, sizeof(numbers), "%2.2d%2.2d", camera.m_board, camera.m_camera));
-  info.SetFileName(directory + "\\" + prefix + numbers +
-                   info.GetBeginTime().Format("%y%m%d%H%M%S") + ".zebz");
+  info.SetFileName(directory + "\\" + name);
   auto file = std::make_unique<CZebFile>();
   return file->Open(&info, kZebFileWrite) != 0 ? std::move(file) : nullptr;
 }
@@ -57,7 +53,7 @@ int CZebDatabase::SearchFile(CFileSearchInfo* info) {
 }
 
 int CZebDatabase::AddHDD(tag_HDDPARAM* param) {
-  if (param == nullptr) return 0;
+  if (param == nullptr || m_is_choosing) return 0;
   param->m_path = MakeLower(param->m_path);
   if (FindOnDrive(param->m_path) != nullptr || AppendDisk(param) == nullptr) return 0;
   if (m_disks.GetCount() == 1) m_working_disk = DriveRoot(param->m_path);
@@ -72,7 +68,7 @@ CHddObj* CZebDatabase::AppendDisk(tag_HDDPARAM* param) {
 }
 
 int CZebDatabase::ChangeBaseDir(tag_HDDPARAM* param) {
-  CHddObj* disk = param != nullptr ? FindOnDrive(param->m_path) : nullptr;
+  CHddObj* disk = param != nullptr && !m_is_choosing ? FindOnDrive(param->m_path) : nullptr;
   return disk != nullptr ? disk->ChangeBaseDir(param) : 0;
 }
 
@@ -89,6 +85,7 @@ int CZebDatabase::RemoveHDD(const CString& path) {
 }
 
 std::unique_ptr<CHddObj> CZebDatabase::TakeOut(const CHddObj* disk) {
+  if (m_is_choosing) return nullptr;
   const auto entry = std::find(m_disks.begin(), m_disks.end(), disk);
   if (entry == m_disks.end()) return nullptr;
   std::unique_ptr<CHddObj> taken(static_cast<CHddObj*>(*entry));
@@ -125,7 +122,7 @@ int CZebDatabase::GetHDDSpace(int index, DWORD& total, DWORD& used, DWORD& free)
 
 DWORD CZebDatabase::GetWorkHDDFreeSpace() const {
   DWORD total = 0, used = 0, free = 0;
-  if (m_working_disk.size() < kDriveRootChars) return 0;
+  if (DriveRoot(m_working_disk).empty()) return 0;
   return CHddObj::GetHDDSpace(m_working_disk, total, used, free) != 0 ? free : 0;
 }
 
@@ -134,7 +131,10 @@ int CZebDatabase::CheckWorkHDD(DWORD& free_mb) const {
 }
 
 int CZebDatabase::ChangeWorkDir() {
-  return ChooseWorkingDisk(m_disks, m_host_window, m_working_disk);
+  const bool is_nested = std::exchange(m_is_choosing, true);
+  const int chosen = ChooseWorkingDisk(m_disks, m_host_window, m_working_disk);
+  m_is_choosing = is_nested;
+  return chosen;
 }
 
 int CZebDatabase::SetOnceDelSpace(DWORD space_mb) {
@@ -147,11 +147,12 @@ std::unique_ptr<CZebFile> CZebDatabase::CreateZebFile(CZebFileInfo& info) const 
   CHddObj* disk = GetWorkHDD();
   if (disk == nullptr) return nullptr;
   const CString directory = disk->GetVideoDir(info.GetHostName(), CTime());
-  return CreateRecording(directory, info.IsClip() != 0 ? "cc" : "c", info);
+  return CreateRecording(directory, RecordingName(info), info);
 }
 
 std::unique_ptr<CZebFile> CZebDatabase::CreateZebAlarmFile(CZebFileInfo& info) const {
   CHddObj* disk = GetWorkHDD();
   if (disk == nullptr) return nullptr;
-  return CreateRecording(disk->GetAlarmDir(info.GetHostName(), CTime()), "ca", info);
+  return CreateRecording(disk->GetAlarmDir(info.GetHostName(), CTime()), AlarmRecordingName(info),
+                         info);
 }

@@ -44,7 +44,7 @@ class CZebDatabase : public CObject {
   // file then holds what it held before.
   void Close();
   // Writes the database file: 1, or 0 without disks or a file name, and when it cannot be written;
-  // then the file is the one from before.
+  // then the file is the one from before. Its mode and owner stay, and a link to it does.
   int Save();
 
   // Takes another disk into the list, its path lower-cased in the caller's record. 1, or 0 for a
@@ -65,14 +65,17 @@ class CZebDatabase : public CObject {
   // The position of the disk with this name, drive included, matching case; -1 when there is none.
   int FindHDD(const CString& name) const;
 
-  // The space of the disk at `index` in MB. 1, or 0: only the first disk is ever answered, which
-  // hosts have come to rely on.
+  // The space of the disk at `index` in MB. 1, or 0: only the first disk is ever answered, on
+  // purpose.
   int GetHDDSpace(int index, DWORD& total, DWORD& used, DWORD& free) const;
   // The free space of the working disk's drive in MB; 0 when it is not known.
   DWORD GetWorkHDDFreeSpace() const;
   // CheckWorkingDisk and ChooseWorkingDisk of this list.
   int CheckWorkHDD(DWORD& free_mb) const;
   int ChangeWorkDir();
+  // While ChangeWorkDir sends messages to the host window the list does not change: AddHDD,
+  // ChangeBaseDir, RemoveHDD and Close are refused.
+  bool IsChoosing() const { return m_is_choosing; }
 
   // MB; only kept. 1, or 0 with the old value for less than 50.
   DWORD GetOnceDelSpace() const { return m_once_delete_mb; }
@@ -97,7 +100,6 @@ class CZebDatabase : public CObject {
   CHddObj* AppendDisk(tag_HDDPARAM* param);
   // The first disk on the drive of a path, borrowed; null when there is none.
   CHddObj* FindOnDrive(const CString& path) const;
-  bool WriteFile(const CString& path) const;
   std::unique_ptr<CHddObj> TakeOut(const CHddObj* disk);
 
   HWND m_host_window = nullptr;
@@ -106,6 +108,7 @@ class CZebDatabase : public CObject {
   CString m_data_directory;
   CString m_host_name;
   CString m_database_file;
+  bool m_is_choosing = false;
   CObList m_disks;                          // of CHddObj, owned, none null
   std::unique_ptr<CHddObj> m_refused_disk;  // taken out by a removal that answered 0
 };

@@ -1,6 +1,5 @@
 #include "platform/framework/file_find.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -10,29 +9,6 @@ namespace {
 
 constexpr std::string_view kEverything = "*.*";
 constexpr std::string_view kSeparators = "\\/";
-
-char LowerCase(char character) {
-  return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                              : character;
-}
-
-bool IsDotName(std::string_view name) {
-  return name == "." || name == "..";
-}
-
-// Names that differ in case alone go by their bytes, so that the order does not depend on the
-// disk's own.
-bool GoesBefore(std::string_view a, std::string_view b) {
-  const bool a_is_dots = IsDotName(a);
-  const bool b_is_dots = IsDotName(b);
-  if (a_is_dots != b_is_dots) return a_is_dots;
-  const auto [in_a, in_b] =
-      std::mismatch(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return LowerCase(x) == LowerCase(y); });
-  if (in_a != a.end() && in_b != b.end()) return LowerCase(*in_a) < LowerCase(*in_b);
-  if (a.size() != b.size()) return a.size() < b.size();
-  return a < b;
-}
 
 bool IsOnDrive(std::string_view path) {
   return path.size() >= 2 && path[1] == ':';
@@ -61,14 +37,10 @@ int CFileFind::FindFile(const CString& pattern) {
   m_next = 0;
   auto directory = DirectoryOf(pattern);
   if (!directory) return FindOne(pattern);
-  const auto keep = [this](std::string_view name, bool is_directory) {
-    m_entries.push_back({CString(name), is_directory});
-  };
-  if (!CurrentFileSystem().List(*directory, keep)) m_entries.clear();
-  if (m_entries.empty()) return 0;
+  auto entries = ListByName(CurrentFileSystem(), *directory);
+  if (!entries || entries->empty()) return 0;
+  m_entries = std::move(*entries);
   m_directory = std::move(*directory);
-  std::sort(m_entries.begin(), m_entries.end(),
-            [](const Entry& a, const Entry& b) { return GoesBefore(a.m_name, b.m_name); });
   return 1;
 }
 
@@ -88,8 +60,8 @@ int CFileFind::FindNextFile() {
   return m_next < m_entries.size() ? 1 : 0;
 }
 
-const CFileFind::Entry& CFileFind::Current() const {
-  static const Entry kNone;
+const DirectoryEntry& CFileFind::Current() const {
+  static const DirectoryEntry kNone;
   return m_next > 0 ? m_entries[m_next - 1] : kNone;
 }
 

@@ -3,8 +3,8 @@
 
 #include <vector>
 
+#include "platform/framework/directory_listing.h"
 #include "platform/framework/export.h"
-#include "platform/framework/file_system.h"
 #include "platform/framework/time.h"
 
 // As the operating system's finder goes: FindFile makes the finder ready, and each FindNextFile
@@ -16,7 +16,7 @@
 //     ... finder.GetFileName() ...
 //   }
 //
-// Entries come sorted by name without regard to case, "." and ".." first. Finding is one read of
+// Entries come in the order of ListByName. Finding is one read of
 // the directory; length, time and read-only mark cost a question to the disk each time they are
 // asked for. A symbolic link found inside a directory is not followed: it counts as a file. Used by
 // one thread at a time.
@@ -46,15 +46,10 @@ class ZEBX_API CFileFind {
   bool IsReadOnly() const;
 
  private:
-  struct Entry {
-    CString m_name;
-    bool m_is_directory = false;
-  };
-
   int FindOne(CString path);
-  const Entry& Current() const;
+  const zebx::DirectoryEntry& Current() const;
 
   CString m_directory;  // with its trailing separator
-  std::vector<Entry> m_entries;
+  std::vector<zebx::DirectoryEntry> m_entries;
   std::size_t m_next = 0;  // the entry that FindNextFile moves to
 };

@@ -1,5 +1,5 @@
-// The port through which CFile reaches the operating system's files. platform/os implements it;
-// a test puts its own in front to make the n-th call fail.
+// The one door to the disk: the port through which everything reaches files and directories.
+// platform/os implements it; a test puts its own in front to make the n-th call fail.
 #pragma once
 
 #include <functional>
@@ -18,6 +18,7 @@ struct FileOpenMode {
   bool m_read = false;
   bool m_write = false;
   bool m_create = false;     // make the file when it does not exist
+  bool m_new = false;        // with m_create: fail when there is a file, or anything, already
   bool m_truncate = false;   // empty it when it does
   bool m_exclusive = false;  // nobody else may have it open meanwhile
 };
@@ -51,18 +52,33 @@ using DirectoryVisitor = std::function<void(std::string_view name, bool is_direc
 struct FileStatus {
   bool m_is_directory = false;
   bool m_is_read_only = false;  // the owner may not write it
+  bool m_is_link = false;       // told by LinkStatus alone
   ULONGLONG m_length = 0;       // bytes; 0 for a directory
   DWORD m_write_time = 0;       // of the last write, seconds since 1970
 };
 
+// How much room a disk has, in bytes.
+struct DiskSpace {
+  ULONGLONG m_available_bytes = 0;  // to the caller
+  ULONGLONG m_total_bytes = 0;
+  ULONGLONG m_free_bytes = 0;
+};
+
+// Paths are library paths, or the file system's own as RealPath gives them. A path with a zero byte
+// leads to nothing.
 class ZEBX_API FileSystem {
  public:
   virtual ~FileSystem();
 
-  // Opens the file at a library path. Throws CFileException.
+  // Opens the file at a path. Throws CFileException.
   virtual std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) = 0;
   // The absolute form of a path, without touching the disk.
   virtual CString FullPath(const CString& path) = 0;
+  // The file system's own path of the same file or directory, symbolic links followed: no drive
+  // letter, slashes between names, in which a backslash is a letter like others. What does not
+  // exist is taken as spelled. Nothing when there is no such drive.
+  virtual std::optional<CString> RealPath(const CString& path) = 0;
+
   // Shows the entries of a directory, "." and ".." included, in no particular order. False when it
   // is not a directory that can be read to its end; some entries may have been shown then. One read
   // of the directory: no entry is looked at. A symbolic link is no directory here, whatever it
@@ -70,8 +86,29 @@ class ZEBX_API FileSystem {
   virtual bool List(const CString& path, const DirectoryVisitor& visit) = 0;
   // Nothing when there is no such file or directory. Of a symbolic link, what it leads to.
   virtual std::optional<FileStatus> Status(const CString& path) = 0;
+  // The same of a symbolic link itself: no directory, of length 0.
+  virtual std::optional<FileStatus> LinkStatus(const CString& path) = 0;
   // True when both paths lead to one existing file.
   virtual bool IsSameFile(const CString& path, const CString& other) = 0;
+
+  // Makes one directory; its parent must exist. False when anything is there already, or it cannot
+  // be made.
+  virtual bool MakeDirectory(const CString& path) = 0;
+  // Removes an empty directory. False when it stays: it is not empty, or the root of a drive.
+  virtual bool RemoveDirectory(const CString& path) = 0;
+  // Deletes a file; a symbolic link goes as such, whatever it leads to, and a pipe or socket goes
+  // like a link. False with the file left alone when it does not exist, is of another kind, has no
+  // owner write permission, or is open (or may be: the disk does not answer that question). The
+  // length of what was deleted, 0 for a link, becomes `*length_bytes` when that is not null.
+  virtual bool DeleteFile(const CString& path, ULONGLONG* length_bytes) = 0;
+  // Puts the file at `replacement` in the place of the one at `path`, which need not exist: with
+  // its mode and owner, and through a symbolic link. Both on one disk. At every moment, also after
+  // the power fails, the place holds the old file or the new one whole. Throws CFileException, with
+  // both left in their places.
+  virtual void Replace(const CString& path, const CString& replacement) = 0;
+
+  // Of the disk that the path is on; nothing when the path does not exist.
+  virtual std::optional<DiskSpace> Space(const CString& path) = 0;
 };
 
 // The operating system's files. Defined by platform/os.

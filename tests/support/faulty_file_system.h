@@ -1,4 +1,4 @@
-// A file system that fails on request: a test double in front of the native one.
+// A file system that fails on request: a test double in front of the one in force.
 #pragma once
 
 #include <algorithm>
@@ -13,24 +13,48 @@
 #include "platform/framework/file_exception.h"
 #include "platform/framework/file_system.h"
 
-// Counts the calls that CFile makes and lets them through until told to fail. It puts itself in
-// force when constructed and the native file system when destroyed; one at a time, and no file
-// opened through it may outlive it. Plans may be changed while files are open.
+// Counts the calls that go through it and lets them through until told to fail. It puts itself in
+// force when constructed and the file system before it when destroyed, to which it passes the calls
+// on; no file opened through it may outlive it. Plans may be changed while files are open.
 class FaultyFileSystem final : public zebx::FileSystem {
  public:
-  // Kinds of calls, to be ORed where a plan takes several.
-  enum Call : unsigned { kOpen = 1, kRead = 2, kWrite = 4, kLength = 8, kResize = 16, kClose = 32 };
+  // Kinds of calls, to be ORed where a plan takes several: those of CFile, and those on directories
+  // and whole files.
+  enum Call : unsigned {
+    kOpen = 1,
+    kRead = 2,
+    kWrite = 4,
+    kLength = 8,
+    kResize = 16,
+    kClose = 32,
+    kList = 64,
+    kStatus = 128,
+    kRealPath = 256,
+    kMakeDirectory = 512,
+    kRemoveDirectory = 1024,
+    kDelete = 2048,
+    kReplace = 4096,
+    kSpace = 8192
+  };
   static constexpr unsigned kAnyCall = 63;
+  static constexpr unsigned kEveryCall = 16383;
+  // What changes the disk.
+  static constexpr unsigned kChanges =
+      kOpen | kWrite | kResize | kMakeDirectory | kRemoveDirectory | kDelete | kReplace;
 
   FaultyFileSystem() { zebx::SetFileSystem(this); }
-  ~FaultyFileSystem() override { zebx::SetFileSystem(nullptr); }
+  ~FaultyFileSystem() override { zebx::SetFileSystem(&m_disk); }
   FaultyFileSystem(const FaultyFileSystem&) = delete;
   FaultyFileSystem& operator=(const FaultyFileSystem&) = delete;
 
   // From now on the n-th call (counted from 1) of the given kinds throws. A write that does so puts
   // at most `prefix_bytes` of its bytes on disk first.
   void FailCall(unsigned kinds, std::uint64_t n, std::size_t prefix_bytes = 0) {
-    m_plan = {kinds, n, prefix_bytes};
+    m_plan = {kinds, n, prefix_bytes, false};
+  }
+  // The n-th such call fails, and every call of any kind behind it: the power is cut.
+  void CutPowerAt(unsigned kinds, std::uint64_t n, std::size_t prefix_bytes = 0) {
+    m_plan = {kinds, n, prefix_bytes, true};
   }
   // The disk takes `bytes` more and is full then: the write that does not fit puts down what fits
   // and throws, as every later one does.
@@ -44,27 +68,56 @@ class FaultyFileSystem final : public zebx::FileSystem {
   // question.
   void OverstateLengths(std::uint64_t bytes) { m_overstated_bytes = bytes; }
   // Everything works again.
-  void Heal() { FillDiskAfter(kNoLimit); }
+  void Heal() {
+    FillDiskAfter(kNoLimit);
+    m_is_dead = false;
+  }
 
-  // Calls made so far, failed ones included, and how many were made to throw.
+  // Calls of CFile's kinds and of every kind made so far, failed ones included, and how many were
+  // made to fail.
   std::uint64_t Calls() const { return m_calls; }
+  std::uint64_t CallsOfEveryKind() const { return m_calls_of_every_kind; }
   std::uint64_t Writes() const { return m_writes; }
   std::uint64_t Failures() const { return m_failures; }
 
   std::unique_ptr<zebx::FileHandle> Open(const CString& path,
                                          const zebx::FileOpenMode& mode) override {
     PassOrFail(kOpen);
-    return std::make_unique<Handle>(*this, zebx::NativeFileSystem().Open(path, mode));
+    return std::make_unique<Handle>(*this, m_disk.Open(path, mode));
   }
-  CString FullPath(const CString& path) override { return zebx::NativeFileSystem().FullPath(path); }
+  CString FullPath(const CString& path) override { return m_disk.FullPath(path); }
+  std::optional<CString> RealPath(const CString& path) override {
+    return Passes(kRealPath) ? m_disk.RealPath(path) : std::nullopt;
+  }
+  // A listing that fails has shown everything but its end.
   bool List(const CString& path, const zebx::DirectoryVisitor& visit) override {
-    return zebx::NativeFileSystem().List(path, visit);
+    const bool is_whole = Passes(kList);
+    return m_disk.List(path, visit) && is_whole;
   }
   std::optional<zebx::FileStatus> Status(const CString& path) override {
-    return zebx::NativeFileSystem().Status(path);
+    return Passes(kStatus) ? m_disk.Status(path) : std::nullopt;
+  }
+  std::optional<zebx::FileStatus> LinkStatus(const CString& path) override {
+    return Passes(kStatus) ? m_disk.LinkStatus(path) : std::nullopt;
   }
   bool IsSameFile(const CString& path, const CString& other) override {
-    return zebx::NativeFileSystem().IsSameFile(path, other);
+    return Passes(kStatus) && m_disk.IsSameFile(path, other);
+  }
+  bool MakeDirectory(const CString& path) override {
+    return Passes(kMakeDirectory) && m_disk.MakeDirectory(path);
+  }
+  bool RemoveDirectory(const CString& path) override {
+    return Passes(kRemoveDirectory) && m_disk.RemoveDirectory(path);
+  }
+  bool DeleteFile(const CString& path, ULONGLONG* length_bytes) override {
+    return Passes(kDelete) && m_disk.DeleteFile(path, length_bytes);
+  }
+  void Replace(const CString& path, const CString& replacement) override {
+    PassOrFail(kReplace);
+    m_disk.Replace(path, replacement);
+  }
+  std::optional<zebx::DiskSpace> Space(const CString& path) override {
+    return Passes(kSpace) ? m_disk.Space(path) : std::nullopt;
   }
 
  private:
@@ -75,6 +128,7 @@ class FaultyFileSystem final : public zebx::FileSystem {
     unsigned m_kinds = 0;
     std::uint64_t m_calls_to_go = 0;
     std::size_t m_prefix_bytes = 0;
+    bool m_is_power_cut = false;
   };
 
   class Handle final : public zebx::FileHandle {
@@ -89,7 +143,7 @@ class FaultyFileSystem final : public zebx::FileSystem {
     void WriteAt(ULONGLONG offset, Pieces pieces) override {
       ++m_owner.m_writes;
       if (m_owner.ShallFail(kWrite)) {
-        WritePrefix(offset, pieces, m_owner.m_plan.m_prefix_bytes);
+        WritePrefix(offset, pieces, std::exchange(m_owner.m_plan.m_prefix_bytes, 0));
         m_owner.Fail(CFileException::Cause::kHardIo);
       }
       std::uint64_t bytes = 0;
@@ -130,8 +184,12 @@ class FaultyFileSystem final : public zebx::FileSystem {
   };
 
   bool ShallFail(Call kind) {
-    ++m_calls;
-    return (m_plan.m_kinds & kind) != 0 && m_plan.m_calls_to_go-- == 1;
+    if ((kind & kAnyCall) != 0) ++m_calls;
+    ++m_calls_of_every_kind;
+    if (m_is_dead) return true;
+    const bool is_due = (m_plan.m_kinds & kind) != 0 && m_plan.m_calls_to_go-- == 1;
+    m_is_dead = is_due && m_plan.m_is_power_cut;
+    return is_due;
   }
   [[noreturn]] void Fail(CFileException::Cause cause) {
     ++m_failures;
@@ -141,11 +199,20 @@ class FaultyFileSystem final : public zebx::FileSystem {
     if (ShallFail(kind)) Fail(CFileException::Cause::kHardIo);
   }
 
+  bool Passes(Call kind) {
+    if (!ShallFail(kind)) return true;
+    ++m_failures;
+    return false;
+  }
+
+  zebx::FileSystem& m_disk = zebx::CurrentFileSystem();
   Plan m_plan;
+  bool m_is_dead = false;
   std::uint64_t m_free_bytes = kNoLimit;
   std::uint64_t m_skipped_bytes = kNoLimit;
   std::uint64_t m_overstated_bytes = 0;
   std::uint64_t m_calls = 0;
+  std::uint64_t m_calls_of_every_kind = 0;
   std::uint64_t m_writes = 0;
   std::uint64_t m_failures = 0;
 };

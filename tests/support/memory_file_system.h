@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,9 +13,12 @@
 
 #include "platform/framework/file_exception.h"
 #include "platform/framework/file_system.h"
+#include "platform/framework/letter_case.h"
+#include "platform/os/files/drives.h"
 
 // In force from its construction to its end, when the one before it is again. No file opened
-// through it may outlive it. Paths are plain names, without directories.
+// through it may outlive it. On the drives that are mounted there are directories, in lower case;
+// any other path is a plain name.
 class MemoryFileSystem final : public zebx::FileSystem {
  public:
   MemoryFileSystem() { zebx::SetFileSystem(this); }
@@ -22,42 +26,143 @@ class MemoryFileSystem final : public zebx::FileSystem {
   MemoryFileSystem(const MemoryFileSystem&) = delete;
   MemoryFileSystem& operator=(const MemoryFileSystem&) = delete;
 
+  // Directories on the way are made.
   void Put(const std::string& path, std::string_view bytes) {
-    m_files[path] = std::make_shared<Bytes>(bytes.begin(), bytes.end());
+    const std::string key = *KeyOf(path);
+    for (std::string at = ParentOf(key); at.size() > kRootBytes; at = ParentOf(at)) {
+      m_directories.insert(at);
+    }
+    m_files[key] = std::make_shared<Bytes>(bytes.begin(), bytes.end());
   }
   std::string Get(const std::string& path) const {
-    const auto found = m_files.find(path);
+    const auto found = m_files.find(*KeyOf(path));
     if (found == m_files.end()) return {};
     return {found->second->begin(), found->second->end()};
   }
-  bool Has(const std::string& path) const { return m_files.contains(path); }
+  bool Has(const std::string& path) const { return m_files.contains(*KeyOf(path)); }
+  void SetFreeBytes(ULONGLONG bytes) { m_free_bytes = bytes; }
+  // From now on nothing can be made, deleted or renamed, although files can be written.
+  void ForbidChangesOfDirectories() { m_are_directories_fixed = true; }
+  // Every path and the bytes behind it; directories have none.
+  std::map<std::string, std::string> Everything() const {
+    std::map<std::string, std::string> all;
+    for (const std::string& directory : m_directories) all[directory] = {};
+    for (const auto& [path, bytes] : m_files) all[path].assign(bytes->begin(), bytes->end());
+    return all;
+  }
 
   std::unique_ptr<zebx::FileHandle> Open(const CString& path,
                                          const zebx::FileOpenMode& mode) override {
-    auto found = m_files.find(path);
+    using Cause = CFileException::Cause;
+    const auto key = KeyOf(path);
+    if (!key || IsDirectory(*key)) throw CFileException(Cause::kAccessDenied, 0, path);
+    auto found = m_files.find(*key);
     if (found == m_files.end()) {
-      if (!mode.m_create) throw CFileException(CFileException::Cause::kFileNotFound, 0, path);
-      found = m_files.emplace(path, std::make_shared<Bytes>()).first;
+      if (!mode.m_create) throw CFileException(Cause::kFileNotFound, 0, path);
+      if (!IsDirectory(ParentOf(*key))) throw CFileException(Cause::kBadPath, 0, path);
+      if (m_are_directories_fixed) throw CFileException(Cause::kAccessDenied, 0, path);
+      found = m_files.emplace(*key, std::make_shared<Bytes>()).first;
+    } else if (mode.m_new) {
+      throw CFileException(Cause::kGeneric, 0, path);
     }
     if (mode.m_truncate) found->second->clear();
     return std::make_unique<Handle>(found->second);
   }
   CString FullPath(const CString& path) override { return path; }
-  // There are no directories.
-  bool List(const CString&, const zebx::DirectoryVisitor&) override { return false; }
-  std::optional<zebx::FileStatus> Status(const CString& path) override {
-    const auto found = m_files.find(path);
-    if (found == m_files.end()) return std::nullopt;
-    zebx::FileStatus status;
-    status.m_length = found->second->size();
-    return status;
+  std::optional<CString> RealPath(const CString& path) override { return KeyOf(path); }
+  bool List(const CString& path, const zebx::DirectoryVisitor& visit) override {
+    const auto key = KeyOf(path);
+    if (!key || key->empty() || !IsDirectory(*key)) return false;
+    visit(".", true);
+    visit("..", true);
+    for (const std::string& directory : m_directories) {
+      if (ParentOf(directory) == *key) visit(directory.substr(key->size() + 1), true);
+    }
+    for (const auto& [file, bytes] : m_files) {
+      if (ParentOf(file) == *key) visit(file.substr(key->size() + 1), false);
+    }
+    return true;
   }
+  std::optional<zebx::FileStatus> Status(const CString& path) override {
+    const auto key = KeyOf(path);
+    if (!key) return std::nullopt;
+    zebx::FileStatus status;
+    const auto found = m_files.find(*key);
+    if (found != m_files.end()) {
+      status.m_length = found->second->size();
+      return status;
+    }
+    status.m_is_directory = true;
+    return !key->empty() && IsDirectory(*key) ? std::optional(status) : std::nullopt;
+  }
+  std::optional<zebx::FileStatus> LinkStatus(const CString& path) override { return Status(path); }
   bool IsSameFile(const CString& path, const CString& other) override {
     return path == other && Has(path);
+  }
+  bool MakeDirectory(const CString& path) override {
+    const auto key = KeyOf(path);
+    return key && !m_are_directories_fixed && !m_files.contains(*key) && !IsDirectory(*key) &&
+           IsDirectory(ParentOf(*key)) && m_directories.insert(*key).second;
+  }
+  bool RemoveDirectory(const CString& path) override {
+    const auto key = KeyOf(path);
+    const auto is_inside = [&](const auto& entry) { return ParentOf(entry) == *key; };
+    return key && !m_are_directories_fixed &&
+           std::none_of(m_directories.begin(), m_directories.end(), is_inside) &&
+           std::none_of(m_files.begin(), m_files.end(),
+                        [&](const auto& file) { return is_inside(file.first); }) &&
+           m_directories.erase(*key) != 0;
+  }
+  bool DeleteFile(const CString& path, ULONGLONG* length_bytes) override {
+    const auto key = KeyOf(path);
+    const auto found = key ? m_files.find(*key) : m_files.end();
+    const bool is_open = found != m_files.end() && found->second.use_count() > 1;
+    if (found == m_files.end() || is_open || m_are_directories_fixed) return false;
+    if (length_bytes != nullptr) *length_bytes = found->second->size();
+    m_files.erase(found);
+    return true;
+  }
+  void Replace(const CString& path, const CString& replacement) override {
+    const auto key = KeyOf(path);
+    const auto found = m_files.find(KeyOf(replacement).value_or(""));
+    if (!key || IsDirectory(*key) || found == m_files.end() || m_are_directories_fixed) {
+      throw CFileException(CFileException::Cause::kAccessDenied, 0, path);
+    }
+    m_files[*key] = found->second;
+    m_files.erase(found);
+  }
+  std::optional<zebx::DiskSpace> Space(const CString& path) override {
+    constexpr ULONGLONG kTotalBytes = ULONGLONG{1} << 40;
+    if (!Status(path)) return std::nullopt;
+    return zebx::DiskSpace{m_free_bytes, kTotalBytes, m_free_bytes};
   }
 
  private:
   using Bytes = std::vector<BYTE>;
+
+  // A drive's root is such as "//d", and so is everything on it a path of its own.
+  static constexpr std::size_t kRootBytes = 3;
+
+  static std::optional<std::string> KeyOf(const CString& path) {
+    if (path.find('\0') != CString::npos) return std::nullopt;
+    if (path.size() < 2 || path[1] != ':') return path;
+    if (os::GetDriveType(path) == os::DriveKind::kNoRoot) return std::nullopt;
+    std::string key = "/";
+    for (const char letter : os::FullPath(path)) {
+      if (letter != ':') key += letter == '\\' ? '/' : zebx::LowerCase(letter);
+    }
+    key.insert(0, "/");
+    if (key.back() == '/') key.pop_back();
+    return key;
+  }
+  // Empty for a plain name.
+  static std::string ParentOf(const std::string& key) {
+    return key.starts_with("//") ? key.substr(0, key.rfind('/')) : std::string();
+  }
+  bool IsDirectory(const std::string& key) const {
+    const bool is_root = key.size() == kRootBytes && key.starts_with("//");
+    return key.empty() || is_root || m_directories.contains(key);
+  }
 
   class Handle final : public zebx::FileHandle {
    public:
@@ -88,4 +193,7 @@ class MemoryFileSystem final : public zebx::FileSystem {
 
   zebx::FileSystem& m_before = zebx::CurrentFileSystem();
   std::map<std::string, std::shared_ptr<Bytes>> m_files;
+  std::set<std::string> m_directories;
+  ULONGLONG m_free_bytes = ULONGLONG{1} << 40;
+  bool m_are_directories_fixed = false;
 };

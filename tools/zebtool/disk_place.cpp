@@ -1,7 +1,7 @@
 #include "tools/zebtool/disk_place.h"
 
 #include "storage/dbs.h"
-#include "storage/working_disk.h"
+#include "storage/recycling.h"
 #include "tools/zebtool/database_session.h"
 
 using namespace zebx;
@@ -51,7 +51,9 @@ std::unique_ptr<CZebFile> DiskPlace::Create(CZebFileInfo& header, std::size_t) {
 }
 
 void DiskPlace::Close(std::unique_ptr<CZebFile> file) {
-  dbsCloseZebFile(file.release());
+  if (dbsCloseZebFile(file.release()) == 0) {
+    throw JobError("the disk refuses the last bytes of a recording; 'zebtool salvage' finishes it");
+  }
 }
 
 bool DiskPlace::IsFileDue(ULONGLONG elapsed_ms) {

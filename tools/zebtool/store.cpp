@@ -6,7 +6,7 @@
 #include "platform/os/files/directories.h"
 #include "platform/os/files/drives.h"
 #include "storage/dbs.h"
-#include "storage/working_disk.h"
+#include "storage/recycling.h"
 #include "tools/zebtool/database_session.h"
 #include "tools/zebtool/json_writer.h"
 #include "tools/zebtool/store_report.h"
@@ -243,7 +243,7 @@ int Recycle(Arguments arguments, Console& console) {
     CObList disks;
     for (CHddObj* disk : database.Disks()) disks.AddTail(disk);
     const RecyclingForecast forecast = ForecastRecycling(disks);
-    for (const DoomedDay& doomed : forecast.m_days) {
+    for (const auto& doomed : forecast.m_days) {
       console.out << "would delete " << FormatDay(doomed.m_day) << " of "
                   << doomed.m_disk->GetDbsName() << ", " << Plural(doomed.m_bytes, "byte") << '\n';
     }

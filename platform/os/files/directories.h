@@ -1,4 +1,4 @@
-// Directories by name.
+// Directories by name, in the file system in force.
 #pragma once
 
 #include "platform/framework/export.h"

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <filesystem>
 #include <limits>
@@ -11,8 +10,13 @@
 #include <utility>
 #include <vector>
 
+#include "platform/framework/letter_case.h"
+
 namespace os {
 namespace {
+
+using zebx::EqualsIgnoringCase;
+using zebx::LowerCase;
 
 struct Drive {
   CString m_directory;
@@ -34,10 +38,6 @@ DriveTable& Table() {
   return table;
 }
 
-char LowerCase(char character) {
-  return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-}
-
 bool IsLetter(char character) {
   return LowerCase(character) >= 'a' && LowerCase(character) <= 'z';
 }
@@ -56,6 +56,10 @@ void SetDrive(char letter, Drive drive) {
   DriveTable& table = Table();
   const std::lock_guard lock(table.m_mutex);
   table.m_drives[static_cast<std::size_t>(LowerCase(letter) - 'a')] = std::move(drive);
+}
+
+bool HasZeroByte(const CString& path) {
+  return path.find('\0') != CString::npos;
 }
 
 // The components of a library path below its drive, `.` and `..` folded. Borrowed from the path.
@@ -86,12 +90,6 @@ CString Below(const Drive& drive, const std::vector<std::string_view>& component
     path += component;
   }
   return path;
-}
-
-bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return LowerCase(x) == LowerCase(y);
-         });
 }
 
 // The entry of `directory` that is called `name` but for its case; `name` itself when there is
@@ -172,7 +170,10 @@ std::optional<std::pair<char, Drive>> ParseMount(std::string_view entry) {
 }  // namespace
 
 int MountDrive(char letter, const CString& host_directory, DriveKind kind, ULONGLONG quota_bytes) {
-  if (!IsLetter(letter) || host_directory.empty() || kind == DriveKind::kNoRoot) return 0;
+  if (!IsLetter(letter) || host_directory.empty() || HasZeroByte(host_directory) ||
+      kind == DriveKind::kNoRoot) {
+    return 0;
+  }
   SetDrive(letter, {host_directory, kind, quota_bytes});
   return 1;
 }
@@ -202,7 +203,12 @@ ULONGLONG GetDriveQuota(const CString& path) {
   return HasDriveLetter(path) ? DriveOf(path[0]).m_quota_bytes : 0;
 }
 
+bool IsDriveRoot(const CString& path) {
+  return GetDriveType(path) != DriveKind::kNoRoot && Components(path).empty();
+}
+
 std::optional<CString> SpelledHostPath(const CString& path) {
+  if (HasZeroByte(path)) return std::nullopt;
   if (!HasDriveLetter(path)) return path;
   const Drive drive = DriveOf(path[0]);
   if (drive.m_kind == DriveKind::kNoRoot) return std::nullopt;
@@ -210,6 +216,7 @@ std::optional<CString> SpelledHostPath(const CString& path) {
 }
 
 std::optional<CString> HostPath(const CString& path) {
+  if (HasZeroByte(path)) return std::nullopt;
   if (!HasDriveLetter(path)) return path;
   const Drive drive = DriveOf(path[0]);
   if (drive.m_kind == DriveKind::kNoRoot) return std::nullopt;

@@ -2,7 +2,8 @@
 //
 // A library path is `d:\dvr\x.zebz`; its components are looked up without regard to case, an exact
 // match first, and `..` never leaves the drive. A path without a drive letter is the host's own and
-// passes through unchanged. `c:` stands for `/` unless mounted otherwise. Any thread may call.
+// passes through unchanged. `c:` stands for `/` unless mounted otherwise. A path with a zero byte
+// leads nowhere: the system would take what stands before it. Any thread may call.
 #pragma once
 
 #include <optional>
@@ -25,7 +26,7 @@ enum class DriveKind : UINT {
 
 // Puts a host directory behind a letter (A to Z in either case), replacing what was there. With a
 // quota other than 0 the drive is a disk of that many bytes to os::GetDiskFreeSpaceEx. 1, or 0 for
-// another character, an empty directory or the kind of no drive.
+// another character, an empty directory or one with a zero byte, or the kind of no drive.
 ZEBX_API int MountDrive(char letter, const CString& host_directory, DriveKind kind,
                         ULONGLONG quota_bytes = 0);
 
@@ -44,6 +45,9 @@ ZEBX_API DriveKind GetDriveType(const CString& path);
 
 // The quota in bytes of the drive that a path is on; 0 when it has none.
 ZEBX_API ULONGLONG GetDriveQuota(const CString& path);
+
+// True for the root of a mounted drive, however it is spelled: `d:`, `D:\`, `d:\x\..`.
+ZEBX_API bool IsDriveRoot(const CString& path);
 
 // The host path behind a library path; nothing when its drive is not mounted. The file itself need
 // not exist: what is not found is taken as spelled.

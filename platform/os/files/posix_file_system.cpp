@@ -9,48 +9,23 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <limits>
 #include <utility>
 
 #include "platform/framework/file_exception.h"
 #include "platform/framework/file_system.h"
 #include "platform/os/files/drives.h"
+#include "platform/os/files/posix_disk_space.h"
+#include "platform/os/files/posix_error.h"
+#include "platform/os/files/posix_files.h"
+#include "platform/os/files/reachable_path.h"
 
 using namespace zebx;
 
 namespace {
 
 using Cause = CFileException::Cause;
-
-Cause CauseOf(int os_error) {
-  switch (os_error) {
-    case ENOENT:
-      return Cause::kFileNotFound;
-    case ENOTDIR:
-    case ENAMETOOLONG:
-    case ELOOP:
-      return Cause::kBadPath;
-    case EMFILE:
-    case ENFILE:
-      return Cause::kTooManyOpenFiles;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EISDIR:
-    case ETXTBSY:
-      return Cause::kAccessDenied;
-    case EWOULDBLOCK:
-      return Cause::kSharingViolation;
-    case EIO:
-      return Cause::kHardIo;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return Cause::kDiskFull;
-    default:
-      return Cause::kGeneric;
-  }
-}
 
 class PosixFileHandle final : public FileHandle {
  public:
@@ -102,13 +77,12 @@ class PosixFileHandle final : public FileHandle {
     if (close(descriptor) != 0 && errno != EINTR) Fail();
   }
 
-  // Marks the file as in use, for os::DeleteFile and for exclusive openers. A file system without
-  // locks cannot tell, and is used all the same.
+  // Marks the file as in use, for os::DeleteFile and for exclusive openers. Network file systems
+  // refuse an exclusive lock on what is open for reading alone; a shared one keeps it from being
+  // deleted. A file system without locks cannot tell, and is used all the same.
   void Lock(bool exclusive) {
-    if (flock(m_descriptor, (exclusive ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0 &&
-        errno == EWOULDBLOCK) {
-      Fail();
-    }
+    if (TryLock(exclusive ? LOCK_EX : LOCK_SH) || !exclusive) return;
+    TryLock(LOCK_SH);
   }
 
   struct stat Status() {
@@ -118,6 +92,13 @@ class PosixFileHandle final : public FileHandle {
   }
 
  private:
+  // False when the file system refuses for another reason than somebody else's lock.
+  bool TryLock(int kind) {
+    if (flock(m_descriptor, kind | LOCK_NB) == 0) return true;
+    if (errno == EWOULDBLOCK) Fail();
+    return false;
+  }
+
   // Writes everything, resuming where the system stopped short.
   void WriteVectors(ULONGLONG offset, std::span<iovec> vectors) {
     while (!vectors.empty()) {
@@ -147,16 +128,19 @@ class PosixFileHandle final : public FileHandle {
   ULONGLONG m_length_at_opening = 0;
 };
 
-int OpenFlags(const FileOpenMode& mode) {
+// Opens a host file. What is only written is opened for reading as well where that is allowed,
+// because network file systems lock nothing else.
+int OpenDescriptor(const CString& host_path, const FileOpenMode& mode) {
   // Not blocking, so that a pipe found in place of a file cannot hang a recorder.
   int flags = O_CLOEXEC | O_NONBLOCK;
-  if (mode.m_write) {
-    flags |= mode.m_read ? O_RDWR : O_WRONLY;
-  } else {
-    flags |= O_RDONLY;
-  }
-  if (mode.m_create) flags |= O_CREAT;
-  return flags;
+  if (mode.m_create) flags |= O_CREAT | (mode.m_new ? O_EXCL : 0);
+  constexpr mode_t kOpenToTheUmask = 0666;
+  const auto open_for = [&](int access) {
+    return open(host_path.c_str(), flags | access, kOpenToTheUmask);
+  };
+  if (!mode.m_write) return open_for(O_RDONLY);
+  const int descriptor = open_for(O_RDWR);
+  return descriptor < 0 && errno == EACCES && !mode.m_read ? open_for(O_WRONLY) : descriptor;
 }
 
 // True when the path is a name of the file that `status` describes.
@@ -169,6 +153,17 @@ bool LeadsTo(const CString& host_path, const struct stat& status) {
 struct CloseDirectory {
   void operator()(DIR* directory) const { closedir(directory); }
 };
+using Directory = std::unique_ptr<DIR, CloseDirectory>;
+
+Directory OpenDirectory(const CString& host_path) {
+  const ReachablePath path(host_path);
+  const int descriptor =
+      openat(path.Directory(), path.Name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return nullptr;
+  Directory directory(fdopendir(descriptor));
+  if (directory == nullptr) close(descriptor);
+  return directory;
+}
 
 bool IsDirectory(DIR* directory, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
@@ -181,6 +176,22 @@ DWORD SecondsSince1970(time_t seconds) {
   return static_cast<DWORD>(std::clamp<LONGLONG>(seconds, 0, std::numeric_limits<DWORD>::max()));
 }
 
+// What a path leads to when every link on the way is followed, also one to nothing.
+CString FollowLinks(const CString& host_path) {
+  namespace fs = std::filesystem;
+  constexpr int kMaxLinks = 40;  // as many as the system follows
+  std::error_code error;
+  fs::path path = host_path;
+  for (int link = 0; link < kMaxLinks; ++link) {
+    const fs::path real = fs::weakly_canonical(path, error);
+    if (error) return host_path;
+    const fs::path target = fs::read_symlink(real, error);
+    if (error) return real.string();
+    path = real.parent_path() / target;
+  }
+  return host_path;
+}
+
 class PosixFileSystem final : public FileSystem {
  public:
   std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
@@ -189,7 +200,7 @@ class PosixFileSystem final : public FileSystem {
     auto host_path = looked ? os::HostPath(path) : os::SpelledHostPath(path);
     while (true) {
       if (!host_path) throw CFileException(Cause::kBadPath, 0, path);
-      const int descriptor = open(host_path->c_str(), OpenFlags(mode), 0666);
+      const int descriptor = OpenDescriptor(*host_path, mode);
       if (descriptor < 0 && errno == ENOENT && !std::exchange(looked, true)) {
         host_path = os::HostPath(path);
         continue;
@@ -213,7 +224,7 @@ class PosixFileSystem final : public FileSystem {
   bool List(const CString& path, const DirectoryVisitor& visit) override {
     const auto host_path = os::HostPath(path);
     if (!host_path) return false;
-    const std::unique_ptr<DIR, CloseDirectory> directory(opendir(host_path->c_str()));
+    const Directory directory = OpenDirectory(*host_path);
     if (directory == nullptr) return false;
     errno = 0;  // the end and a failure look alike but for it
     while (const dirent* entry = readdir(directory.get())) {
@@ -223,16 +234,10 @@ class PosixFileSystem final : public FileSystem {
     return errno == 0;
   }
 
-  std::optional<FileStatus> Status(const CString& path) override {
-    const auto host_path = os::HostPath(path);
-    struct stat status {};
-    if (!host_path || stat(host_path->c_str(), &status) != 0) return std::nullopt;
-    FileStatus result;
-    result.m_is_directory = S_ISDIR(status.st_mode);
-    result.m_is_read_only = (status.st_mode & S_IWUSR) == 0;
-    if (!result.m_is_directory) result.m_length = static_cast<ULONGLONG>(status.st_size);
-    result.m_write_time = SecondsSince1970(status.st_mtime);
-    return result;
+  std::optional<FileStatus> Status(const CString& path) override { return StatusOf(path, 0); }
+
+  std::optional<FileStatus> LinkStatus(const CString& path) override {
+    return StatusOf(path, AT_SYMLINK_NOFOLLOW);
   }
 
   bool IsSameFile(const CString& path, const CString& other) override {
@@ -242,11 +247,65 @@ class PosixFileSystem final : public FileSystem {
     return host_path && other_host_path && stat(host_path->c_str(), &status) == 0 &&
            LeadsTo(*other_host_path, status);
   }
+
+  std::optional<CString> RealPath(const CString& path) override {
+    const auto host_path = os::HostPath(path);
+    return host_path ? std::optional(FollowLinks(*host_path)) : std::nullopt;
+  }
+
+  bool MakeDirectory(const CString& path) override {
+    const auto host_path = os::HostPath(path);
+    if (!host_path) return false;
+    constexpr mode_t kOpenToTheUmask = 0777;
+    const ReachablePath reached(*host_path);
+    return mkdirat(reached.Directory(), reached.Name(), kOpenToTheUmask) == 0;
+  }
+
+  bool RemoveDirectory(const CString& path) override {
+    const auto host_path = os::HostPath(path);
+    if (!host_path || os::IsDriveRoot(path)) return false;
+    const ReachablePath reached(*host_path);
+    return unlinkat(reached.Directory(), reached.Name(), AT_REMOVEDIR) == 0;
+  }
+
+  bool DeleteFile(const CString& path, ULONGLONG* length_bytes) override {
+    const auto host_path = os::HostPath(path);
+    return host_path && DeletePosixFile(*host_path, length_bytes);
+  }
+
+  void Replace(const CString& path, const CString& replacement) override {
+    const auto host_path = RealPath(path);
+    const auto host_replacement = os::HostPath(replacement);
+    if (!host_path || !host_replacement) {
+      throw CFileException(Cause::kBadPath, 0, host_path ? replacement : path);
+    }
+    ReplacePosixFile(*host_path, *host_replacement);
+  }
+
+  std::optional<DiskSpace> Space(const CString& path) override {
+    return PosixDiskSpace(*this, path);
+  }
+
+ private:
+  static std::optional<FileStatus> StatusOf(const CString& path, int flags) {
+    const auto host_path = os::HostPath(path);
+    if (!host_path) return std::nullopt;
+    const ReachablePath reached(*host_path);
+    struct stat status {};
+    if (fstatat(reached.Directory(), reached.Name(), &status, flags) != 0) return std::nullopt;
+    FileStatus result;
+    result.m_is_directory = S_ISDIR(status.st_mode);
+    result.m_is_link = S_ISLNK(status.st_mode);
+    result.m_is_read_only = (status.st_mode & S_IWUSR) == 0;
+    if (S_ISREG(status.st_mode)) result.m_length = static_cast<ULONGLONG>(status.st_size);
+    result.m_write_time = SecondsSince1970(status.st_mtime);
+    return result;
+  }
 };
 
 }  // namespace
 
-FileSystem& zebx::NativeFileSystem() {
+FileSystem& NativeFileSystem() {
   static PosixFileSystem file_system;
   return file_system;
 }

@@ -1,16 +1,13 @@
-#include "storage/working_disk.h"
+#include "storage/recycling.h"
 
 #include <functional>
 
-#include "platform/framework/file_find.h"
-#include "platform/os/files/directories.h"
-#include "platform/os/files/drives.h"
 #include "storage/day_directory.h"
-#include "storage/disk_path.h"
 #include "storage/hdd_obj.h"
+#include "storage/space_thresholds.h"
+#include "storage/tree_deletion.h"
 
 namespace zebx {
-
 namespace {
 
 constexpr DWORD kUnknownMb = 0xFFFFFFFF;
@@ -43,7 +40,7 @@ CHddObj* FindDiskWithRoom(std::vector<Slot>& slots) {
     if (slot.m_disk == nullptr || slot.m_disk->GetHDDSpace(total_mb, used_mb, free_mb) == 0) {
       continue;
     }
-    if (free_mb > slot.m_disk->GetAlarmSpace()) return slot.m_disk;
+    if (HasRoom(free_mb, slot.m_disk->GetAlarmSpace())) return slot.m_disk;
     slot.m_free_mb = free_mb;
   }
   return nullptr;
@@ -85,30 +82,6 @@ CHddObj* ChooseDisk(const CObList& disks, const DayEnd& end_day) {
   }
 }
 
-// What CHddObj::DeleteDir would free; like there, by host paths.
-ULONGLONG BytesBelow(const CString& directory) {
-  ULONGLONG bytes = 0;
-  const auto host_path = os::HostPath(directory);
-  if (!host_path || os::IsSymbolicLink(*host_path) != 0) return 0;
-  std::vector<CString> waiting = {*host_path};
-  while (!waiting.empty()) {
-    const CString pattern = waiting.back() + "/*.*";
-    waiting.pop_back();
-    CFileFind finder;
-    int more = finder.FindFile(pattern);
-    while (more != 0) {
-      more = finder.FindNextFile();
-      if (finder.IsDots()) continue;
-      if (finder.IsDirectory()) {
-        waiting.push_back(finder.GetFilePath());
-      } else {
-        bytes += finder.GetLength();
-      }
-    }
-  }
-  return bytes;
-}
-
 }  // namespace
 
 CHddObj* FindWorkingDisk(const CObList& disks, const CString& working_disk) {
@@ -126,8 +99,8 @@ int CheckWorkingDisk(const CObList& disks, const CString& working_disk, DWORD& f
   if (disk == nullptr || disk->GetHDDSpace(total_mb, used_mb, free_mb) == 0) {
     return kWorkingDiskNone;
   }
-  if (free_mb < disk->GetReservedSpace()) return kWorkingDiskFull;
-  if (free_mb < disk->GetAlarmSpace()) return kWorkingDiskShort;
+  if (IsFull(free_mb, disk->GetReservedSpace())) return kWorkingDiskFull;
+  if (IsRunningShort(free_mb, disk->GetAlarmSpace())) return kWorkingDiskShort;
   return kWorkingDiskFine;
 }
 
@@ -148,7 +121,7 @@ RecyclingForecast ForecastRecycling(const CObList& disks) {
   RecyclingForecast forecast;
   forecast.m_working_disk = ChooseDisk(disks, [&forecast](CHddObj& disk, DWORD date) {
     const CTime day(date);
-    const ULONGLONG bytes = BytesBelow(disk.GetBaseDir() + DayDirectoryName(day));
+    const ULONGLONG bytes = BytesFreedByDeletingTree(disk.GetBaseDir() + DayDirectoryName(day));
     forecast.m_days.push_back({&disk, day, bytes});
     return static_cast<DWORD>(bytes);
   });

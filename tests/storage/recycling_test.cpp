@@ -1,4 +1,4 @@
-#include "storage/working_disk.h"
+#include "storage/recycling.h"
 
 #include <sys/stat.h>
 
@@ -100,8 +100,8 @@ TEST_F(WorkingDisk, IsForecastWithTheDaysThatWillGo) {
   const auto forecast = [this] {
     const RecyclingForecast is = ForecastRecycling(m_disks);
     std::string days = is.m_working_disk != nullptr ? is.m_working_disk->GetHDD() : "none";
-    for (const DoomedDay& doomed : is.m_days) {
-      days += " " + Words({doomed.m_disk->GetHDD(), doomed.m_day.GetDay(), doomed.m_bytes});
+    for (const DayToDelete& day : is.m_days) {
+      days += " " + Words({day.m_disk->GetHDD(), day.m_day.GetDay(), day.m_bytes});
     }
     return days;
   };

@@ -48,14 +48,14 @@ int CheckWorkingDisk(const CObList& disks, const CString& working_disk, DWORD& f
 int ChooseWorkingDisk(const CObList& disks, HWND host_window, CString& working_disk);
 
 // A day that recycling would delete.
-struct DoomedDay {
+struct DayToDelete {
   const CHddObj* m_disk;  // borrowed from the list
   CTime m_day;            // its local midnight
   ULONGLONG m_bytes;      // of its files, as they are now
 };
 
 struct RecyclingForecast {
-  std::vector<DoomedDay> m_days;            // in the order of their deletion
+  std::vector<DayToDelete> m_days;          // in the order of their deletion
   const CHddObj* m_working_disk = nullptr;  // afterwards; borrowed from the list, null for none
 };
 
