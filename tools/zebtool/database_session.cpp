@@ -8,6 +8,7 @@
 #include "platform/framework/file_system.h"
 #include "platform/os/files/directories.h"
 #include "platform/os/files/drives.h"
+#include "storage/database_format.h"
 #include "storage/dbs.h"
 #include "storage/storage_messages.h"
 
@@ -30,17 +31,9 @@ void RefuseMissingDisks(const std::string& path) {
   }
   try {
     CArchive archive(file, CArchive::Mode::kLoad);
-    DWORD disks = 0;
-    CString working_disk;
-    archive >> disks >> working_disk;
+    const DWORD disks = LoadDatabaseBeginning(archive).m_disks;
     for (DWORD disk = 0; disk < disks; ++disk) {
-      DWORD reserved_mb = 0;
-      LONG recycle = 0;
-      LONG alarm = 0;
-      CString directory;
-      CString name;
-      CString alarm_sound;
-      archive >> reserved_mb >> recycle >> directory >> name >> alarm >> alarm_sound;
+      const CString directory = LoadDiskRecord(archive).m_path;
       if (directory.find(':') != 1) throw JobError("'" + path + "' is no database file");
       if (os::IsDirectory(directory) == 0) {
         throw JobError("the disk '" + directory +

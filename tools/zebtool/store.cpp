@@ -6,6 +6,7 @@
 #include "platform/os/files/directories.h"
 #include "platform/os/files/drives.h"
 #include "storage/dbs.h"
+#include "storage/default_disk.h"
 #include "storage/recycling.h"
 #include "tools/zebtool/database_session.h"
 #include "tools/zebtool/json_writer.h"
@@ -20,7 +21,6 @@ namespace {
 
 constexpr auto kFlag = OptionSpec::Kind::kFlag;
 constexpr std::size_t kDriveChars = 2;
-constexpr char kDefaultDiskDirectory[] = "\\database";  // below the data directory
 
 const std::string kHelp =
     "usage: zebtool store init DIR --db FILE [disk options]\n"
@@ -53,7 +53,6 @@ const std::string kHelp =
     "  --now TIME          days before this one may be deleted; default: today\n"
     "  --json              as JSON\n";
 
-constexpr DWORD kDefaultReservedMb = 1000;
 constexpr DWORD kMaxReservedMb = 0x7FFFFFFF;
 
 std::vector<OptionSpec> WithDiskOptions() {
@@ -91,7 +90,7 @@ void ShowDisks(const DatabaseSession& database, Console& console) {
 void MakeFirstDisk(DatabaseOptions database_options, tag_HDDPARAM disk) {
   database_options.data_directory = disk.m_path.substr(0, kDriveChars);
   const bool was_there =
-      os::IsDirectory(database_options.data_directory + kDefaultDiskDirectory) != 0;
+      os::IsDirectory(DefaultDiskBelow(database_options.data_directory).m_path) != 0;
   bool is_made = false;
   CString stand_in;
   CString directory;

@@ -5,20 +5,20 @@
 namespace os {
 
 int CreateDirectory(const CString& path) {
-  return CurrentFileSystem().MakeDirectory(path) ? 1 : 0;
+  return zebx::CurrentFileSystem().MakeDirectory(path) ? 1 : 0;
 }
 
 int RemoveDirectory(const CString& path) {
-  return CurrentFileSystem().RemoveDirectory(path) ? 1 : 0;
+  return zebx::CurrentFileSystem().RemoveDirectory(path) ? 1 : 0;
 }
 
 int IsDirectory(const CString& path) {
-  const auto status = CurrentFileSystem().Status(path);
+  const auto status = zebx::CurrentFileSystem().Status(path);
   return status && status->m_is_directory ? 1 : 0;
 }
 
 int IsSymbolicLink(const CString& path) {
-  const auto status = CurrentFileSystem().LinkStatus(path);
+  const auto status = zebx::CurrentFileSystem().LinkStatus(path);
   return status && status->m_is_link ? 1 : 0;
 }
 

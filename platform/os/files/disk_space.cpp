@@ -6,7 +6,7 @@ namespace os {
 
 int GetDiskFreeSpaceEx(const CString& path, ULONGLONG* available_bytes, ULONGLONG* total_bytes,
                        ULONGLONG* free_bytes) {
-  const auto space = CurrentFileSystem().Space(path);
+  const auto space = zebx::CurrentFileSystem().Space(path);
   if (!space) return 0;
   *available_bytes = space->m_available_bytes;
   *total_bytes = space->m_total_bytes;

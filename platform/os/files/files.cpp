@@ -6,12 +6,12 @@
 namespace os {
 
 int DeleteFile(const CString& path, ULONGLONG* length_bytes) {
-  return CurrentFileSystem().DeleteFile(path, length_bytes) ? 1 : 0;
+  return zebx::CurrentFileSystem().DeleteFile(path, length_bytes) ? 1 : 0;
 }
 
 int ReplaceFile(const CString& path, const CString& replacement) {
   try {
-    CurrentFileSystem().Replace(path, replacement);
+    zebx::CurrentFileSystem().Replace(path, replacement);
     return 1;
   } catch (const CFileException&) {
     return 0;

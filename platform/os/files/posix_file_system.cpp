@@ -305,7 +305,7 @@ class PosixFileSystem final : public FileSystem {
 
 }  // namespace
 
-FileSystem& NativeFileSystem() {
+FileSystem& zebx::NativeFileSystem() {
   static PosixFileSystem file_system;
   return file_system;
 }
