@@ -25,7 +25,6 @@ using namespace zebx::noxcodec;
 constexpr int kGood = 0;
 constexpr int kFailed = 1;
 constexpr DWORD kMaxOutputSize = 4096;
-constexpr int kBgrxPixelBytes = 4;
 
 struct VideoHandle : NxcDecoder {
   VideoHandle(DWORD width, DWORD height)
