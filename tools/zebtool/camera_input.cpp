@@ -150,8 +150,9 @@ std::string CameraInput::Play(RecordingWriter& writer, DWORD first_stamp, DWORD 
 void CameraInput::PlayOnce(RecordingWriter& writer, DWORD first_stamp, Progress& progress) {
   noxcodec::Picture source(m_video->Header().width, m_video->Header().height);
   noxcodec::Picture scaled(m_settings.encoder.width, m_settings.encoder.height);
+  noxcodec::PictureScaler scaler;
   while (m_video->ReadPicture(source)) {
-    noxcodec::ScalePicture(source.View(), scaled);
+    scaler.Scale(source.View(), scaled);
     const auto stamp =
         first_stamp + static_cast<DWORD>(m_rate.Begin(m_report.frames, kMsPerSecond));
     const auto speech = m_sound ? m_sound->PacketOf(m_report.frames) : std::span<const BYTE>();

@@ -31,6 +31,7 @@ struct VideoHandle : NxcDecoder {
       : output(static_cast<int>(width), static_cast<int>(height)) {}
 
   VideoDecoder decoder;
+  PictureScaler scaler;
   Picture output;    // of the size that the decoder was created for
   Picture filtered;  // the last coded picture, when post-processing is asked for
 };
@@ -50,7 +51,7 @@ PictureView RenderOutput(VideoHandle& handle, DWORD post_processing) {
   if (picture.Width() == handle.output.Width() && picture.Height() == handle.output.Height()) {
     return picture;
   }
-  ScalePicture(picture, handle.output);
+  handle.scaler.Scale(picture, handle.output);
   return handle.output.View();
 }
 

@@ -1,9 +1,9 @@
 #include "platform/noxcodec/software/picture_scaler.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
-#include <vector>
+
+#include "platform/noxcodec/software/narrowed.h"
 
 namespace zebx::noxcodec {
 namespace {
@@ -11,118 +11,139 @@ namespace {
 constexpr int kWeightBits = 14;
 constexpr int kWeightOfOne = 1 << kWeightBits;
 
-// The weighted source pixels that make up each target pixel of one direction.
-class Taps {
- public:
-  Taps(int source_size, int target_size) {
-    for (int target = 0; target < target_size; ++target) {
-      m_starts.push_back(m_weights.size());
-      if (target_size < source_size) {
-        AddCovered(target, source_size, target_size);
-      } else {
-        AddNearest(target, source_size, target_size);
-      }
-    }
-    m_starts.push_back(m_weights.size());
-  }
-
-  int First(int target) const { return m_firsts[static_cast<std::size_t>(target)]; }
-  int Count(int target) const {
-    const auto index = static_cast<std::size_t>(target);
-    return static_cast<int>(m_starts[index + 1] - m_starts[index]);
-  }
-  const int* Weights(int target) const {
-    return m_weights.data() + m_starts[static_cast<std::size_t>(target)];
-  }
-
- private:
-  // Shrinking: the area that the target pixel covers, its ends in units of 1 / target_size.
-  void AddCovered(int target, int source_size, int target_size) {
-    const std::int64_t begin = std::int64_t{target} * source_size;
-    const std::int64_t end = begin + source_size;
-    const auto first = begin / target_size;
-    m_firsts.push_back(static_cast<int>(first));
-    int rest = kWeightOfOne;
-    for (auto pixel = first; pixel * target_size < end; ++pixel) {
-      const auto covered =
-          std::min(end, (pixel + 1) * target_size) - std::max(begin, pixel * target_size);
-      const bool last = (pixel + 1) * target_size >= end;
-      const int weight = last ? rest : static_cast<int>(covered * kWeightOfOne / source_size);
-      m_weights.push_back(weight);
-      rest -= weight;
-    }
-  }
-
-  // Enlarging: the two source pixels whose centres lie around the target pixel's.
-  void AddNearest(int target, int source_size, int target_size) {
-    const std::int64_t centre = (2 * std::int64_t{target} + 1) * source_size - target_size;
-    const std::int64_t unit = 2 * std::int64_t{target_size};
-    const auto first = std::clamp<std::int64_t>(centre < 0 ? 0 : centre / unit, 0, source_size - 1);
-    m_firsts.push_back(static_cast<int>(first));
-    const bool has_second = centre > 0 && first + 1 < source_size;
-    const int second =
-        has_second ? static_cast<int>((centre - first * unit) * kWeightOfOne / unit) : 0;
-    m_weights.push_back(kWeightOfOne - second);
-    if (second > 0) m_weights.push_back(second);
-  }
-
-  std::vector<int> m_firsts;
-  std::vector<std::size_t> m_starts;
-  std::vector<int> m_weights;
-};
-
 BYTE Rounded(int sum) {
   return static_cast<BYTE>((sum + kWeightOfOne / 2) >> kWeightBits);
 }
 
-void ScaleRow(const BYTE* source, const Taps& taps, int width, BYTE* target) {
-  for (int x = 0; x < width; ++x) {
-    const BYTE* const pixels = source + taps.First(x);
-    const int* const weights = taps.Weights(x);
+// A count that is known when compiling makes straight code of the inner loop; 0 is any count.
+template <int kCount>
+void ScaleRowBy(const BYTE* source, const PixelWeights& across, BYTE* target) {
+  const int width = across.TargetSize();
+  const int count = kCount > 0 ? kCount : across.Count();
+  const std::int16_t* weights = across.Of(0);
+  for (int x = 0; x < width; ++x, weights += count) {
+    const BYTE* const pixels = source + across.First(x);
     int sum = 0;
-    for (int i = 0; i < taps.Count(x); ++i) sum += pixels[i] * weights[i];
+    for (int i = 0; i < count; ++i) sum += pixels[i] * weights[i];
     target[x] = Rounded(sum);
   }
 }
 
-void ScalePlane(const PlaneView& source, const MutablePlaneView& target) {
-  const Taps across(source.width, target.width);
-  const Taps down(source.height, target.height);
-  const auto width = static_cast<std::size_t>(target.width);
-  std::vector<BYTE> narrowed(width * static_cast<std::size_t>(source.height));
-  for (int y = 0; y < source.height; ++y) {
-    ScaleRow(source.Row(y), across, target.width,
-             narrowed.data() + static_cast<std::size_t>(y) * width);
+void ScaleRow(const BYTE* source, const PixelWeights& across, BYTE* target) {
+  switch (across.Count()) {
+    case 2:
+      return ScaleRowBy<2>(source, across, target);
+    case 3:
+      return ScaleRowBy<3>(source, across, target);
+    default:
+      return ScaleRowBy<0>(source, across, target);
   }
-  std::vector<int> sums(width);
+}
+
+void ScaleRows(const PlaneView& source, const PixelWeights& across,
+               const MutablePlaneView& target) {
+  for (int y = 0; y < source.height; ++y) {
+    if (across.IsIdentity()) {
+      std::memcpy(target.Row(y), source.Row(y), static_cast<std::size_t>(source.width));
+    } else {
+      ScaleRow(source.Row(y), across, target.Row(y));
+    }
+  }
+}
+
+void ScaleColumns(const PlaneView& source, const PixelWeights& down, std::vector<int>& sums,
+                  const MutablePlaneView& target) {
+  const auto width = static_cast<std::size_t>(target.width);
+  sums.resize(width);
   for (int y = 0; y < target.height; ++y) {
     std::fill(sums.begin(), sums.end(), 0);
-    for (int i = 0; i < down.Count(y); ++i) {
-      const BYTE* const row = narrowed.data() + static_cast<std::size_t>(down.First(y) + i) * width;
-      const int weight = down.Weights(y)[i];
-      for (std::size_t x = 0; x < width; ++x) sums[x] += row[x] * weight;
+    for (int i = 0; i < down.Count(); ++i) {
+      const BYTE* const row = source.Row(down.First(y) + i);
+      const std::int16_t weight = down.Of(y)[i];
+      for (std::size_t x = 0; x < width; ++x) sums[x] += Narrowed(row[x]) * weight;
     }
     std::transform(sums.begin(), sums.end(), target.Row(y), Rounded);
   }
 }
 
-void CopyPlane(const PlaneView& source, const MutablePlaneView& target) {
-  for (int y = 0; y < target.height; ++y) {
-    std::memcpy(target.Row(y), source.Row(y), static_cast<std::size_t>(target.width));
+// The source pixels that one target pixel is made of.
+struct Mixture {
+  int first;
+  std::vector<std::int16_t> weights;
+};
+
+// Shrinking: the area that the target pixel covers, its ends in units of 1 / target_size.
+Mixture MixCovered(int target, int source_size, int target_size) {
+  const std::int64_t begin = std::int64_t{target} * source_size;
+  const std::int64_t end = begin + source_size;
+  Mixture mixture{static_cast<int>(begin / target_size), {}};
+  int rest = kWeightOfOne;
+  for (std::int64_t pixel = mixture.first; pixel * target_size < end; ++pixel) {
+    const auto covered =
+        std::min(end, (pixel + 1) * target_size) - std::max(begin, pixel * target_size);
+    const bool last = (pixel + 1) * target_size >= end;
+    const int weight = last ? rest : static_cast<int>(covered * kWeightOfOne / source_size);
+    mixture.weights.push_back(Narrowed(weight));
+    rest -= weight;
   }
+  return mixture;
+}
+
+// Enlarging: the two source pixels whose centres lie around the target pixel's.
+Mixture MixNearest(int target, int source_size, int target_size) {
+  const std::int64_t centre = (2 * std::int64_t{target} + 1) * source_size - target_size;
+  const std::int64_t unit = 2 * std::int64_t{target_size};
+  const auto first = std::clamp<std::int64_t>(centre < 0 ? 0 : centre / unit, 0, source_size - 1);
+  const bool has_second = centre > 0 && first + 1 < source_size;
+  const int second =
+      has_second ? static_cast<int>((centre - first * unit) * kWeightOfOne / unit) : 0;
+  Mixture mixture{static_cast<int>(first), {Narrowed(kWeightOfOne - second)}};
+  if (second > 0) mixture.weights.push_back(Narrowed(second));
+  return mixture;
 }
 
 }  // namespace
 
-void ScalePicture(const PictureView& source, Picture& target) {
+void PixelWeights::Fit(int source_size, int target_size) {
+  if (source_size == m_source_size && target_size == TargetSize()) return;
+  m_source_size = source_size;
+  std::vector<Mixture> mixtures;
+  std::size_t count = 0;
+  for (int target = 0; target < target_size; ++target) {
+    mixtures.push_back(target_size < source_size ? MixCovered(target, source_size, target_size)
+                                                 : MixNearest(target, source_size, target_size));
+    count = std::max(count, mixtures.back().weights.size());
+  }
+  m_count = static_cast<int>(count);
+  m_firsts.clear();
+  m_weights.assign(mixtures.size() * count, 0);
+  auto weights = m_weights.begin();
+  for (const Mixture& mixture : mixtures) {
+    // The pixels that make up the count, of no weight, must not lie beyond the last one.
+    m_firsts.push_back(std::min(mixture.first, source_size - m_count));
+    std::copy(mixture.weights.begin(), mixture.weights.end(),
+              weights + (mixture.first - m_firsts.back()));
+    weights += m_count;
+  }
+}
+
+void PictureScaler::ScalePlane(const PlaneView& source, PlaneWeights& weights,
+                               const MutablePlaneView& target) {
+  weights.across.Fit(source.width, target.width);
+  weights.down.Fit(source.height, target.height);
+  if (weights.down.IsIdentity()) return ScaleRows(source, weights.across, target);
+  if (weights.across.IsIdentity()) return ScaleColumns(source, weights.down, m_sums, target);
+  m_narrowed.resize(static_cast<std::size_t>(target.width) *
+                    static_cast<std::size_t>(source.height));
+  const MutablePlaneView narrowed{m_narrowed.data(), target.width, source.height, target.width};
+  ScaleRows(source, weights.across, narrowed);
+  ScaleColumns(narrowed, weights.down, m_sums, target);
+}
+
+void PictureScaler::Scale(const PictureView& source, Picture& target) {
   for (int plane = 0; plane < kPlaneCount; ++plane) {
-    const PlaneView& from = source.planes[static_cast<std::size_t>(plane)];
-    const MutablePlaneView to = target.Plane(plane);
-    if (from.width == to.width && from.height == to.height) {
-      CopyPlane(from, to);
-    } else {
-      ScalePlane(from, to);
-    }
+    ScalePlane(source.planes[static_cast<std::size_t>(plane)], m_weights[plane == kLuma ? 0 : 1],
+               target.Plane(plane));
   }
 }
 

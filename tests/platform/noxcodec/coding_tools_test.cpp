@@ -33,14 +33,15 @@ TEST(Transform, InverseKeepsItsResiduals) {
   EXPECT_EQ(Crc32(bytes), 0xAA20CEE6U);
 }
 
-TEST(ScalePicture, ShrinksByTheMeanAndEnlargesFromPixelToPixel) {
-  const Picture source = DrawPicture(6, 4, [](int, int x, int y) { return 41 * x + 10 * y; });
+TEST(PictureScaler, ShrinksByTheMeanAndEnlargesFromPixelToPixel) {
+  PictureScaler scaler;
   Picture smaller(3, 2), larger(8, 3);
-  ScalePicture(source.View(), smaller);
+  scaler.Scale(DrawPicture(6, 4, [](int, int x, int y) { return 41 * x + 10 * y; }).View(),
+               smaller);
   EXPECT_EQ(smaller.Plane(kLuma).Row(0)[0], 26);
   EXPECT_EQ(smaller.Plane(kLuma).Row(1)[2], 210);
 
-  ScalePicture(DrawPicture(2, 1, [](int, int x, int) { return 200 * x; }).View(), larger);
+  scaler.Scale(DrawPicture(2, 1, [](int, int x, int) { return 200 * x; }).View(), larger);
   const BYTE* const row = larger.Plane(kLuma).Row(2);
   EXPECT_EQ(std::vector<int>(row, row + 8), (std::vector<int>{0, 0, 25, 75, 125, 175, 200, 200}));
 }
