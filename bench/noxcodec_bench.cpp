@@ -112,7 +112,9 @@ BENCHMARK(DecodeVideo)->ArgName("shown")->Arg(0)->Arg(1);
 
 // A picture of a stream of one size in another or the same; each iteration shows it once more.
 void ShowVideo(benchmark::State& state) {
-  const auto side = [&state](int argument) { return static_cast<int>(state.range(argument)); };
+  const auto side = [&state](std::size_t argument) {
+    return static_cast<int>(state.range(argument));
+  };
   Decoder decoder(side(2), side(3));
   decoder.Decode(StreetPackets(side(0), side(1), 1).front());
   const std::vector<BYTE> source(decoder.ShownBytes(), 1);

@@ -5,12 +5,28 @@
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/noxcodec/noxcodec.h"
 #include "platform/noxcodec/software/picture.h"
 #include "platform/noxcodec/software/video_encoder.h"
 #include "platform/zebdev/software/street_scene.h"
+
+using OwnedDecoder = std::unique_ptr<NxcDecoder, decltype(&nxcDestroyHandle)>;
+
+// Null when it is refused.
+inline OwnedDecoder MakeVideoDecoder(DWORD width, DWORD height) {
+  NxcHandle handle = nullptr;
+  nxcCreateVideoDecoder(&handle, 1, width, height, 0);
+  return {handle, nxcDestroyHandle};
+}
+inline OwnedDecoder MakeAudioDecoder() {
+  NxcHandle handle = nullptr;
+  nxcCreateAudioDecoder(&handle, 0);
+  return {handle, nxcDestroyHandle};
+}
 
 // The path of a file in the directory that the environment variable ZEBX_MEDIA_DIR names; empty
 // when there is none.
@@ -18,6 +34,12 @@ inline std::string MediaFile(const std::string& name) {
   const char* const directory = std::getenv("ZEBX_MEDIA_DIR");
   const std::string path = std::string(directory == nullptr ? "" : directory) + "/" + name;
   return directory != nullptr && std::filesystem::exists(path) ? path : "";
+}
+
+// The next number of `bits` bits that looks random and is the same on every machine.
+inline int Roll(DWORD& dice, int bits) {
+  dice = dice * 1664525 + 1013904223;
+  return static_cast<int>(dice >> (32 - bits));
 }
 
 // The first `count` pictures of the generated street.
@@ -28,7 +50,7 @@ inline std::vector<zebx::noxcodec::Picture> StreetPictures(int width, int height
   return pictures;
 }
 
-// A picture whose pixels are what `value` says for their plane and place.
+// A picture whose pixels are what `value` says for their plane and place, in order.
 template <typename Value>
 zebx::noxcodec::Picture DrawPicture(int width, int height, Value value) {
   zebx::noxcodec::Picture picture(width, height);
@@ -47,30 +69,18 @@ inline std::vector<PacketBytes> EncodeAll(const zebx::noxcodec::VideoEncoderSett
                                           const std::vector<zebx::noxcodec::Picture>& pictures) {
   zebx::noxcodec::VideoEncoder encoder(settings);
   std::vector<PacketBytes> packets;
-  for (const zebx::noxcodec::Picture& picture : pictures) {
+  for (const auto& picture : pictures) {
     const auto data = encoder.Encode(picture.View()).data;
     packets.emplace_back(data.begin(), data.end());
   }
   return packets;
 }
 
-inline double SquaredError(const zebx::noxcodec::PlaneView& a, const zebx::noxcodec::PlaneView& b) {
-  double sum = 0;
-  for (int y = 0; y < a.height; ++y) {
-    for (int x = 0; x < a.width; ++x) {
-      const int difference = a.Row(y)[x] - b.Row(y)[x];
-      sum += difference * difference;
-    }
-  }
-  return sum;
-}
-
 // Peak signal to noise ratio in dB; 99 for equal planes.
 inline double Psnr(const zebx::noxcodec::PlaneView& a, const zebx::noxcodec::PlaneView& b) {
-  const double mean = SquaredError(a, b) / a.width / a.height;
-  return mean > 0 ? 10 * std::log10(255.0 * 255.0 / mean) : 99;
-}
-
-inline double LumaPsnr(const zebx::noxcodec::PictureView& a, const zebx::noxcodec::PictureView& b) {
-  return Psnr(a.planes[zebx::noxcodec::kLuma], b.planes[zebx::noxcodec::kLuma]);
+  double sum = 0;
+  for (int y = 0; y < a.height; ++y) {
+    for (int x = 0; x < a.width; ++x) sum += std::pow(a.Row(y)[x] - b.Row(y)[x], 2);
+  }
+  return sum > 0 ? 10 * std::log10(255.0 * 255.0 * a.width * a.height / sum) : 99;
 }

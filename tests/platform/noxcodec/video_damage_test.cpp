@@ -20,10 +20,8 @@ class VideoDamage : public testing::Test {
                             index % 4 == 0 ? FrameKind::kIntra : FrameKind::kPredicted);
   }
 
-  Picture Shown() const { return m_decoder.LastCodedPicture(); }
-
   void ExpectStillShown(const Picture& picture) const {
-    EXPECT_EQ(LumaPsnr(m_decoder.LastCodedPicture().View(), picture.View()), 99);
+    EXPECT_EQ(Psnr(m_decoder.LastCodedPicture().Plane(kLuma), picture.Plane(kLuma)), 99);
   }
 
   // Replaces the checksum so that a changed packet is taken for whole.
@@ -40,7 +38,7 @@ class VideoDamage : public testing::Test {
 
 TEST_F(VideoDamage, FlippedBitsCutsAndAdditionsAreErrorsThatKeepTheLastPicture) {
   ASSERT_TRUE(Decode(0));
-  const Picture before = Shown();
+  const Picture before = m_decoder.LastCodedPicture();
   for (std::size_t i = 0; i < m_packets[1].size(); ++i) {
     for (int bit = 0; bit < 8; ++bit) {
       PacketBytes damaged = m_packets[1];
@@ -82,7 +80,7 @@ TEST_F(VideoDamage, FramesDecodeOnceAndOnlyAfterTheirOwnReference) {
   for (const auto& [decoded, refused] : cases) {
     m_decoder = VideoDecoder();
     for (const std::size_t index : decoded) EXPECT_TRUE(Decode(index));
-    const Picture before = Shown();
+    const Picture before = m_decoder.LastCodedPicture();
     EXPECT_FALSE(Decode(refused));
     EXPECT_FALSE(m_decoder.Decode(m_packets[0], FrameKind::kPredicted));  // is none
     EXPECT_EQ(m_decoder.HasPicture(), !decoded.empty());
