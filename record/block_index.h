@@ -19,11 +19,24 @@ struct BlockEntry {
 class BlockIndex {
  public:
   // Empties the index and gives it its initial size.
-  void Start();
+  void Start() {
+    m_entries.assign(kInitialEntries, BlockEntry{});
+    m_count = 0;
+  }
   // Releases the memory.
-  void Release();
+  void Release() {
+    m_entries = {};
+    m_count = 0;
+  }
 
-  void Add(const BlockEntry& entry);
+  void Add(const BlockEntry& entry) {
+    if (m_count < m_entries.size()) {
+      m_entries[m_count] = entry;
+    } else {
+      m_entries.push_back(entry);
+    }
+    ++m_count;
+  }
   // Takes the last entry back.
   void RemoveLast() { --m_count; }
 

@@ -2,13 +2,9 @@
 // deleting the oldest days.
 #pragma once
 
-#include <vector>
-
-#include "platform/framework/export.h"
 #include "platform/framework/object.h"
-#include "platform/framework/time.h"
 #include "platform/framework/types.h"
-#include "storage/storage_messages.h"
+#include "storage/recycling_results.h"
 
 class CHddObj;
 
@@ -16,21 +12,6 @@ namespace zebx {
 
 // A disk list holds CHddObj in the order of their addition; an entry may be null. The working disk
 // is named by its drive root and may name none.
-
-// Results of CheckWorkingDisk.
-enum : int {
-  kWorkingDiskNone = -1,
-  kWorkingDiskFine = 0,
-  kWorkingDiskFull = 1,   // below its reserved space: recycle or change it now
-  kWorkingDiskShort = 2,  // below its alarm space
-};
-
-// Results of ChooseWorkingDisk.
-enum : int {
-  kNoDiskInList = -1,
-  kWorkingDiskChosen = 0,
-  kNothingToRecycle = 1,
-};
 
 // The first disk on the drive of `working_disk`, borrowed; null when there is none.
 CHddObj* FindWorkingDisk(const CObList& disks, const CString& working_disk);
@@ -46,21 +27,5 @@ int CheckWorkingDisk(const CObList& disks, const CString& working_disk, DWORD& f
 // `working_disk` when one is chosen, empties it when nothing can be recycled, and leaves it when
 // the list is empty.
 int ChooseWorkingDisk(const CObList& disks, HWND host_window, CString& working_disk);
-
-// A day that recycling would delete.
-struct DayToDelete {
-  const CHddObj* m_disk;  // borrowed from the list
-  CTime m_day;            // its local midnight
-  ULONGLONG m_bytes;      // of its files, as they are now
-};
-
-struct RecyclingForecast {
-  std::vector<DayToDelete> m_days;          // in the order of their deletion
-  const CHddObj* m_working_disk = nullptr;  // afterwards; borrowed from the list, null for none
-};
-
-// What ChooseWorkingDisk would do with the disks now, if every file can be deleted. Changes
-// nothing. Days without a byte are among the days: they are deleted on the way, without a notice.
-ZEBX_API RecyclingForecast ForecastRecycling(const CObList& disks);
 
 }  // namespace zebx

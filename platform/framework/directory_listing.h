@@ -10,11 +10,6 @@
 
 namespace zebx {
 
-struct DirectoryEntry {
-  CString m_name;
-  bool m_is_directory = false;  // false for a symbolic link
-};
-
 // "." or "..".
 bool IsDotName(std::string_view name);
 

@@ -3,6 +3,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/framework/directory_listing.h"
+
 using namespace zebx;
 
 namespace {

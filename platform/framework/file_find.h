@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "platform/framework/directory_listing.h"
 #include "platform/framework/export.h"
+#include "platform/framework/file_system.h"
 #include "platform/framework/time.h"
 
 // As the operating system's finder goes: FindFile makes the finder ready, and each FindNextFile
@@ -16,10 +16,10 @@
 //     ... finder.GetFileName() ...
 //   }
 //
-// Entries come in the order of ListByName. Finding is one read of
-// the directory; length, time and read-only mark cost a question to the disk each time they are
-// asked for. A symbolic link found inside a directory is not followed: it counts as a file. Used by
-// one thread at a time.
+// Entries come sorted by name without regard to case, bytes from 0x80 behind ASCII; "." and ".."
+// come first. Finding is one read of the directory; length, time and read-only mark cost a question
+// to the disk each time they are asked for. A symbolic link found inside a directory is not
+// followed: it counts as a file. Used by one thread at a time.
 class ZEBX_API CFileFind {
  public:
   // `pattern` is a directory with "\*.*" or "/*.*" behind it (everything in it), or the path of one

@@ -45,6 +45,12 @@ class ZEBX_API FileHandle {
   static constexpr std::size_t kMaxPieces = 8;
 };
 
+// One entry of a directory.
+struct DirectoryEntry {
+  CString m_name;
+  bool m_is_directory = false;  // false for a symbolic link
+};
+
 // Gets one entry of a directory; the name is valid during the call only.
 using DirectoryVisitor = std::function<void(std::string_view name, bool is_directory)>;
 

@@ -5,6 +5,7 @@
 
 #include "platform/noxdisplay/noxdisplay.h"
 #include "platform/os/graphics/graphics.h"
+#include "platform/os/graphics/pixels.h"
 
 namespace {
 

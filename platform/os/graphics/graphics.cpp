@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/framework/bitmap.h"
+#include "platform/os/graphics/pixels.h"
 #include "platform/os/windows/windows.h"
 
 using namespace zebx;

@@ -12,7 +12,7 @@
 #include "platform/framework/geometry.h"
 #include "platform/framework/types.h"
 #include "platform/os/graphics/dib_format.h"
-#include "platform/os/graphics/pixels.h"
+#include "platform/os/graphics/stretch_mode.h"
 
 namespace os {
 
@@ -44,7 +44,7 @@ ZEBX_API HBITMAP SelectObject(HDC dc, HBITMAP bitmap);
 // A bitmap in the form of a DIB, all pixels and colours 0. `*bits` gets its pixel rows, in the
 // order that the header says: valid until the bitmap is deleted. Null, with `*bits` untouched, for
 // a stale context, a bit count other than 1, 4, 8, 16, 24 or 32, a compressed or empty picture, and
-// one of more than PixelLayout::kMaxBytes.
+// one of more than 512 MB.
 ZEBX_API HBITMAP CreateDIBSection(HDC dc, const BitmapInfoHeader& header, std::span<BYTE>* bits);
 // A bitmap of the screen's own form with the pixels of a DIB, its colours as a colour table. Null
 // as above, and when `bits` holds fewer bytes than the picture takes.

@@ -8,14 +8,9 @@
 
 #include "platform/framework/types.h"
 #include "platform/os/graphics/dib_format.h"
+#include "platform/os/graphics/stretch_mode.h"
 
 namespace os {
-
-// How the pixels that a smaller picture has no room for are dropped.
-enum class StretchMode {
-  kBlackOnWhite,  // they are ANDed into the pixel that stays: the default
-  kHalftone,      // they are averaged
-};
 
 // Where the rows of a picture lie in its bytes. Rows are counted from the top of the picture.
 struct PixelLayout {
