@@ -2,30 +2,39 @@
 #pragma once
 
 // Types, files, times, and where errors are reported.
+#include "platform/framework/archive.h"
 #include "platform/framework/bitmap.h"
 #include "platform/framework/clock.h"
 #include "platform/framework/error_report.h"
 #include "platform/framework/file.h"
 #include "platform/framework/file_exception.h"
+#include "platform/framework/file_find.h"
+#include "platform/framework/file_system.h"
+#include "platform/framework/geometry.h"
 #include "platform/framework/mem_file.h"
 #include "platform/framework/object.h"
 #include "platform/framework/time.h"
 #include "platform/framework/types.h"
 
-// Drives, deletion, the tick counter, and drawing.
+// The operating system: drives and files by name, windows and messages, drawing, the tick counter.
 #include "platform/os/clock.h"
+#include "platform/os/files/directories.h"
+#include "platform/os/files/disk_space.h"
 #include "platform/os/files/drives.h"
 #include "platform/os/files/files.h"
 #include "platform/os/graphics/bitmap_resources.h"
 #include "platform/os/graphics/graphics.h"
+#include "platform/os/windows/windows.h"
+
+// The libraries that a host can bring its own of: devices, codec, display.
+#include "platform/noxcodec/noxcodec.h"
+#include "platform/noxdisplay/noxdisplay.h"
+#include "platform/zebdev/zebdev.h"
 
 // Picture formats and capture control.
 #include "capture/notify.h"
 #include "capture/picture_formats.h"
 #include "capture/zebx.h"
-
-// Decoding what a recording holds.
-#include "platform/noxcodec/noxcodec.h"
 
 // Pictures and snapshots.
 #include "image/dib_obj.h"
@@ -43,6 +52,6 @@
 #include "storage/dbs.h"
 #include "storage/file_search_info.h"
 #include "storage/hdd_obj.h"
-#include "storage/recycling.h"
+#include "storage/recycling_results.h"
 #include "storage/search_param.h"
 #include "storage/storage_messages.h"

@@ -19,8 +19,12 @@ file(RELATIVE_PATH ZEBX_INCLUDEDIR ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_
 configure_file(cmake/zebx.pc.in ${PROJECT_BINARY_DIR}/zebx.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zebx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-foreach(folder IN ITEMS platform record image capture storage)
-  install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zebx
-          FILES_MATCHING PATTERN "*.h" PATTERN software EXCLUDE)
+if(ZEBX_NOXDISPLAY_LIBRARY)
+  # What it declares went with the software display.
+  list(REMOVE_ITEM ZEBX_HOST_HEADERS platform/noxdisplay/software/display_control.h)
+endif()
+foreach(header IN LISTS ZEBX_HOST_HEADERS)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${PROJECT_BINARY_DIR}/include/zebx/${header}
+          DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zebx/${folder})
 endforeach()
-install(FILES zebx.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zebx)

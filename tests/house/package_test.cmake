@@ -1,4 +1,4 @@
-# Installs BUILD below WORK, then builds the package's host against what is there and runs it.
+# Installs BUILD below WORK, then builds the package's hosts against what is there and runs them.
 cmake_minimum_required(VERSION 3.25)
 set(prefix ${WORK}/prefix)
 
@@ -16,16 +16,17 @@ run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${CMAKE_CURRENT_LIST_DIR}/package -B ${W
     -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix})
 run(${CMAKE_COMMAND} --build ${WORK}/build)
 
+run(${WORK}/build/own_names)
 cmake_path(GET pkg_config_directory PARENT_PATH library_directory)
-run(${WORK}/build/host)
 set(ENV{LD_LIBRARY_PATH} ${library_directory})
-run(${WORK}/build/host_pkg_config)
+run(${WORK}/build/own_names_pkg_config)
 
-# The example lists a recording that the installed tool makes: two grey pictures.
+# The examples copy and list a recording that the installed tool makes: two grey pictures.
 string(REPEAT "~" 384 picture)
 file(WRITE ${WORK}/two.y4m "YUV4MPEG2 W16 H16 F25:1\nFRAME\n${picture}FRAME\n${picture}")
 run(${prefix}/bin/zebtool import ${WORK}/two.y4m ${WORK}/two.zebz)
-execute_process(COMMAND ${WORK}/build/list_recording ${WORK}/two.zebz OUTPUT_VARIABLE listed
+run(${WORK}/build/record_frames ${WORK}/two.zebz ${WORK}/copy.zebz)
+execute_process(COMMAND ${WORK}/build/list_recording ${WORK}/copy.zebz OUTPUT_VARIABLE listed
                 COMMAND_ERROR_IS_FATAL ANY)
 if(NOT listed MATCHES "block 0 frame 0 at .* I-frame\n  decoded.*block 0 frame 1 at ")
   message(FATAL_ERROR "the example printed:\n${listed}")
