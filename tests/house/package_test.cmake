@@ -17,6 +17,7 @@ run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${CMAKE_CURRENT_LIST_DIR}/package -B ${W
 run(${CMAKE_COMMAND} --build ${WORK}/build)
 
 run(${WORK}/build/own_names)
+run(${WORK}/build/own_doors)
 cmake_path(GET pkg_config_directory PARENT_PATH library_directory)
 set(ENV{LD_LIBRARY_PATH} ${library_directory})
 run(${WORK}/build/own_names_pkg_config)
