@@ -4,9 +4,6 @@ using namespace zebx;
 
 namespace {
 
-constexpr DWORD kFirstPal = 128;
-constexpr DWORD kSizesPerStandard = 9;
-
 struct PictureSize {
   DWORD m_width;
   DWORD m_height;
@@ -20,7 +17,7 @@ struct PictureFormat {
 
 // The encode width of 720 against a capture width of 704, and the encode size of size 3, are the
 // hardware's own.
-constexpr PictureFormat kFormats[2][kSizesPerStandard] = {
+constexpr PictureFormat kFormats[2][kFrameSizesOfStandard] = {
     {
         {{160, 120}, {160, 112}, {160, 112}},
         {{240, 176}, {240, 176}, {240, 176}},
@@ -48,7 +45,7 @@ constexpr PictureFormat kFormats[2][kSizesPerStandard] = {
 const PictureFormat* FindFormat(DWORD frame_size) {
   const DWORD standard = zebxGetVideoStd(frame_size);
   if (standard == kNoVideoStandard) return nullptr;
-  return &kFormats[standard][frame_size % kFirstPal];
+  return &kFormats[standard][frame_size % kFirstPalFrameSize];
 }
 
 int Answer(DWORD frame_size, PictureSize PictureFormat::*which, DWORD* width, DWORD* height) {
@@ -62,8 +59,8 @@ int Answer(DWORD frame_size, PictureSize PictureFormat::*which, DWORD* width, DW
 }  // namespace
 
 DWORD zebxGetVideoStd(DWORD frame_size) {
-  if (frame_size < kSizesPerStandard) return kVideoStandardNtsc;
-  if (frame_size >= kFirstPal && frame_size < kFirstPal + kSizesPerStandard) {
+  if (frame_size < kFrameSizesOfStandard) return kVideoStandardNtsc;
+  if (frame_size >= kFirstPalFrameSize && frame_size < kFirstPalFrameSize + kFrameSizesOfStandard) {
     return kVideoStandardPal;
   }
   return kNoVideoStandard;

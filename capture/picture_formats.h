@@ -8,6 +8,14 @@
 // A frame size: 0 to 8 for NTSC, 128 to 136 for PAL.
 enum tag_FRAMESIZE : DWORD {};
 
+namespace zebx {
+
+inline constexpr DWORD kFirstNtscFrameSize = 0;
+inline constexpr DWORD kFirstPalFrameSize = 128;
+inline constexpr DWORD kFrameSizesOfStandard = 9;
+
+}  // namespace zebx
+
 enum tag_VIDEOSTANDARD : DWORD { kVideoStandardNtsc = 0, kVideoStandardPal = 1 };
 
 namespace zebx {

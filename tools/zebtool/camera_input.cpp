@@ -19,8 +19,6 @@ namespace zebtool {
 namespace {
 
 constexpr DWORD kUsualFrameSize = 130;
-constexpr DWORD kFirstPal = 128;
-constexpr DWORD kSizesPerStandard = 9;
 constexpr WORD kTypeBits = 0xFF;
 
 // Rates of NTSC lie at 30, its halves and doubles; everything else counts as PAL.
@@ -34,8 +32,10 @@ bool IsNtscRate(const FrameRate& rate) {
 
 DWORD ChooseFrameSize(const Y4mHeader& video) {
   const bool ntsc_first = IsNtscRate(video.rate);
-  for (const DWORD first : {ntsc_first ? 0 : kFirstPal, ntsc_first ? kFirstPal : 0}) {
-    for (DWORD frame_size = first; frame_size < first + kSizesPerStandard; ++frame_size) {
+  std::array<DWORD, 2> firsts = {kFirstPalFrameSize, kFirstNtscFrameSize};
+  if (ntsc_first) std::ranges::reverse(firsts);
+  for (const DWORD first : firsts) {
+    for (DWORD frame_size = first; frame_size < first + kFrameSizesOfStandard; ++frame_size) {
       DWORD width = 0;
       DWORD height = 0;
       zebxGetEncodeSize(frame_size, &width, &height);
