@@ -9,7 +9,13 @@ using namespace zebx;
 IMPLEMENT_DYNAMIC(CFile, CObject)
 
 CFile::CFile() = default;
-CFile::~CFile() = default;
+CFile::~CFile() {
+  try {
+    if (m_handle != nullptr) CFile::Close();
+  } catch (const CFileException&) {
+    // Whoever wants to know of it closes the file.
+  }
+}
 
 int CFile::Open(const CString& path, UINT flags, CFileException* error) {
   FileOpenMode mode;
@@ -25,7 +31,12 @@ int CFile::Open(const CString& path, UINT flags, CFileException* error) {
     if (error != nullptr) *error = failure;
     return 0;
   }
+  m_is_new = m_handle->IsNew();
   m_position = 0;
+  m_reserve_step = 0;
+  m_reserved_end = 0;
+  m_has_reserved = false;
+  m_is_reserve_refused = false;
   return 1;
 }
 
@@ -45,8 +56,28 @@ std::size_t CFile::Read(std::span<BYTE> into) {
 }
 
 void CFile::WritePieces(std::initializer_list<std::span<const BYTE>> pieces) {
+  ULONGLONG end = m_position;
+  for (const auto& piece : pieces) end += piece.size();
+  if (m_reserve_step != 0 && end > m_reserved_end && !m_is_reserve_refused) ReserveUpTo(end);
   Handle().WriteAt(m_position, {pieces.begin(), pieces.size()});
-  for (const auto& piece : pieces) m_position += piece.size();
+  m_position = end;
+}
+
+void CFile::ReserveUpTo(ULONGLONG end) {
+  const ULONGLONG begin = m_reserved_end != 0 ? m_reserved_end : m_position;
+  const ULONGLONG reserved_end = (end / m_reserve_step + 1) * m_reserve_step;
+  if (Handle().Reserve(begin, reserved_end - begin)) {
+    m_reserved_end = reserved_end;
+    m_has_reserved = true;
+  } else {
+    m_is_reserve_refused = true;  // not to be asked again and again
+  }
+}
+
+void CFile::GiveBackReserve() {
+  m_reserved_end = 0;
+  m_has_reserved = false;
+  Handle().GiveBackReserve();
 }
 
 ULONGLONG CFile::Seek(ULONGLONG position) {
@@ -63,10 +94,16 @@ ULONGLONG CFile::GetLengthAtOpening() const {
 
 void CFile::SetLength(ULONGLONG length) {
   Handle().Resize(length);
+  m_reserved_end = 0;  // cutting has given it back
 }
 
 void CFile::Close() {
   Handle();
   const auto handle = std::exchange(m_handle, nullptr);
+  try {
+    if (m_has_reserved) handle->GiveBackReserve();
+  } catch (const CFileException&) {
+    // Room on the disk is lost for now, and no byte of the file.
+  }
   handle->Close();
 }

@@ -40,6 +40,8 @@ class ZEBX_API CFile : public CObject {
   // object must not have a file open. While open, the file counts as in use for os::DeleteFile.
   int Open(const CString& path, UINT flags, CFileException* error = nullptr);
   virtual bool IsOpen() const;
+  // True when the last opening made the file: it was not there before.
+  bool IsNew() const { return m_is_new; }
   // The absolute path of the file opened last.
   const CString& GetFilePath() const { return m_path; }
 
@@ -62,6 +64,14 @@ class ZEBX_API CFile : public CObject {
   // Cuts or extends (with zeros) the file. The position stays.
   virtual void SetLength(ULONGLONG length);
 
+  // From now on, room on the disk is reserved ahead of what is written, up to the next multiple of
+  // `step_bytes`, so that files written side by side lie in few pieces. The length stays; closing
+  // gives back what was not used. Where the disk refuses, the file is written without.
+  void ReserveAhead(ULONGLONG step_bytes) { m_reserve_step = step_bytes; }
+  // Gives back what lies behind the end of the file, reserved by a writer that did not close it.
+  // Nobody else may be writing it. Throws.
+  void GiveBackReserve();
+
   // Closes the file; the object can open another. Throws when the system reports at closing that
   // bytes were lost; the file is closed all the same.
   virtual void Close();
@@ -71,7 +81,13 @@ class ZEBX_API CFile : public CObject {
 
  private:
   zebx::FileHandle& Handle() const;
+  void ReserveUpTo(ULONGLONG end);
 
   std::unique_ptr<zebx::FileHandle> m_handle;
   CString m_path;
+  bool m_is_new = false;
+  ULONGLONG m_reserve_step = 0;  // 0: nothing is to be reserved
+  ULONGLONG m_reserved_end = 0;  // 0: nothing is known to be reserved
+  bool m_has_reserved = false;
+  bool m_is_reserve_refused = false;
 };

@@ -38,7 +38,15 @@ class ZEBX_API FileHandle {
   virtual ULONGLONG Length() = 0;
   // What it was when the file was opened, where opening found that out anyway.
   virtual ULONGLONG LengthAtOpening() { return Length(); }
+  // True when opening made the file.
+  virtual bool IsNew() { return false; }
+  // Cuts or extends the file, and gives back what is reserved behind the new end.
   virtual void Resize(ULONGLONG length) = 0;
+  // Reserves room on the disk, also behind the end; the length stays. False, with nothing
+  // reserved, when the disk has no room or no such operation: never an error.
+  virtual bool Reserve(ULONGLONG, ULONGLONG) { return false; }
+  // Gives back what is reserved behind the end. Nobody else may be writing the file.
+  virtual void GiveBackReserve() { Resize(Length()); }
   // Closes and reports what only closing reveals. The destructor closes silently.
   virtual void Close() = 0;
 

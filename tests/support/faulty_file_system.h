@@ -47,15 +47,20 @@ class FaultyFileSystem final : public zebx::FileSystem {
   FaultyFileSystem(const FaultyFileSystem&) = delete;
   FaultyFileSystem& operator=(const FaultyFileSystem&) = delete;
 
-  // From now on the n-th call (counted from 1) of the given kinds throws. A write that does so puts
-  // at most `prefix_bytes` of its bytes on disk first.
-  void FailCall(unsigned kinds, std::uint64_t n, std::size_t prefix_bytes = 0) {
-    m_plan = {kinds, n, prefix_bytes, false};
+  // From now on the n-th call (counted from 1) of the given kinds throws, and so do the next ones
+  // of `calls` in all. A write that does so puts at most `prefix_bytes` of its bytes on disk first.
+  void FailCall(unsigned kinds, std::uint64_t n, std::size_t prefix_bytes = 0,
+                std::uint64_t calls = 1) {
+    m_plan = {kinds, n, prefix_bytes, calls};
   }
   // The n-th such call fails, and every call of any kind behind it: the power is cut.
   void CutPowerAt(unsigned kinds, std::uint64_t n, std::size_t prefix_bytes = 0) {
-    m_plan = {kinds, n, prefix_bytes, true};
+    FailCall(kinds, n, prefix_bytes);
+    CutPowerAfter(0);
   }
+  // After the first call that this plan fails, so many writes and resizes more reach the disk, and
+  // nothing behind them: the power is cut.
+  void CutPowerAfter(std::uint64_t changes) { m_plan.m_changes_to_cut = changes; }
   // The disk takes `bytes` more and is full then: the write that does not fit puts down what fits
   // and throws, as every later one does.
   void FillDiskAfter(std::uint64_t bytes) {
@@ -64,6 +69,8 @@ class FaultyFileSystem final : public zebx::FileSystem {
   }
   // Of writes of so many bytes and more the disk takes the length alone.
   void SkipWritesFrom(std::uint64_t bytes) { m_skipped_bytes = bytes; }
+  // No room is reserved ahead.
+  void RefuseReserves() { m_refuses_reserves = true; }
   // Every length told is `bytes` too much, as when somebody cuts the file right behind the
   // question.
   void OverstateLengths(std::uint64_t bytes) { m_overstated_bytes = bytes; }
@@ -79,6 +86,7 @@ class FaultyFileSystem final : public zebx::FileSystem {
   std::uint64_t CallsOfEveryKind() const { return m_calls_of_every_kind; }
   std::uint64_t Writes() const { return m_writes; }
   std::uint64_t Failures() const { return m_failures; }
+  std::uint64_t Reserves() const { return m_reserves; }
 
   std::unique_ptr<zebx::FileHandle> Open(const CString& path,
                                          const zebx::FileOpenMode& mode) override {
@@ -128,7 +136,9 @@ class FaultyFileSystem final : public zebx::FileSystem {
     unsigned m_kinds = 0;
     std::uint64_t m_calls_to_go = 0;
     std::size_t m_prefix_bytes = 0;
-    bool m_is_power_cut = false;
+    std::uint64_t m_calls_to_fail = 1;
+    std::uint64_t m_changes_to_cut = kNoLimit;  // behind the first failure
+    bool m_has_failed = false;
   };
 
   class Handle final : public zebx::FileHandle {
@@ -143,7 +153,8 @@ class FaultyFileSystem final : public zebx::FileSystem {
     void WriteAt(ULONGLONG offset, Pieces pieces) override {
       ++m_owner.m_writes;
       if (m_owner.ShallFail(kWrite)) {
-        WritePrefix(offset, pieces, std::exchange(m_owner.m_plan.m_prefix_bytes, 0));
+        WritePrefix(offset, pieces, m_owner.m_plan.m_prefix_bytes);
+        if (m_owner.m_is_dead) m_owner.m_plan.m_prefix_bytes = 0;
         m_owner.Fail(CFileException::Cause::kHardIo);
       }
       std::uint64_t bytes = 0;
@@ -163,6 +174,11 @@ class FaultyFileSystem final : public zebx::FileSystem {
     void Resize(ULONGLONG length) override {
       m_owner.PassOrFail(kResize);
       m_native->Resize(length);
+    }
+    bool IsNew() override { return m_native->IsNew(); }
+    bool Reserve(ULONGLONG offset, ULONGLONG bytes) override {
+      ++m_owner.m_reserves;
+      return !m_owner.m_refuses_reserves && m_native->Reserve(offset, bytes);
     }
     void Close() override {
       m_native->Close();
@@ -187,9 +203,18 @@ class FaultyFileSystem final : public zebx::FileSystem {
     if ((kind & kAnyCall) != 0) ++m_calls;
     ++m_calls_of_every_kind;
     if (m_is_dead) return true;
-    const bool is_due = (m_plan.m_kinds & kind) != 0 && m_plan.m_calls_to_go-- == 1;
-    m_is_dead = is_due && m_plan.m_is_power_cut;
-    return is_due;
+    if (m_plan.m_has_failed && (kind & kChanges) != 0 && m_plan.m_changes_to_cut-- == 0) {
+      return m_is_dead = true;
+    }
+    if ((m_plan.m_kinds & kind) == 0 || m_plan.m_calls_to_fail == 0) return false;
+    if (m_plan.m_calls_to_go > 1) {
+      --m_plan.m_calls_to_go;
+      return false;
+    }
+    --m_plan.m_calls_to_fail;
+    m_plan.m_has_failed = true;
+    m_is_dead = m_plan.m_changes_to_cut == 0;
+    return true;
   }
   [[noreturn]] void Fail(CFileException::Cause cause) {
     ++m_failures;
@@ -215,4 +240,6 @@ class FaultyFileSystem final : public zebx::FileSystem {
   std::uint64_t m_calls_of_every_kind = 0;
   std::uint64_t m_writes = 0;
   std::uint64_t m_failures = 0;
+  std::uint64_t m_reserves = 0;
+  bool m_refuses_reserves = false;
 };

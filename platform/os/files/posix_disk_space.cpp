@@ -17,6 +17,15 @@ namespace {
 // The unit of stat's block count, whatever the disk's own blocks are.
 constexpr ULONGLONG kStatBlockBytes = 512;
 
+// What an entry takes on its disk. Room that is reserved behind the end of a file does not count:
+// its writer gives it back.
+ULONGLONG TakenBytes(const struct stat& status) {
+  const ULONGLONG blocks_bytes = static_cast<ULONGLONG>(status.st_blocks) * kStatBlockBytes;
+  if (!S_ISREG(status.st_mode) || status.st_blksize <= 0) return blocks_bytes;
+  const auto unit = static_cast<ULONGLONG>(status.st_blksize);
+  return std::min(blocks_bytes, (static_cast<ULONGLONG>(status.st_size) + unit - 1) / unit * unit);
+}
+
 // Adds up what a directory tree takes on its disk. What vanishes meanwhile is not counted, nor are
 // other disks mounted below.
 class TreeMeasure final : public TreeVisitor {
@@ -45,8 +54,7 @@ class TreeMeasure final : public TreeVisitor {
     if (status.st_dev != m_device) return false;
     const bool is_counted_elsewhere =
         !S_ISDIR(status.st_mode) && status.st_nlink > 1 && !m_linked.insert(status.st_ino).second;
-    if (!is_counted_elsewhere)
-      m_bytes += static_cast<ULONGLONG>(status.st_blocks) * kStatBlockBytes;
+    if (!is_counted_elsewhere) m_bytes += TakenBytes(status);
     return true;
   }
 

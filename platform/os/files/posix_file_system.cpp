@@ -29,8 +29,8 @@ using Cause = CFileException::Cause;
 
 class PosixFileHandle final : public FileHandle {
  public:
-  PosixFileHandle(int descriptor, CString path)
-      : m_descriptor(descriptor), m_path(std::move(path)) {}
+  PosixFileHandle(int descriptor, CString path, bool is_new)
+      : m_descriptor(descriptor), m_path(std::move(path)), m_is_new(is_new) {}
   ~PosixFileHandle() override {
     if (m_descriptor >= 0) close(m_descriptor);
   }
@@ -67,9 +67,24 @@ class PosixFileHandle final : public FileHandle {
   ULONGLONG Length() override { return static_cast<ULONGLONG>(Status().st_size); }
   ULONGLONG LengthAtOpening() override { return m_length_at_opening; }
   void SetLengthAtOpening(ULONGLONG length) { m_length_at_opening = length; }
+  bool IsNew() override { return m_is_new; }
 
   void Resize(ULONGLONG length) override {
     if (ftruncate(m_descriptor, static_cast<off_t>(length)) != 0) Fail();
+  }
+
+  bool Reserve(ULONGLONG offset, ULONGLONG bytes) override {
+    if (fallocate(m_descriptor, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset),
+                  static_cast<off_t>(bytes)) == 0) {
+      return true;
+    }
+    // A disk that ran full on the way keeps what it has reserved until then.
+    try {
+      if (errno == ENOSPC || errno == EDQUOT) GiveBackReserve();
+    } catch (const CFileException&) {
+      // The write that comes next tells what ails the disk.
+    }
+    return false;
   }
 
   void Close() override {
@@ -108,6 +123,7 @@ class PosixFileHandle final : public FileHandle {
         if (errno == EINTR) continue;
         Fail();
       }
+      if (count == 0) throw CFileException(Cause::kHardIo, 0, m_path);  // it would go on for ever
       offset += static_cast<ULONGLONG>(count);
       auto written = static_cast<std::size_t>(count);
       while (!vectors.empty() && written >= vectors.front().iov_len) {
@@ -125,6 +141,7 @@ class PosixFileHandle final : public FileHandle {
 
   int m_descriptor;
   CString m_path;
+  bool m_is_new;
   ULONGLONG m_length_at_opening = 0;
 };
 
@@ -141,6 +158,18 @@ int OpenDescriptor(const CString& host_path, const FileOpenMode& mode) {
   if (!mode.m_write) return open_for(O_RDONLY);
   const int descriptor = open_for(O_RDWR);
   return descriptor < 0 && errno == EACCES && !mode.m_read ? open_for(O_WRONLY) : descriptor;
+}
+
+// The same; a file is made only where nothing is, so that it is known whether it is new.
+int OpenOrMake(const CString& host_path, const FileOpenMode& mode, bool& is_new) {
+  if (mode.m_create) {
+    FileOpenMode making = mode;
+    making.m_new = true;
+    const int descriptor = OpenDescriptor(host_path, making);
+    is_new = descriptor >= 0;
+    if (is_new || mode.m_new || errno != EEXIST) return descriptor;
+  }
+  return OpenDescriptor(host_path, mode);
 }
 
 // True when the path is a name of the file that `status` describes.
@@ -200,13 +229,14 @@ class PosixFileSystem final : public FileSystem {
     auto host_path = looked ? os::HostPath(path) : os::SpelledHostPath(path);
     while (true) {
       if (!host_path) throw CFileException(Cause::kBadPath, 0, path);
-      const int descriptor = OpenDescriptor(*host_path, mode);
+      bool is_new = false;
+      const int descriptor = OpenOrMake(*host_path, mode, is_new);
       if (descriptor < 0 && errno == ENOENT && !std::exchange(looked, true)) {
         host_path = os::HostPath(path);
         continue;
       }
       if (descriptor < 0) throw CFileException(CauseOf(errno), errno, path);
-      auto handle = std::make_unique<PosixFileHandle>(descriptor, path);
+      auto handle = std::make_unique<PosixFileHandle>(descriptor, path, is_new);
       handle->Lock(mode.m_exclusive);
       const struct stat status = handle->Status();
       if (!S_ISREG(status.st_mode)) throw CFileException(Cause::kAccessDenied, 0, path);

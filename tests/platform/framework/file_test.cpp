@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
 
 #include <array>
 #include <csignal>
@@ -17,6 +20,14 @@
 #include "tests/support/test_drive.h"
 
 using namespace zebx;
+
+static bool disk_takes_nothing = false;
+
+// The system call as the library reaches it, and one of a disk that answers 0 for ever.
+extern "C" ssize_t pwritev(int descriptor, const iovec* vectors, int count, off_t offset) {
+  if (disk_takes_nothing) return 0;
+  return syscall(SYS_pwritev, descriptor, vectors, count, offset, 0);
+}
 
 namespace {
 
@@ -118,10 +129,39 @@ TEST_F(FileTest, ResumesAShortWriteAndKeepsItsPositionWhenTheDiskIsFull) {
   EXPECT_EQ(cause, Cause::kDiskFull);
   EXPECT_EQ(file.GetPosition(), 2U);
   EXPECT_EQ(ReadWholeFile(m_path), "ab0123456");
+  disk_takes_nothing = true;
+  EXPECT_EQ(Thrown([&] { file.Write(Bytes("x")); }), Cause::kHardIo);
+  disk_takes_nothing = false;
   const auto x = Bytes("x");
   EXPECT_EQ(Thrown([&] { file.WritePieces({x, x, x, x, x, x, x, x, x}); }), Cause::kGeneric);
   file.WritePieces({x, x, x, x, x, x, x, x});
   EXPECT_EQ(ReadWholeFile(m_path), "abxxxxxxxx");
+}
+
+TEST_F(FileTest, ReservesAheadWithoutAChangeOfLengthAndGivesBackAtTheEnd) {
+  const auto bytes_on_disk = [&] {
+    struct stat status {};
+    EXPECT_EQ(stat(m_path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_size, 3);
+    return status.st_blocks * 512;
+  };
+  constexpr ULONGLONG kStep = 1 << 20;
+  CFile file;
+  for (const bool dies : {false, true}) {
+    ASSERT_EQ(file.Open(m_path, kCreate), 1);
+    file.Write(Bytes("ab"));
+    file.ReserveAhead(kStep);
+    file.Write(Bytes("c"));
+    EXPECT_GT(bytes_on_disk(), 1000000);
+    file.Close();
+    if (dies) {
+      NativeFileSystem().Open(m_path, {.m_read = true, .m_write = true})->Reserve(3, kStep);
+      EXPECT_GT(bytes_on_disk(), 1000000);
+      ASSERT_EQ(file.Open(m_path, CFile::kModeReadWrite), 1);
+      file.GiveBackReserve();
+    }
+    EXPECT_LT(bytes_on_disk(), 100000);
+  }
 }
 
 TEST_F(FileTest, SharesOnlyWhenBothSidesDo) {
@@ -147,22 +187,20 @@ TEST_F(FileTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
 
 TEST_F(FileTest, ThrowsForEveryUseWithoutAFileAndForWhatTheDiskRefuses) {
   FaultyFileSystem disk;
-  disk.FailCall(FaultyFileSystem::kOpen, 1);
-  EXPECT_EQ(CauseOfOpening(m_path, kCreate), Cause::kHardIo);
   std::array<BYTE, 1> into{};
+  CFile file;
+  const std::function<void()> uses[] = {
+      [&] { file.Read(into); },  [&] { file.WritePieces({into, into}); },
+      [&] { file.GetLength(); }, [&] { file.SetLength(0); },
+      [&] { file.SeekToEnd(); }, [&] { file.Close(); }};
   for (const bool open : {false, true}) {
-    CFile file;
-    disk.Heal();
     EXPECT_EQ(open && file.Open(m_path, kCreate) == 1, open);
-    const std::function<void()> uses[] = {
-        [&] { file.Read(into); },  [&] { file.WritePieces({into, into}); },
-        [&] { file.GetLength(); }, [&] { file.SetLength(0); },
-        [&] { file.SeekToEnd(); }, [&] { file.Close(); }};
     for (const auto& use : uses) {
       disk.FailCall(FaultyFileSystem::kAnyCall, 1);
       EXPECT_EQ(Thrown(use), open ? Cause::kHardIo : Cause::kInvalidFile);
       EXPECT_EQ(file.GetPosition(), 0U);
     }
+    disk.Heal();
     EXPECT_FALSE(file.IsOpen());
   }
 }
@@ -172,7 +210,7 @@ TEST(CMemFile, StaysAsItWasWhenThereIsNoMemory) {
   file.Write(Bytes("abc"));
   constexpr auto kFarAway = std::numeric_limits<ULONGLONG>::max();
   EXPECT_THROW(file.SetLength(kFarAway), std::bad_alloc);
-  for (const ULONGLONG position : {kFarAway, kFarAway - 1, kFarAway / 2}) {
+  for (const ULONGLONG position : {kFarAway, kFarAway / 2}) {
     file.Seek(position);
     EXPECT_THROW(file.WritePieces({Bytes("a"), Bytes("bc")}), std::bad_alloc);
     EXPECT_EQ(file.GetPosition(), position);

@@ -1,4 +1,5 @@
 #include "platform/os/files/disk_space.h"
+#include "platform/framework/file_system.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -61,6 +62,9 @@ TEST(DiskSpace, IsWhatTheTreeLeavesOfTheQuotaAndNeverMoreThanTheHostHas) {
   for (const char* path : {"d:\\", "d:", "d:\\day\\host", "d:\\day\\b"}) {
     EXPECT_EQ(SpaceOf(path), space) << path;
   }
+  const auto file = zebx::NativeFileSystem().Open("d:\\day\\b", {.m_read = true, .m_write = true});
+  EXPECT_TRUE(file->Reserve(1, 1 << 20));
+  EXPECT_EQ(SpaceOf("d:\\"), space) << "what is reserved counts as free";
   drive.MakeFile("big", std::string(kQuotaBytes, 'x'));
   EXPECT_EQ(SpaceOf("d:\\"), (Space{0, kQuotaBytes, 0}));
 
