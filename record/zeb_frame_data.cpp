@@ -53,8 +53,6 @@ int CZebFrameData::CreateBuffer(DWORD video_size, DWORD speech_size) {
   m_speech = std::move(speech);
   m_video_capacity = video_size;
   m_speech_capacity = speech_size;
-  if (m_video_length > video_size) m_video_length = 0;
-  if (m_speech_length > speech_size) m_speech_length = 0;
   return 1;
 }
 
@@ -73,21 +71,19 @@ void CZebFrameData::Reserve(const FrameHeader& header) {
 
 int CZebFrameData::operator=(const CZebFrameData& other) {
   if (this == &other) return 1;
-  const bool copies_video = m_video && other.m_video;
-  const bool copies_speech = m_speech && other.m_speech && (other.m_flags & kFrameVoice) != 0;
+  // A length that says more than its buffer holds is passed on without bytes.
+  const bool copies_video = m_video && other.m_video && other.HoldsVideo();
+  const bool copies_speech = m_speech && other.m_speech && other.HoldsSpeech() && other.IsVoice();
   if (copies_video && other.m_video_length > m_video_capacity) return 0;
   if (copies_speech && other.m_speech_length > m_speech_capacity) return 0;
-  // A length that comes without its bytes is not to promise more than the buffer here holds.
-  const bool promises_video = m_video && other.m_video_length > m_video_capacity;
-  const bool promises_speech = m_speech && other.m_speech_length > m_speech_capacity;
 
   m_block_index = other.m_block_index;
   m_frame_index = other.m_frame_index;
   m_frame_type = other.m_frame_type;
   m_flags = other.m_flags;
-  m_video_length = promises_video ? 0 : other.m_video_length;
+  m_video_length = other.m_video_length;
   m_time_stamp = other.m_time_stamp;
-  m_speech_length = promises_speech ? 0 : other.m_speech_length;
+  m_speech_length = other.m_speech_length;
   if (copies_video) std::copy_n(other.m_video.get(), m_video_length, m_video.get());
   if (copies_speech) std::copy_n(other.m_speech.get(), m_speech_length, m_speech.get());
   return 1;
@@ -114,10 +110,6 @@ int CZebFrameData::SetVideoLength(DWORD length) {
   if (!m_video || length > m_video_capacity) return 0;
   m_video_length = length;
   return 1;
-}
-
-void CZebFrameData::SetSpeechDataLen(DWORD length) {
-  m_speech_length = length <= m_speech_capacity ? length : 0;
 }
 
 int CZebFrameData::SetSpeechData(BYTE* data, DWORD length) {
@@ -154,9 +146,9 @@ DWORD CZebFrameData::Write(BYTE*& cursor) const {
     writer.Put(m_speech_length);
     writer.PutBytes({m_speech.get(), m_speech_length});
   }
-  for (const CString& text : {m_frame_rate, m_code_rate}) {
-    writer.Put(static_cast<BYTE>(CutText(text).size()));
-    writer.PutText(CutText(text));
+  for (const CString* text : {&m_frame_rate, &m_code_rate}) {
+    writer.Put(static_cast<BYTE>(CutText(*text).size()));
+    writer.PutText(CutText(*text));
   }
   cursor += writer.Written();
   return static_cast<DWORD>(writer.Written());
@@ -212,14 +204,14 @@ FrameHeader CZebFrameData::GetHeader() const {
 }
 
 bool CZebFrameData::IsWritable() const {
-  const FrameHeader header = GetHeader();
-  return (header.m_video_bytes == 0 || m_video) && (header.m_speech_bytes == 0 || m_speech);
+  return HoldsVideo() && (!IsVoice() || HoldsSpeech());
 }
 
-DWORD CZebFrameData::WriteTo(CFile& file) const {
+DWORD CZebFrameData::WriteTo(CFile& file, std::span<const BYTE> before) const {
   const FrameHeader header = GetHeader();
   std::array<BYTE, kVoicedFrameHeaderBytes> buffer;
-  file.WritePieces({header.Format(buffer),
+  file.WritePieces({before,
+                    header.Format(buffer),
                     {m_video.get(), header.m_video_bytes},
                     {m_speech.get(), header.m_speech_bytes}});
   return static_cast<DWORD>(header.TotalBytes());
@@ -255,8 +247,8 @@ DWORD CZebFrameData::Write(CFile* file) const {
     if (IsWritable()) return WriteTo(*file);
     // What stands before the missing buffer still goes into the file.
     std::array<BYTE, kVoicedFrameHeaderBytes> buffer;
-    file->WritePieces(
-        {GetHeader().Format(buffer), {m_video.get(), m_video ? m_video_length : std::size_t{0}}});
+    file->WritePieces({GetHeader().Format(buffer),
+                       {m_video.get(), HoldsVideo() ? m_video_length : std::size_t{0}}});
     return 0;
   } catch (const std::exception& failure) {
     ReportError(failure);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
@@ -11,7 +12,8 @@
 class CFile;
 
 // Owns its two buffers. Their capacities are fixed by the constructor or CreateBuffer; an operation
-// that would put more into a buffer than it holds fails and changes nothing. A copy made by the
+// that would put more into a buffer than it holds fails and changes nothing. A length may say more
+// than its buffer holds, as after CreateBuffer: such a frame is not written. A copy made by the
 // copy constructor shares the buffers with its source; assignment copies the bytes. Used by one
 // thread at a time.
 class ZEBX_API CZebFrameData {
@@ -38,21 +40,23 @@ class ZEBX_API CZebFrameData {
   // the file behind it, with the record's lengths at 0. File and memory errors are reported.
   DWORD Write(CFile* file) const;
   int Read(CFile* file);
-  // The same two with file and memory errors thrown to the caller. WriteTo needs IsWritable().
-  DWORD WriteTo(CFile& file) const;
+  // The same two with file and memory errors thrown to the caller. WriteTo needs IsWritable(); the
+  // bytes of `before` go first, in the same system call, and do not count.
+  DWORD WriteTo(CFile& file, std::span<const BYTE> before = {}) const;
   bool ReadFrom(CFile& file);
-  // True when each length that is not 0 has its buffer.
+  // True when the buffers hold as many bytes as the lengths say.
   bool IsWritable() const;
   // The header of the file form.
   zebx::FrameHeader GetHeader() const;
 
-  // Replaces both buffers, contents undefined, lengths unchanged unless the new buffers hold less.
+  // Replaces both buffers, contents undefined, lengths unchanged.
   // 1, or 0 with nothing changed when either size is 0. Throws std::bad_alloc, nothing changed.
   int CreateBuffer(DWORD video_size, DWORD speech_size);
   // Replaces each buffer that is too small for the frame of `header`. Throws std::bad_alloc.
   void Reserve(const zebx::FrameHeader& header);
-  // Copies everything but the texts and the rate statistics; bytes only between buffers that exist,
-  // speech only with the voice flag. 1, or 0 with nothing changed when the bytes do not fit.
+  // Copies everything but the texts and the rate statistics; bytes only where both buffers exist
+  // and the source's holds its length, speech only with the voice flag. 1, or 0 with nothing
+  // changed when the bytes do not fit.
   int operator=(const CZebFrameData& other);
   // Copies frame type, flags, time stamp and both texts. Always 1.
   int CopyHeader(const CZebFrameData& other);
@@ -73,8 +77,8 @@ class ZEBX_API CZebFrameData {
   // Borrowed; valid until CreateBuffer or the end of the record. Null without a buffer.
   BYTE* GetVideoBuf() const { return m_video.get(); }
   DWORD GetSpeechLength() const { return m_speech_length; }
-  // A length beyond the buffer is taken as 0.
-  void SetSpeechDataLen(DWORD length);
+  // The caller puts the bytes into GetSpeechBuf(); the length is not checked against it.
+  void SetSpeechDataLen(DWORD length) { m_speech_length = length; }
   BYTE* GetSpeechBuf() const { return m_speech.get(); }
   // Copies the speech bytes. 1, or 0 with nothing changed without data, without the voice flag or
   // without a buffer of that size.
@@ -116,6 +120,8 @@ class ZEBX_API CZebFrameData {
 
  private:
   void SetBit(WORD bit, int on);
+  bool HoldsVideo() const { return m_video_length <= m_video_capacity; }
+  bool HoldsSpeech() const { return m_speech_length <= m_speech_capacity; }
 
   WORD m_frame_type = 0;
   WORD m_flags = 0;
