@@ -51,14 +51,14 @@ int CMoxFace::Create(const tag_ZEBCAMERAID* camera, const BYTE* picture, CSize p
   std::int64_t width = std::max(std::int64_t{rect.right} - rect.left, std::int64_t{0});
   width -= width % kWidthMultiple;
   const std::int64_t height = std::max(std::int64_t{rect.bottom} - rect.top, std::int64_t{0});
-  const bool is_inside = rect.left >= 0 && rect.top >= 0 && rect.left + width <= picture_size.cx &&
+  const std::int64_t pitch_bytes = std::int64_t{2} * picture_size.cx;
+  const bool is_inside = rect.left >= 0 && rect.top >= 0 && rect.left + width <= pitch_bytes &&
                          rect.bottom <= picture_size.cy;
   m_size = is_inside ? CSize{static_cast<LONG>(width), static_cast<LONG>(height)} : CSize{};
   if (picture == nullptr || m_size.cx == 0 || m_size.cy == 0) return 0;
 
   Allocate();
   const auto row_bytes = static_cast<std::size_t>(m_size.cx);
-  const std::ptrdiff_t pitch_bytes = std::ptrdiff_t{2} * picture_size.cx;
   std::size_t offset = 0;
   for (std::ptrdiff_t row = rect.bottom - 1; row >= rect.top; --row) {
     PutRow(offset, picture + row * pitch_bytes + rect.left, row_bytes);

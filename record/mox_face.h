@@ -28,10 +28,10 @@ class ZEBX_API CMoxFace : public CObject {
   int Create(const tag_ZEBCAMERAID* camera, const void* record, CTime time);
   int Create(const tag_ZEBCAMERAID* camera, const BYTE* record, const BYTE* end, CTime time);
   // Cuts the face out of a luminance picture of picture_size pixels, top row first, with its rows
-  // 2 * picture_size.cx bytes apart. The width of the face is rounded down to a multiple of 4, so
-  // that the rows of the 24-bit form need no padding. `camera` and `point` may be null: what they
-  // tell stays as it was. 1, or 0 for null, an empty face and a rectangle that reaches outside the
-  // picture.
+  // 2 * picture_size.cx bytes apart, all of which may be part of a face. The width of the face is
+  // rounded down to a multiple of 4, so that the rows of the 24-bit form need no padding. `camera`
+  // and `point` may be null: what they tell stays as it was. 1, or 0 for null, an empty face and a
+  // rectangle that reaches outside the rows.
   int Create(const tag_ZEBCAMERAID* camera, const BYTE* picture, CSize picture_size,
              const CRect& rect, CTime time, const CPoint* point);
   // Releases the picture; every other value stays. Always 1.

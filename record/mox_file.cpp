@@ -11,6 +11,7 @@
 #include "platform/framework/error_report.h"
 #include "platform/framework/file.h"
 #include "platform/framework/time.h"
+#include "record/file_stub.h"
 
 using namespace zebx;
 
@@ -23,6 +24,8 @@ constexpr DWORD kTimeBytes = sizeof(DWORD);
 constexpr int kCurrentFace = -1;
 // What is read at first: more than the header takes with names of a usual length.
 constexpr std::size_t kFirstReadBytes = 256;
+// What longer names are read in.
+constexpr std::size_t kPieceBytes = 64 * 1024;
 
 // The header as it lies in the file. docs/image-formats.md is its page.
 struct Header {
@@ -85,20 +88,31 @@ std::vector<BYTE> Header::Format() const {
   return bytes;
 }
 
-// The header at the start of a file, with names of any length. A length that leads beyond the file
-// takes no memory, and a file that is cut while it is read ends the loop.
+// Reads on until `bytes` holds `wanted` bytes of the file. False when the file ends first, or has
+// nothing there: a piece of zeros is a hole in the file, whose length takes memory and no disk.
+bool ReadOn(CFile& file, ULONGLONG wanted, std::vector<BYTE>& bytes) {
+  while (bytes.size() < wanted) {
+    const std::size_t begin = bytes.size();
+    bytes.resize(static_cast<std::size_t>(std::min<ULONGLONG>(wanted, begin + kPieceBytes)));
+    const auto piece = std::span(bytes).subspan(begin);
+    file.Seek(begin);
+    if (file.Read(piece) < piece.size()) return false;
+    const bool is_hole = std::ranges::all_of(piece, [](BYTE byte) { return byte == 0; });
+    if (is_hole && piece.size() == kPieceBytes) return false;
+  }
+  return true;
+}
+
+// The header at the start of a file, with names of any length. A length takes no more memory than
+// the file has bytes.
 std::optional<Header> LoadHeader(CFile& file, ULONGLONG file_bytes) {
   ULONGLONG wanted = std::min<ULONGLONG>(kFirstReadBytes, file_bytes);
   std::vector<BYTE> bytes;
-  while (true) {
-    bytes.resize(static_cast<std::size_t>(wanted));
-    file.SeekToBegin();
-    const std::size_t read = file.Read(bytes);
-    ULONGLONG needed = 0;
-    auto header = Header::Parse(std::span(bytes).first(read), &needed);
-    if (header || needed <= wanted || needed > file_bytes) return header;
-    wanted = needed;
+  while (wanted <= file_bytes && ReadOn(file, wanted, bytes)) {
+    auto header = Header::Parse(bytes, &wanted);
+    if (header || wanted <= bytes.size()) return header;
   }
+  return std::nullopt;
 }
 
 // What becomes of a file that its last user dropped without closing it.
@@ -132,6 +146,7 @@ int CMoxFile::Open(const char* path, int write) {
     if (write != 0) m_start_time = CTime::GetCurrentTime().GetTime();
     if ((write != 0 ? WriteHeader() : ReadHeader()) == 0) m_file.reset();
   } catch (...) {
+    if (write != 0) DeleteIfNew(*m_file);
     m_file.reset();
     throw;
   }

@@ -57,9 +57,9 @@ TEST(MoxFace, IsMadeOfAWholeDeviceRecord) {
   }
 }
 
-TEST(MoxFace, IsCutOutBottomUpInsideThePictureWithAWidthOfWholeWords) {
+TEST(MoxFace, IsCutOutBottomUpInsideTheRowsWithAWidthOfWholeWords) {
   // 8 * 3 pixels in rows of 16 bytes, counting up from 0.
-  std::vector<BYTE> picture(16 * 3 - 8);
+  std::vector<BYTE> picture(16 * 3);
   std::iota(picture.begin(), picture.end(), BYTE{0});
   CMoxFace face;
   const auto cut = [&](const CRect& rect, const CPoint* point = nullptr) {
@@ -69,13 +69,14 @@ TEST(MoxFace, IsCutOutBottomUpInsideThePictureWithAWidthOfWholeWords) {
   ASSERT_EQ(cut({2, 1, 6, 3}, &point), 1);
   EXPECT_EQ(face.GetSize(), (CSize{4, 2}));
   EXPECT_EQ(PixelsOf(face), (std::vector<int>{34, 35, 36, 37, 18, 19, 20, 21}));
-  ASSERT_EQ(cut({0, 0, 8, 3}), 1);
+  ASSERT_EQ(cut({12, 2, 17, 3}), 1);
+  EXPECT_EQ(PixelsOf(face), (std::vector<int>{44, 45, 46, 47}));
   EXPECT_EQ(face.GetFacePoint(), point) << "null point leaves the one before";
 
   constexpr LONG kMax = std::numeric_limits<LONG>::max();
   constexpr LONG kMin = std::numeric_limits<LONG>::min();
   for (const CRect& rect :
-       {CRect{0, 0, 3, 3}, CRect{-1, 0, 4, 2}, CRect{0, -1, 4, 2}, CRect{5, 0, 9, 2},
+       {CRect{0, 0, 3, 3}, CRect{-1, 0, 4, 2}, CRect{0, -1, 4, 2}, CRect{13, 0, 17, 2},
         CRect{0, 0, 4, 4}, CRect{kMin, kMin, kMax, kMax}, CRect{4, 2, 0, 0}}) {
     EXPECT_EQ(cut(rect), 0);
     ExpectNoPicture(face);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -125,6 +126,12 @@ TEST_F(MoxFile, AnswersOneForAnyFileButKeepsNoneWithoutAHeader) {
   disk.OverstateLengths(1000);
   EXPECT_EQ(OpenToReadWith(kHeader + std::string(300, 'x'), 43, "\2"), 1);
   EXPECT_EQ(ReadFace(0), std::nullopt) << "cut while its header is read";
+  disk.OverstateLengths(0);
+
+  WriteWholeFile(m_path, std::string(kHeader).replace(33, 1, "\6"));  // a name of 96 MB
+  std::filesystem::resize_file(m_path, 0x7FFFFFFF);
+  EXPECT_EQ(Open(0), 1);
+  EXPECT_EQ(m_file.GetHostName(), "pc") << "there is a hole in place of the name";
 }
 
 TEST_F(MoxFile, CountsNoFacesWhereSizesAndOffsetsLeadNowhere) {
@@ -163,6 +170,7 @@ TEST_F(MoxFile, ThrowsWhenTheDiskFailsAndGoesOnBehindTheLastWholeFace) {
   disk.FillDiskAfter(0);
   CMoxFile full;
   EXPECT_THROW(full.Open(m_dir.File("y.face").c_str(), 1), CFileException);
+  EXPECT_FALSE(std::filesystem::exists(m_dir.File("y.face")));
   disk.Heal();
   Open(0);
   EXPECT_EQ(m_file.GetTotalFaceNum(), 1U);
