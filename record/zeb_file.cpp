@@ -1,8 +1,6 @@
 // What writer, reader and clip share: opening, closing and the block queries.
 #include "record/zeb_file.h"
 
-#include <algorithm>
-
 #include "platform/framework/error_report.h"
 #include "platform/framework/file.h"
 #include "record/frame_block.h"
@@ -69,8 +67,8 @@ int CZebFile::GetFrameNumOfBlock(int block) const {
 int CZebFile::GetFrameIndex(int block, int index) const {
   // Unsigned: the counts of a damaged file may add up to anything.
   auto number = static_cast<DWORD>(index);
-  const int end = std::min(block, GetTotalBlock());
-  for (int before = 0; before < end; ++before) {
+  // Also behind the last block: a derived class may know of more.
+  for (int before = 0; before < block; ++before) {
     number += static_cast<DWORD>(GetFrameNumOfBlock(before));
   }
   return static_cast<int>(number);

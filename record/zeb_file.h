@@ -49,7 +49,8 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   // file that info names, also one that is still being written or whose writer died, builds the
   // block index and copies the header into *info. 1, or 0 with nothing attached: a file is attached
   // already, no info, another mode, a file that cannot be opened or made, a header that is not
-  // valid, or no frame in any finished block. Disk errors are reported.
+  // valid, or no frame in any finished block. A file that the disk refuses to hold is gone again,
+  // unless one was there before. Disk errors are reported.
   int Open(CZebFileInfo* info, tag_ZEBFILEMODE mode);
   // Finishes a file being written, or deletes it when it received no frame, and releases
   // everything. Safe when nothing is attached. Throws CFileException when the disk refuses the last
@@ -58,14 +59,16 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   void Close();
 
   // Appends a frame: one system call, but for a frame that starts a block. Every block starts with
-  // an I-frame. Result codes above; a frame that is not written changes nothing.
+  // an I-frame. Result codes above; a frame that is not written changes nothing, but for an I-frame
+  // refused where one block ends and the next begins: frames are dropped until the next I-frame.
   int WriteOneFrame(CZebFrameData* frame);
   // The same for a frame from before the alarm: begin time, begin time stamp and end time move back
   // to the first such frame, and the time of day is never read.
   int WritePreAlarmFrame(CZebFrameData* frame);
   // Appends prepared blocks, a list of CFrameBlock, up to the first one without frames. Only into a
-  // file whose current block is empty. 1, or 0 with nothing written; 0 also when a block would lead
-  // beyond what 32-bit offsets reach, the blocks before it written. Throws CFileException.
+  // file whose current block is empty. 1, or 0 with nothing written; 0 also when a block has more
+  // than 65,535 frames or would lead beyond what 32-bit offsets reach, the blocks before it
+  // written. Throws CFileException, with the blocks before the refused one written.
   int WriteBlock(CObList* blocks);
   // 1 while the writer accepts nothing but an I-frame.
   int IsNextIFrame() const { return m_block.m_frames == 0 ? 1 : 0; }
@@ -83,7 +86,8 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   int GetFrameNumOfBlock(int block) const override;
   int GetTotalBlock() const override { return m_index.Count(); }
   int GetTotalFrame() const override { return static_cast<int>(m_total_frames); }
-  // The number of a frame, counted from the start of the file.
+  // The number of a frame, counted from the start of the file. Takes one call of GetFrameNumOfBlock
+  // for every block before it, whether it exists or not.
   int GetFrameIndex(int block, int index) const override;
   int GetFrameIndexOfBlock(int block) const override;
   // When a block begins: to the second, 0 for a block that does not exist.
@@ -94,7 +98,8 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   // Cuts blocks from_block to to_block - 1 whole and the first to_index frames of to_block out into
   // a new recording at `path`, which is created or emptied. 1, or 0 with no file made when there is
   // nothing to copy, nothing is open for reading, the file cannot be made or is this file itself;
-  // 0 with a partial file when this file ends early. Throws CFileException.
+  // 0 with a partial file when this file ends early. Throws CFileException when the disk refuses a
+  // byte, without a file unless one was there before.
   int ClipFile(const CString& path, int from_block, int to_block, int to_index);
   // Copies the last `blocks` blocks of this file, which may still be recording, into `target`, an
   // alarm file just created. 1, or 0 when there is nothing to copy or no place to copy it to.
@@ -121,7 +126,10 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   bool IsFull(const CZebFrameData& frame) const;
   bool StartsBlock(const CZebFrameData& frame) const;
   void BeginFile(DWORD time_stamp, std::optional<CTime> now);
+  bool IsBlockBegun() const;
   void StartBlock(DWORD time_stamp, DWORD index_time_stamp);
+  void FinishBlock(zebx::BlockHeader block);
+  void FinishBlock();
   void AppendPrepared(CFrameBlock& block);
   ULONGLONG AppendOffset() const;
   void WriteBlockHeader(ULONGLONG offset, const zebx::BlockHeader& header);
@@ -139,6 +147,7 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   zebx::BlockHeader ReadBlockHeader(int block);
 
   // Clipping: zeb_file_clip.cpp.
+  bool CutInto(CFile& clip, int from_block, int to_block, int to_index);
   bool CopyBlocks(CFile& clip, int from_block, int to_block, int to_index, DWORD& last_stamp);
   int FirstPreviewBlock(DWORD blocks) const;
   void CopyBlockTo(CZebFile& target, int block, CTime begin_time, CZebFrameData& frame);
@@ -149,6 +158,8 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   std::unique_ptr<CFile> m_file;
   zebx::BlockHeader m_block;  // being written, or the first of the file when reading
   DWORD m_block_bytes = 0;    // of frames in the block being written
+  // The final header of the block before the current one, until the disk has taken it.
+  std::optional<zebx::BlockHeader> m_unfinished;
   DWORD m_total_frames = 0;
   zebx::BlockIndex m_index;
   ULONGLONG m_read_position = 0;  // file offset of the next frame to read

@@ -5,6 +5,7 @@
 #include "platform/framework/file.h"
 #include "platform/framework/file_system.h"
 #include "record/file_copy.h"
+#include "record/file_stub.h"
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
 
@@ -50,6 +51,16 @@ int CZebFile::ClipFile(const CString& path, int from_block, int to_block, int to
   constexpr UINT kCreate = CFile::kModeCreate | CFile::kModeWrite | CFile::kShareDenyNone;
   if (clip.Open(path, kCreate) == 0) return 0;
 
+  try {
+    return CutInto(clip, from_block, to_block, to_index) ? 1 : 0;
+  } catch (...) {
+    DeleteIfNew(clip);
+    throw;
+  }
+}
+
+// Writes the clip and closes it; false when this file ends early.
+bool CZebFile::CutInto(CFile& clip, int from_block, int to_block, int to_index) {
   CZebFileInfo header(static_cast<const CZebFileInfo&>(*this));
   header.SetClip(1);
   const DWORD first_stamp = m_index[from_block].m_time_stamp;
@@ -58,12 +69,12 @@ int CZebFile::ClipFile(const CString& path, int from_block, int to_block, int to
   header.SetEndTime(header.GetBeginTime());
   header.WriteTo(clip);
   DWORD last_stamp = first_stamp;
-  if (!CopyBlocks(clip, from_block, to_block, to_index, last_stamp)) return 0;
+  if (!CopyBlocks(clip, from_block, to_block, to_index, last_stamp)) return false;
   header.SetEndTime(header.GetTime(last_stamp));
   clip.SeekToBegin();
   header.WriteTo(clip);
   clip.Close();
-  return 1;
+  return true;
 }
 
 // Writes the relinked chain at the clip's position; false when this file ends early.

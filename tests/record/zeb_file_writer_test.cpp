@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "platform/framework/error_report.h"
 #include "platform/os/clock.h"
 #include "record/frame_block.h"
 #include "tests/support/faulty_file_system.h"
@@ -135,37 +136,62 @@ TEST_F(ZebFileWriter, RefusedFramesChangeNothing) {
   FillFrame(m_frame, 1, 1, "p");
   EXPECT_EQ(m_file->WriteOneFrame(&m_frame), kFrameDropped);
   EXPECT_EQ(m_file->WritePreAlarmFrame(&m_frame), kFrameDropped);
-  EXPECT_EQ(m_file->IsNextIFrame(), 1);
   m_file->SetLength(0x7F000000);
   EXPECT_EQ(WriteIFrame(1), kWriteFileFull);
   EXPECT_EQ(ReadWholeFile(m_path), created);
   m_file->SetLength(0x7EFFFFFF);
   EXPECT_EQ(WriteIFrame(1), kFrameWritten);
+  m_frame.SetVoice(1);
+  m_frame.SetSpeechDataLen(65);  // more than there is
+  EXPECT_EQ(m_file->WriteOneFrame(&m_frame), kWriteNoFile);
   EXPECT_EQ(m_file->GetLength(), created.size() + 13);
-  EXPECT_EQ(m_file->IsNextIFrame(), 0);
 }
 
-TEST_F(ZebFileWriter, AFileThatReceivedNothingIsDeleted) {
+TEST_F(ZebFileWriter, FilesWithoutAFrameAreDeletedAndThoseThatTheDiskRefusesUnlessTheyWereThere) {
   EXPECT_EQ(m_file->Open(&m_info, kZebFileWrite), 0);  // busy
   m_file->Close();
   EXPECT_FALSE(std::filesystem::exists(m_path));
   EXPECT_EQ(WriteIFrame(1), kWriteNoFile);
-  CZebFileInfo nowhere = MakeInfo(m_directory.File("no/such.zebz"));
   EXPECT_EQ(m_file->Open(&m_info, tag_ZEBFILEMODE{2}), 0);
-  EXPECT_EQ(m_file->Open(&nowhere, kZebFileWrite), 0);
+  SetErrorSink([](const std::exception&) {});
+  FaultyFileSystem disk;
+  for (const bool exists : {false, true}) {
+    if (exists) WriteWholeFile(m_path, "before");
+    for (const std::uint64_t room : {0U, 50U, 70U}) {
+      disk.FillDiskAfter(room);
+      EXPECT_EQ(m_file->Open(&m_info, kZebFileWrite), 0);
+      EXPECT_EQ(std::filesystem::exists(m_path), exists) << room;
+    }
+  }
+  SetErrorSink({});
 }
 
-TEST_F(ZebFileWriter, AnAppendedFrameIsOneWriteAndNothingElse) {
-  FaultyFileSystem disk;
-  Open();
-  WriteIFrame(1);
-  const std::uint64_t calls = disk.Calls();
-  const std::uint64_t writes = disk.Writes();
-  FillFrame(m_frame, 0, 1, "video", "speech");
-  for (int i = 0; i < 50; ++i) ASSERT_EQ(m_file->WriteOneFrame(&m_frame), 1);
-  EXPECT_EQ(disk.Writes() - writes, 50U);
-  EXPECT_EQ(disk.Calls() - calls, 50U);
-  m_file.reset();
+TEST_F(ZebFileWriter, NamesSetMeanwhileStayOutOfTheFirstBlock) {
+  m_file->SetHostName("HOST");
+  for (const char* name : {"cam", "a longer camera", "c"}) {
+    m_file->SetCameraName(name);
+    WriteRun(*m_file, {102, 1});
+    EXPECT_TRUE(ReadWholeFile(m_path).substr(44).starts_with("cam\3")) << name;
+  }
+  EXPECT_EQ(Finish().m_fault, "");
+  EXPECT_EQ(ReadWholeFile(m_path).substr(58, 4), "HOST");
+}
+
+TEST_F(ZebFileWriter, AnAppendedFrameIsOneCallAndReservesAheadFromTheSecondBlockOn) {
+  for (const bool refused : {false, true}) {
+    FaultyFileSystem disk;
+    if (refused) disk.RefuseReserves();
+    Open();
+    WriteIFrame(1);
+    const std::uint64_t calls = disk.Calls();
+    FillFrame(m_frame, 0, 1, "video", "speech");
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(m_file->WriteOneFrame(&m_frame), 1);
+    EXPECT_EQ(disk.Calls() - calls, 100U);
+    EXPECT_EQ(disk.Reserves(), 0U);
+    for (int i = 0; i < 150; ++i) ASSERT_EQ(m_file->WriteOneFrame(&m_frame), 1);
+    EXPECT_EQ(disk.Reserves(), 1U);
+    m_file.reset();
+  }
 }
 
 TEST_F(ZebFileWriter, ABlockEndsWhereItsCountDoes) {
@@ -183,7 +209,6 @@ TEST_F(ZebFileWriter, QueriesHideTheLastEntryOfAnIndexThatIsExactlyFull) {
   EXPECT_EQ(m_file->GetBlockTimeStamp(1023), 0xFFFFFFFF);
   EXPECT_EQ(m_file->GetBlockTime(1023).GetTime(), 0U);
   while (m_file->GetTotalBlock() < 1025) WriteRun(*m_file, {10, 1, 2});
-  EXPECT_EQ(m_file->GetFrameIndexOfBlock(0x7FFFFFFF), 9 + 1023 * 10);
   int block = 0;
   int index = 0;
   EXPECT_EQ(m_file->GetFilePos(block, index), 1);
@@ -247,7 +272,27 @@ TEST_F(PreparedBlocks, AreAppendedUpToAnEmptyOne) {
   EXPECT_EQ(Finish().m_blocks, "2@500 2@8000 0@500");
 }
 
-TEST_F(PreparedBlocks, ThatTheDiskRefusesAreTakenBack) {
+TEST_F(PreparedBlocks, BeyondWhatAFileCanCountAreRefusedBehindTheOthers) {
+  PreparedBlock many = {9000, 1, "m"}, large = {9000, 1, "l"};
+  many.m_frames = 0x10000;
+  large.m_bytes = 0xFFFFFFB0;
+  for (PreparedBlock* block : {&many, &large}) {
+    EXPECT_EQ(Write({block}), 0);
+    EXPECT_EQ(m_file->GetTotalFrame(), 0);
+    EXPECT_EQ(Write({&m_first, block, &m_second}), 0);
+    EXPECT_EQ(m_file->GetTotalFrame(), 2);
+    EXPECT_EQ(Finish().m_blocks, "2@500 0@500");
+    Open();
+  }
+  EXPECT_EQ(Write({&m_first}), 1);
+  CZebFileInfo info = MakeInfo(m_directory.File("alarm.zebz"));
+  CZebFile alarm;
+  ASSERT_EQ(alarm.Open(&info, kZebFileWrite), 1);
+  EXPECT_EQ(m_file->AlarmPreviewData(&alarm, 1), 1);
+  EXPECT_EQ(alarm.GetTotalFrame(), 2);
+}
+
+TEST_F(PreparedBlocks, ThatTheDiskRefusesAreTakenBackAndMayBeOfferedAgain) {
   FaultyFileSystem disk;
   for (std::uint64_t n = 1; disk.Failures() == n - 1; ++n) {
     SCOPED_TRACE(n);
@@ -256,10 +301,10 @@ TEST_F(PreparedBlocks, ThatTheDiskRefusesAreTakenBack) {
     try {
       EXPECT_EQ(Write({&m_first, &m_second}), 1);
     } catch (const CFileException&) {
+      EXPECT_EQ(Write({&m_second}), m_file->IsNextIFrame());
     }
     disk.Heal();
     m_file->Close();
-    if (!std::filesystem::exists(m_path)) continue;
     EXPECT_EQ(ParseRecording(ReadWholeFile(m_path)).m_fault, "");
   }
   EXPECT_GT(disk.Failures(), 4U);
