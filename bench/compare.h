@@ -14,11 +14,12 @@
 #include <string>
 #include <vector>
 
-// A path of this process's own, below ZEBX_BENCH_DIR or the system's temporary directory.
+// A path of this process's own, below ZEBX_BENCH_DIR or the current directory: the place for
+// temporary files may be memory.
 inline std::string BenchPath(const std::string& name) {
   const char* directory = std::getenv("ZEBX_BENCH_DIR");
-  const std::filesystem::path base = directory != nullptr ? std::filesystem::path(directory)
-                                                          : std::filesystem::temp_directory_path();
+  const std::filesystem::path base =
+      directory != nullptr ? std::filesystem::path(directory) : std::filesystem::current_path();
   return (base / ("zebx_bench_" + std::to_string(getpid()) + "_" + name)).string();
 }
 

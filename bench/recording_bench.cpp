@@ -2,7 +2,10 @@
 // bytes.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
+#include <linux/fiemap.h>
+#include <linux/fs.h>
 #include <malloc.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -28,17 +31,23 @@ CZebFrameData MakeFrame(DWORD frame_bytes) {
   return frame;
 }
 
-void Record(const std::string& path, DWORD frame_bytes, int frames) {
-  CZebFrameData frame = MakeFrame(frame_bytes);
+void Create(CZebFile& file, const std::string& path) {
   CZebFileInfo info;
   info.SetFileName(path);
-  CZebFile file;
   Require(file.Open(&info, kZebFileWrite) == 1, "cannot create the recording");
-  for (int i = 0; i < frames; ++i) {
-    frame.SetFrameType(static_cast<WORD>(i % kFramesPerGroup == 0 ? 0 : 1));
-    frame.SetTimeStamp(static_cast<DWORD>(i) * 40);
-    Require(file.WriteOneFrame(&frame) == kFrameWritten, "cannot append a frame");
-  }
+}
+
+void Append(CZebFile& file, CZebFrameData& frame, int number) {
+  frame.SetFrameType(static_cast<WORD>(number % kFramesPerGroup == 0 ? 0 : 1));
+  frame.SetTimeStamp(static_cast<DWORD>(number) * 40);
+  Require(file.WriteOneFrame(&frame) == kFrameWritten, "cannot append a frame");
+}
+
+void Record(const std::string& path, DWORD frame_bytes, int frames) {
+  CZebFrameData frame = MakeFrame(frame_bytes);
+  CZebFile file;
+  Create(file, path);
+  for (int i = 0; i < frames; ++i) Append(file, frame, i);
   file.Close();
 }
 
@@ -56,27 +65,85 @@ void WriteBare(const std::string& path, DWORD frame_bytes, int frames) {
   close(descriptor);
 }
 
+// The files are removed untimed, as what they cost then lies with the disk alone.
 void AppendFrames(benchmark::State& state) {
   const auto frame_bytes = static_cast<DWORD>(state.range(0));
   const auto frames = static_cast<int>(state.range(1));
   const std::string path = BenchPath("append");
   Compare(
-      state, frames,
-      [&] {
-        Record(path, frame_bytes, frames);
-        std::filesystem::remove(path);
-      },
-      [&] {
-        WriteBare(path, frame_bytes, frames);
-        std::filesystem::remove(path);
-      });
+      state, frames, [&] { std::filesystem::remove(path); },
+      [&] { Record(path, frame_bytes, frames); }, [&] { WriteBare(path, frame_bytes, frames); });
+  std::filesystem::remove(path);
 }
 BENCHMARK(AppendFrames)
-    ->Args({20 * 1024, 2500})
+    ->Args({18 * 1024, 5000})
     ->Args({1024, 25000})
     ->UseManualTime()
     ->Iterations(40)
     ->Unit(benchmark::kMillisecond);
+
+// Pieces in which a file lies on the disk.
+double Extents(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  fiemap map{};
+  map.fm_length = FIEMAP_MAX_OFFSET;
+  map.fm_flags = FIEMAP_FLAG_SYNC;
+  Require(ioctl(descriptor, FS_IOC_FIEMAP, &map) == 0, "the disk does not tell extents");
+  close(descriptor);
+  return map.fm_mapped_extents;
+}
+
+// Lets the disk write down what it has been given of a file, as it does by itself after a while.
+void WriteBack(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  Require(fdatasync(descriptor) == 0, "cannot write back");
+  close(descriptor);
+}
+
+// Sixteen recordings of 100 MB, frame by frame in turn, next to sixteen bare loops. The argument:
+// after how many frames each the disk writes them down; 0 leaves that to the disk.
+void WriteInTurn(benchmark::State& state) {
+  constexpr std::size_t kFiles = 16;
+  constexpr int kFrames = 100 * 1024 / 18;
+  const auto write_back_frames = static_cast<int>(state.range(0));
+  CZebFrameData frame = MakeFrame(18 * 1024);
+  std::array<std::string, kFiles> paths;
+  for (std::size_t i = 0; i < kFiles; ++i) paths[i] = BenchPath("turn" + std::to_string(i));
+  const auto write = [&](auto&& append) {
+    for (int number = 0; number < kFrames; ++number) {
+      for (std::size_t i = 0; i < kFiles; ++i) append(i, number);
+      if (write_back_frames == 0 || number % write_back_frames != 0) continue;
+      for (const auto& path : paths) WriteBack(path);
+    }
+  };
+  const auto count_and_remove = [&] {
+    double extents = 0;
+    for (const auto& path : paths) {
+      extents += Extents(path);
+      std::filesystem::remove(path);
+    }
+    return extents;
+  };
+  for ([[maybe_unused]] auto _ : state) {
+    std::array<CZebFile, kFiles> recordings;
+    for (std::size_t i = 0; i < kFiles; ++i) Create(recordings[i], paths[i]);
+    write([&](std::size_t i, int number) { Append(recordings[i], frame, number); });
+    for (CZebFile& recording : recordings) recording.Close();
+    state.counters["extents"] = count_and_remove();
+
+    std::array<std::ofstream, kFiles> bare;
+    const std::vector<char> bytes(18 * 1024, 0x5A);
+    for (std::size_t i = 0; i < kFiles; ++i) {
+      bare[i].rdbuf()->pubsetbuf(nullptr, 0);
+      bare[i].open(paths[i], std::ios::binary);
+    }
+    write([&](std::size_t i, int) { bare[i].write(bytes.data(), std::ssize(bytes)); });
+    for (auto& file : bare) file.close();
+    state.counters["bare_extents"] = count_and_remove();
+    state.counters["ratio"] = state.counters["extents"] / state.counters["bare_extents"];
+  }
+}
+BENCHMARK(WriteInTurn)->Arg(0)->Arg(28)->Iterations(1)->Unit(benchmark::kSecond);
 
 void ReadFrames(benchmark::State& state) {
   const auto frame_bytes = static_cast<DWORD>(state.range(0));
