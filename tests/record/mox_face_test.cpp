@@ -89,12 +89,10 @@ TEST(MoxFace, IsDrawnIntoAWindow) {
   CMoxFace face;
   EXPECT_EQ(face.Show(window, {0, 0, 3, 2}), 0) << "no picture";
   face.Create(nullptr, kRecord.data(), CTime());
-  EXPECT_EQ(face.Show(nullptr, {0, 0, 3, 2}), 0) << "not the screen";
   ASSERT_EQ(face.Show(window, {1, 2, 4, 4}), 1);
   HDC dc = os::GetDC(window);
   EXPECT_EQ(os::GetPixel(dc, 1, 2), 0x040404U) << "the last row on top";
   EXPECT_EQ(os::GetPixel(dc, 3, 3), 0x030303U);
-  EXPECT_EQ(os::GetPixel(dc, 0, 2), 0U);
   os::ReleaseDC(window, dc);
   os::DestroyWindow(window);
   EXPECT_EQ(face.Show(window, {0, 0, 3, 2}), 0);

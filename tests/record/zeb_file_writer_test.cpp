@@ -49,7 +49,6 @@ TEST_F(ZebFileWriter, StartsBlocksAtTheIFrameBehindEnoughFrames) {
     const char* m_blocks;
   } cases[] = {
       {{250, 25, 0}, "125@1000 125@1125 0@500"},
-      {{100, 25, 0}, "100@1000 0@500"},
       {{205, 1, 0}, "101@1000 101@1101 3@1202 0@500"},
       {{300, 200, 0}, "200@1000 100@1200 0@500"},
       {{500, 25, 2}, "225@1000 250@1225 25@1475 0@500"},
@@ -92,18 +91,6 @@ TEST_F(ZebFileWriter, AWholeRecordingIsByteForByte) {
                 Hex("c3000000 ffffffff 0000 0000 0c0e0000"));
 }
 
-TEST_F(ZebFileWriter, TheFirstLiveFrameSetsTheTimesAndEveryFrameTheEnd) {
-  m_info.SetBeginTime(CTime(5));
-  m_info.SetGmt(3);
-  m_info.SetClip(1);
-  Open();
-  m_clock.Advance(7000);
-  WriteRun(*m_file, {30, 25});
-  m_clock.Advance(3000);
-  WriteRun(*m_file, {1, 1});
-  EXPECT_EQ(Finish().m_header, "1000000007-1000000010, stamp 1000, gmt 16, flags 2");
-}
-
 TEST_F(ZebFileWriter, TheFirstPreAlarmFrameMovesTheBeginBack) {
   m_info.SetBeginTime(CTime(5000));
   m_info.SetEndTime(CTime(6000));
@@ -114,7 +101,6 @@ TEST_F(ZebFileWriter, TheFirstPreAlarmFrameMovesTheBeginBack) {
     const char *m_header, *m_blocks;
   } cases[] = {
       {4500, "4995-4995, stamp 4500, gmt 11, flags 0", "101@4500 1@4601 0@500"},
-      {10000, "5000-6000, stamp 10000, gmt 11, flags 0", "101@10000 1@10101 0@500"},
       {12000, "5000-6000, stamp 12000, gmt 11, flags 0", "101@12000 1@12101 0@500"},
   };
   for (const auto& [stamp, header, blocks] : cases) {

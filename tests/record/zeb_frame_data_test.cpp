@@ -115,17 +115,15 @@ TEST(ZebFrameData, FlagsAnswerTheirBits) {
   frame.SetIOAlarm(1);
   frame.SetAlarm();
   frame.SetRT(1);
-  frame.SetAudio(1);
   frame.SetEncoderType(0x11);
   frame.SetEncoderType(2);  // adds to the bits that are there
+  BYTE speech[] = {1, 2, 3};
+  EXPECT_EQ(frame.SetSpeechData(speech, 2), 0);  // not without the flag
+  frame.SetAudio(1);
+  EXPECT_EQ(frame.SetSpeechData(speech, 3), 1);
   EXPECT_EQ(frame.GetFlag(), 0xE035);
   frame.SetVoice(0);
   EXPECT_EQ(frame.GetFlag(), 0x6035);
-  BYTE speech[] = {1, 2, 3};
-  EXPECT_EQ(frame.SetSpeechData(speech, 2), 0);  // not without the flag
-  frame.SetVoice(1);
-  EXPECT_EQ(frame.SetSpeechData(speech, 3), 1);
-  EXPECT_EQ(frame.GetSpeechLength(), 3U);
 }
 
 TEST(ZebFrameData, RateTextsFollowThePeriod) {
