@@ -10,14 +10,14 @@
 
 static bool is_out_of_memory = false;
 
-void* operator new(std::size_t bytes) {
+[[gnu::noinline]] void* operator new(std::size_t bytes) {
   void* memory = is_out_of_memory ? nullptr : std::malloc(bytes);
   return memory != nullptr ? memory : throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   std::free(memory);
 }
 
