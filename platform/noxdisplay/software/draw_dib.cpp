@@ -1,5 +1,6 @@
 // Drawing of single pictures.
 #include <algorithm>
+#include <new>
 #include <span>
 #include <vector>
 
@@ -30,7 +31,7 @@ std::vector<BYTE> PadRows(const BYTE* picture, const os::PixelLayout& layout) {
 
 }  // namespace
 
-int noxshowDrawDib(const BYTE* picture, const CSize* size, HDC dc, const CRect* target) {
+int noxshowDrawDib(const BYTE* picture, const CSize* size, HDC dc, const CRect* target) try {
   if (picture == nullptr || size == nullptr || target == nullptr) return kFailed;
   os::BitmapInfoHeader header;
   header.m_width = size->cx;
@@ -50,4 +51,6 @@ int noxshowDrawDib(const BYTE* picture, const CSize* size, HDC dc, const CRect* 
       os::StretchDIBits(dc, target->left, target->top, target->Width(), target->Height(), 0, 0,
                         size->cx, size->cy, rows, header, {}, os::kSrcCopy);
   return drawn != os::kGdiError ? kGood : kFailed;
+} catch (const std::bad_alloc&) {
+  return kFailed;
 }

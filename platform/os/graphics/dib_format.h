@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <span>
 
@@ -40,9 +41,10 @@ struct ZEBX_API BitmapInfoHeader {
   DWORD ColorCount() const;
 };
 
-// Bytes of one padded row of `bits`. Modulo 2^32, as every reader of the format computes it.
-constexpr DWORD RowBytes(DWORD bits) {
-  constexpr DWORD kPaddingBits = 32;
+// Bytes of one padded row of `bits`. Of 32 bits modulo 2^32, as readers of the format compute it.
+template <std::unsigned_integral Bits>
+constexpr Bits RowBytes(Bits bits) {
+  constexpr Bits kPaddingBits = 32;
   return (bits + kPaddingBits - 1) / kPaddingBits * (kPaddingBits / 8);
 }
 

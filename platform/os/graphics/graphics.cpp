@@ -6,12 +6,14 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "platform/framework/bitmap.h"
 #include "platform/os/graphics/pixels.h"
+#include "platform/os/graphics/stretch.h"
 #include "platform/os/windows/windows.h"
 
 using namespace zebx;
@@ -91,12 +93,15 @@ ContextPointer FindContext(HDC dc) {
   return tables.Context(dc);
 }
 
-HBITMAP AddBitmap(const PixelLayout& layout, std::span<BYTE>* bits) {
+BitmapPointer MakeBitmap(const PixelLayout& layout) {
   auto bitmap = std::make_shared<Bitmap>();
   bitmap->m_layout = layout;
   bitmap->m_bytes.resize(layout.TotalBytes());
   if (layout.m_bit_count <= 8) bitmap->m_colors.resize(std::size_t{1} << layout.m_bit_count);
-  *bits = bitmap->m_bytes;
+  return bitmap;
+}
+
+HBITMAP AddBitmap(BitmapPointer bitmap) {
   Tables& tables = Tables::Get();
   const std::lock_guard lock(tables.m_mutex);
   auto* handle = tables.NewHandle<HBITMAP>();
@@ -164,7 +169,7 @@ bool HasNegativeSize(const Area& area) {
 
 }  // namespace
 
-HDC GetDC(HWND window) {
+HDC GetDC(HWND window) try {
   Tables& tables = Tables::Get();
   if (window == nullptr) return tables.m_screen;
   if (IsWindow(window) == 0) return nullptr;
@@ -173,6 +178,8 @@ HDC GetDC(HWND window) {
   context.m_window = window;
   const std::lock_guard lock(tables.m_mutex);
   return tables.AddContext(context);
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 int ReleaseDC(HWND window, HDC dc) {
@@ -188,11 +195,13 @@ int ReleaseDC(HWND window, HDC dc) {
   return 1;
 }
 
-HDC CreateCompatibleDC(HDC dc) {
+HDC CreateCompatibleDC(HDC dc) try {
   Tables& tables = Tables::Get();
   const std::lock_guard lock(tables.m_mutex);
   if (tables.Context(dc) == nullptr) return nullptr;
   return tables.AddContext({});
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 int DeleteDC(HDC dc) {
@@ -218,26 +227,32 @@ HBITMAP SelectObject(HDC dc, HBITMAP bitmap) {
   return std::exchange(context->m_bitmap, bitmap);
 }
 
-HBITMAP CreateDIBSection(HDC dc, const BitmapInfoHeader& header, std::span<BYTE>* bits) {
+HBITMAP CreateDIBSection(HDC dc, const BitmapInfoHeader& header, std::span<BYTE>* bits) try {
   const auto layout = PixelLayout::Of(header);
   if (FindContext(dc) == nullptr || !layout) return nullptr;
-  return AddBitmap(*layout, bits);
+  const BitmapPointer bitmap = MakeBitmap(*layout);
+  HBITMAP handle = AddBitmap(bitmap);
+  *bits = bitmap->m_bytes;
+  return handle;
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 HBITMAP CreateDIBitmap(HDC dc, const BitmapInfoHeader& header, std::span<const BYTE> bits,
-                       std::span<const BYTE> color_table) {
+                       std::span<const BYTE> color_table) try {
   const auto layout = PixelLayout::Of(header);
   if (FindContext(dc) == nullptr || !layout || bits.size() < layout->TotalBytes()) return nullptr;
   const auto screen_layout = ScreenLayout({layout->m_width, layout->m_height});
   if (!screen_layout) return nullptr;
 
-  std::span<BYTE> screen_bits;
-  HBITMAP bitmap = AddBitmap(*screen_layout, &screen_bits);
+  BitmapPointer bitmap = MakeBitmap(*screen_layout);
   const auto colors = ParseColorTable(color_table, layout->m_bit_count);
   const Area whole = {0, 0, layout->m_width, layout->m_height};
-  StretchPixels({*layout, bits, colors}, whole, {*screen_layout, screen_bits, {}}, whole,
+  StretchPixels({*layout, bits, colors}, whole, bitmap->Target(), whole,
                 StretchMode::kBlackOnWhite);
-  return bitmap;
+  return AddBitmap(std::move(bitmap));
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 int DeleteObject(HBITMAP bitmap) {
@@ -258,7 +273,7 @@ int GetBitmapSize(HBITMAP bitmap, CSize* size) {
   return 1;
 }
 
-UINT SetDIBColorTable(HDC dc, UINT first, std::span<const BYTE> colors) {
+UINT SetDIBColorTable(HDC dc, UINT first, std::span<const BYTE> colors) try {
   const ContextPointer context = FindContext(dc);
   if (context == nullptr || context->m_picture == nullptr) return 0;
   auto& table = context->m_picture->m_colors;
@@ -267,6 +282,8 @@ UINT SetDIBColorTable(HDC dc, UINT first, std::span<const BYTE> colors) {
   const std::size_t count = std::min(replacement.size(), table.size() - first);
   std::copy_n(replacement.begin(), count, table.begin() + static_cast<std::ptrdiff_t>(first));
   return static_cast<UINT>(count);
+} catch (const std::bad_alloc&) {
+  return 0;
 }
 
 int SetStretchBltMode(HDC dc, StretchMode mode) {
@@ -277,7 +294,7 @@ int SetStretchBltMode(HDC dc, StretchMode mode) {
 }
 
 int StretchBlt(HDC to, int x, int y, int width, int height, HDC from, int source_x, int source_y,
-               int source_width, int source_height, DWORD raster_operation) {
+               int source_width, int source_height, DWORD raster_operation) try {
   const Area onto = {x, y, width, height};
   const Area source_area = {source_x, source_y, source_width, source_height};
   const ContextPointer target = FindContext(to);
@@ -286,8 +303,8 @@ int StretchBlt(HDC to, int x, int y, int width, int height, HDC from, int source
       HasNegativeSize(source_area) || raster_operation != kSrcCopy) {
     return 0;
   }
-  // Pictures of windows are locked one at a time: two that are drawn into each other on two threads
-  // would wait for each other for ever.
+  // Pictures of windows are locked one at a time: two that are drawn into each other on two
+  // threads would wait for each other for ever.
   std::optional<PictureCopy> copy;
   const bool is_memory = source->m_kind == DeviceContext::Kind::kMemory && source != target;
   if (is_memory) {
@@ -299,12 +316,14 @@ int StretchBlt(HDC to, int x, int y, int width, int height, HDC from, int source
   return WithPicture(*target, [&](const PixelTarget& picture) {
     StretchPixels(pixels, source_area, picture, onto, target->m_stretch_mode);
   });
+} catch (const std::bad_alloc&) {
+  return 0;
 }
 
 int StretchDIBits(HDC to, int x, int y, int width, int height, int source_x, int source_y,
                   int source_width, int source_height, std::span<const BYTE> bits,
                   const BitmapInfoHeader& header, std::span<const BYTE> color_table,
-                  DWORD raster_operation) {
+                  DWORD raster_operation) try {
   const auto layout = PixelLayout::Of(header);
   const ContextPointer target = FindContext(to);
   const Area onto = {x, y, width, height};
@@ -322,6 +341,8 @@ int StretchDIBits(HDC to, int x, int y, int width, int height, int source_x, int
     StretchPixels({*layout, bits, colors}, from, picture, onto, target->m_stretch_mode);
   });
   return drawn ? layout->m_height : kGdiError;
+} catch (const std::bad_alloc&) {
+  return kGdiError;
 }
 
 DWORD GetPixel(HDC dc, int x, int y) {

@@ -2,7 +2,8 @@
 //
 // A device context is a place to draw into: a window's picture, a bitmap selected into a memory
 // context, or the screen, which only tells what is compatible with it and refuses to be drawn into.
-// Handles are never used again, so that a stale one is refused. Handles may be made and given back
+// Handles are never used again, so that a stale one is refused. What runs out of memory fails and
+// leaves no handle behind. Handles may be made and given back
 // on any thread; a context and the bitmap in it are used by one thread at a time.
 #pragma once
 

@@ -1,8 +1,9 @@
 #include "platform/os/graphics/pixels.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <array>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 namespace os {
@@ -60,69 +61,44 @@ DWORD NearestIndex(std::span<const Color> colors, Color wanted) {
   return best;
 }
 
-// Pixels `m_begin` to `m_end` - 1 of the source make one pixel of the target.
-struct Span {
-  LONG m_begin = 0;
-  LONG m_end = 0;
-  bool operator==(const Span&) const = default;
-};
-
-// The part of a target axis that is visible, and the source pixels of each place on it.
-struct Axis {
-  LONG m_first = 0;
-  std::vector<Span> m_spans;  // empty spans lie outside the source
-};
-
-Axis MapAxis(LONG onto, LONG onto_size, LONG target_size, LONG from, LONG from_size,
-             LONG source_size) {
-  const std::int64_t first = std::max<std::int64_t>(onto, 0);
-  const std::int64_t end = std::min<std::int64_t>(std::int64_t{onto} + onto_size, target_size);
-  Axis axis;
-  axis.m_first = static_cast<LONG>(first);
-  for (std::int64_t place = first; place < end; ++place) {
-    const std::int64_t step = place - onto;
-    const std::int64_t begin = from + step * from_size / onto_size;
-    const std::int64_t until = std::max(begin + 1, from + (step + 1) * from_size / onto_size);
-    const std::int64_t clipped_begin = std::clamp<std::int64_t>(begin, 0, source_size);
-    const std::int64_t clipped_end = std::clamp<std::int64_t>(until, clipped_begin, source_size);
-    axis.m_spans.push_back({static_cast<LONG>(clipped_begin), static_cast<LONG>(clipped_end)});
-  }
-  return axis;
+void Store(BYTE* at, Color color) {
+  std::memcpy(at, &color, sizeof(color));
 }
 
-// Gathers the source pixels of one pixel of the target.
-class PixelMixer {
- public:
-  void Add(Color color) {
-    m_and &= color;
-    m_blue += color & 0xFF;
-    m_green += (color >> 8) & 0xFF;
-    m_red += (color >> 16) & 0xFF;
-    ++m_count;
-  }
-  Color Mixed(StretchMode mode) const {
-    if (mode == StretchMode::kBlackOnWhite) return m_and;
-    const auto mean = [this](ULONGLONG sum) {
-      return static_cast<Color>((sum + m_count / 2) / m_count);
-    };
-    return (mean(m_red) << 16) | (mean(m_green) << 8) | mean(m_blue);
-  }
+constexpr std::size_t kTripleBytes = 3;
 
- private:
-  Color m_and = kColorMask;
-  ULONGLONG m_blue = 0;
-  ULONGLONG m_green = 0;
-  ULONGLONG m_red = 0;
-  ULONGLONG m_count = 0;
-};
+// Pixels of 24 bits into pixels of 32. Each but the last is loaded with a byte of the next.
+void ExpandTriples(const BYTE* from, BYTE* to, std::size_t count) {
+  if (count == 0) return;
+  const std::size_t last = count - 1;
+  for (std::size_t i = 0; i < last; ++i) {
+    Store(to + sizeof(Color) * i, LoadColor(from + kTripleBytes * i));
+  }
+  Color color = 0;
+  std::memcpy(&color, from + kTripleBytes * last, kTripleBytes);
+  Store(to + sizeof(Color) * last, color);
+}
 
-// The places of the visible axis that have source pixels: they lie side by side.
-std::pair<std::size_t, std::size_t> CoveredPlaces(const Axis& axis) {
-  const auto is_covered = [](const Span& span) { return span.m_begin < span.m_end; };
-  const auto first = std::find_if(axis.m_spans.begin(), axis.m_spans.end(), is_covered);
-  const auto end = std::find_if_not(first, axis.m_spans.end(), is_covered);
-  return {static_cast<std::size_t>(first - axis.m_spans.begin()),
-          static_cast<std::size_t>(end - axis.m_spans.begin())};
+// Pixels of 32 bits into pixels of 24, four into three words at a time.
+void PackTriples(const BYTE* from, BYTE* to, std::size_t count) {
+  std::size_t i = 0;
+  for (; i + 4 <= count; i += 4) {
+    const BYTE* const four = from + sizeof(Color) * i;
+    BYTE* const packed = to + kTripleBytes * i;
+    const Color second = LoadColor(four + 4), third = LoadColor(four + 8);
+    Store(packed, LoadColor(four) | (second << 24));
+    Store(packed + 4, (second >> 8) | (third << 16));
+    Store(packed + 8, (third >> 16) | (LoadColor(four + 12) << 8));
+  }
+  for (; i < count; ++i) {
+    std::memcpy(to + kTripleBytes * i, from + sizeof(Color) * i, kTripleBytes);
+  }
+}
+
+void CopyWords(const BYTE* from, BYTE* to, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    Store(to + sizeof(Color) * i, LoadColor(from + sizeof(Color) * i));
+  }
 }
 
 }  // namespace
@@ -140,7 +116,7 @@ std::optional<PixelLayout> PixelLayout::Of(const BitmapInfoHeader& header) {
   layout.m_width = header.m_width;
   layout.m_height = std::abs(header.m_height);
   layout.m_bit_count = header.m_bit_count;
-  layout.m_pitch_bytes = RowBytes(static_cast<DWORD>(width * header.m_bit_count));
+  layout.m_pitch_bytes = RowBytes(width * header.m_bit_count);
   layout.m_top_down = header.m_height < 0;
   if (static_cast<ULONGLONG>(layout.m_height) > kMaxBytes / layout.m_pitch_bytes) {
     return std::nullopt;
@@ -162,78 +138,75 @@ std::vector<Color> ParseColorTable(std::span<const BYTE> table, WORD bit_count) 
 
 void PixelSource::ReadRow(LONG row, LONG from, std::span<Color> pixels) const {
   const auto bytes = m_bytes.subspan(m_layout.RowOffset(row), m_layout.m_pitch_bytes);
-  const int bit_count = m_layout.m_bit_count;
-  if (bit_count <= kByteBits) {
-    LONG column = from;
-    for (Color& pixel : pixels) {
-      const DWORD index = PaletteIndex(bytes, column++, bit_count);
-      pixel = index < m_colors.size() ? m_colors[index] : 0;
-    }
-    return;
-  }
-  const auto pixel_bytes = static_cast<std::size_t>(bit_count / kByteBits);
-  const BYTE* at = bytes.data() + pixel_bytes * static_cast<std::size_t>(from);
-  for (Color& pixel : pixels) {
-    const DWORD low = at[0] | (DWORD{at[1]} << 8);
-    pixel = bit_count == 16 ? ExpandFiveBits(low) : low | (DWORD{at[2]} << 16);
-    at += pixel_bytes;
+  const BYTE* const at = bytes.data() + m_layout.PixelOffset(from);
+  switch (m_layout.m_bit_count) {
+    case 32:
+      CopyWords(at, reinterpret_cast<BYTE*>(pixels.data()), pixels.size());
+      break;
+    case 24:
+      ExpandTriples(at, reinterpret_cast<BYTE*>(pixels.data()), pixels.size());
+      break;
+    case 16:
+      for (std::size_t i = 0; i < pixels.size(); ++i) {
+        pixels[i] = ExpandFiveBits(at[2 * i] | (DWORD{at[2 * i + 1]} << 8));
+      }
+      break;
+    default:
+      for (Color& pixel : pixels) {
+        const DWORD index = PaletteIndex(bytes, from++, m_layout.m_bit_count);
+        pixel = index < m_colors.size() ? m_colors[index] : 0;
+      }
   }
 }
 
 void PixelTarget::WriteRow(LONG row, LONG from, std::span<const Color> pixels) const {
   const auto bytes = m_bytes.subspan(m_layout.RowOffset(row), m_layout.m_pitch_bytes);
-  const int bit_count = m_layout.m_bit_count;
-  if (bit_count <= kByteBits) {
-    LONG column = from;
-    for (const Color pixel : pixels) {
-      PutPaletteIndex(bytes, column++, bit_count, NearestIndex(m_colors, pixel));
-    }
-    return;
-  }
-  const auto pixel_bytes = static_cast<std::size_t>(bit_count / kByteBits);
-  BYTE* at = bytes.data() + pixel_bytes * static_cast<std::size_t>(from);
-  for (const Color pixel : pixels) {
-    const DWORD value = bit_count == 16 ? PackFiveBits(pixel) : pixel & kColorMask;
-    for (std::size_t i = 0; i < pixel_bytes; ++i) {
-      at[i] = static_cast<BYTE>((value >> (kByteBits * i)) & 0xFF);
-    }
-    at += pixel_bytes;
+  BYTE* const at = bytes.data() + m_layout.PixelOffset(from);
+  switch (m_layout.m_bit_count) {
+    case 32:
+      std::memcpy(at, pixels.data(), pixels.size_bytes());
+      break;
+    case 24:
+      PackTriples(reinterpret_cast<const BYTE*>(pixels.data()), at, pixels.size());
+      break;
+    case 16:
+      for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const DWORD packed = PackFiveBits(pixels[i]);
+        at[2 * i] = static_cast<BYTE>(packed & 0xFF);
+        at[2 * i + 1] = static_cast<BYTE>(packed >> 8);
+      }
+      break;
+    default:
+      for (const Color pixel : pixels) {
+        PutPaletteIndex(bytes, from++, m_layout.m_bit_count, NearestIndex(m_colors, pixel));
+      }
   }
 }
 
-void StretchPixels(const PixelSource& source, const Area& from, const PixelTarget& target,
-                   const Area& onto, StretchMode mode) {
-  if (from.m_width == 0 || from.m_height == 0) return;
-  const Axis rows = MapAxis(onto.m_y, onto.m_height, target.m_layout.m_height, from.m_y,
-                            from.m_height, source.m_layout.m_height);
-  const Axis columns = MapAxis(onto.m_x, onto.m_width, target.m_layout.m_width, from.m_x,
-                               from.m_width, source.m_layout.m_width);
-  const auto [first_column, end_column] = CoveredPlaces(columns);
-  const auto [first_row, end_row] = CoveredPlaces(rows);
-  if (first_column == end_column) return;
-
-  const auto spans = std::span(columns.m_spans).subspan(first_column, end_column - first_column);
-  const LONG source_left = spans.front().m_begin;
-  std::vector<Color> read(static_cast<std::size_t>(spans.back().m_end - source_left));
-  std::vector<Color> mixed(spans.size());
-  Span mixed_rows;  // the source rows that `mixed` was made of
-  for (std::size_t place = first_row; place < end_row; ++place) {
-    if (rows.m_spans[place] != mixed_rows) {
-      mixed_rows = rows.m_spans[place];
-      std::vector<PixelMixer> mixers(spans.size());
-      for (LONG row = mixed_rows.m_begin; row < mixed_rows.m_end; ++row) {
-        source.ReadRow(row, source_left, read);
-        for (std::size_t i = 0; i < spans.size(); ++i) {
-          for (LONG column = spans[i].m_begin; column < spans[i].m_end; ++column) {
-            mixers[i].Add(read[static_cast<std::size_t>(column - source_left)]);
-          }
-        }
-      }
-      std::transform(mixers.begin(), mixers.end(), mixed.begin(),
-                     [mode](const PixelMixer& mixer) { return mixer.Mixed(mode); });
-    }
-    target.WriteRow(rows.m_first + static_cast<LONG>(place),
-                    columns.m_first + static_cast<LONG>(first_column), mixed);
+void CopyPixels(const PixelSource& source, LONG row, LONG from, const PixelTarget& target,
+                LONG onto_row, LONG onto, std::size_t count) {
+  const BYTE* const read =
+      source.m_bytes.data() + source.m_layout.RowOffset(row) + source.m_layout.PixelOffset(from);
+  BYTE* const write = target.m_bytes.data() + target.m_layout.RowOffset(onto_row) +
+                      target.m_layout.PixelOffset(onto);
+  const auto are = [&](int source_bits, int target_bits) {
+    return source.m_layout.m_bit_count == source_bits && target.m_layout.m_bit_count == target_bits;
+  };
+  if (are(32, 32)) return CopyWords(read, write, count);
+  if (are(24, 32)) return ExpandTriples(read, write, count);
+  if (are(32, 24)) return PackTriples(read, write, count);
+  if (are(24, 24)) {
+    std::memcpy(write, read, kTripleBytes * count);
+    return;
+  }
+  std::array<Color, 1024> colors;
+  while (count > 0) {
+    const auto piece = std::span(colors).first(std::min(count, colors.size()));
+    source.ReadRow(row, from, piece);
+    target.WriteRow(onto_row, onto, piece);
+    from += static_cast<LONG>(piece.size());
+    onto += static_cast<LONG>(piece.size());
+    count -= piece.size();
   }
 }
 

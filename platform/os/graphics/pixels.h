@@ -1,14 +1,15 @@
-// Pictures as rows of pixels of 1 to 32 bits, and copying one onto another at another size.
+// Pictures as rows of pixels of 1 to 32 bits.
 #pragma once
 
+#include <bit>
 #include <cstddef>
+#include <cstring>
 #include <optional>
 #include <span>
 #include <vector>
 
 #include "platform/framework/types.h"
 #include "platform/os/graphics/dib_format.h"
-#include "platform/os/graphics/stretch_mode.h"
 
 namespace os {
 
@@ -27,6 +28,10 @@ struct PixelLayout {
   std::size_t RowOffset(LONG row) const {
     return m_pitch_bytes * static_cast<std::size_t>(m_top_down ? row : m_height - 1 - row);
   }
+  // In its row, of the byte in which a pixel begins.
+  std::size_t PixelOffset(LONG column) const {
+    return static_cast<std::size_t>(column) * m_bit_count / 8;
+  }
 
   static constexpr ULONGLONG kMaxBytes = 0x20000000;
 };
@@ -34,6 +39,16 @@ struct PixelLayout {
 // A colour as 0x00RRGGBB: the bytes of a 32-bit pixel.
 using Color = DWORD;
 inline constexpr Color kColorMask = 0x00FFFFFF;
+
+// Pixels are moved as numbers of four bytes, which vectorises.
+static_assert(std::endian::native == std::endian::little);
+
+// The colour of a pixel of 32 bits, or of 24 when a byte of another pixel follows.
+inline Color LoadColor(const BYTE* at) {
+  Color color;
+  std::memcpy(&color, at, sizeof(color));
+  return color & kColorMask;
+}
 
 // The colours of a DIB's colour table, at most as many as the bit count can tell apart.
 std::vector<Color> ParseColorTable(std::span<const BYTE> table, WORD bit_count);
@@ -57,17 +72,8 @@ struct PixelTarget {
   void WriteRow(LONG row, LONG from, std::span<const Color> pixels) const;
 };
 
-// A place in a picture. May reach outside it.
-struct Area {
-  LONG m_x = 0;
-  LONG m_y = 0;
-  LONG m_width = 0;
-  LONG m_height = 0;
-};
-
-// Copies an area of one picture onto an area of another one of its own memory, whatever their
-// sizes. What lies outside either picture is left alone. Neither area may have a negative size.
-void StretchPixels(const PixelSource& source, const Area& from, const PixelTarget& target,
-                   const Area& onto, StretchMode mode);
+// Copies `count` pixels of a row to a row of another picture, all inside both.
+void CopyPixels(const PixelSource& source, LONG row, LONG from, const PixelTarget& target,
+                LONG onto_row, LONG onto, std::size_t count);
 
 }  // namespace os

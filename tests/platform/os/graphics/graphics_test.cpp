@@ -1,66 +1,19 @@
 #include "platform/os/graphics/graphics.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <limits>
+#include <random>
 
+#include "tests/support/canvas.h"
 #include "tests/support/window_fixture.h"
 
 namespace {
 
-using Colors = std::vector<DWORD>;  // 0x00BBGGRR
-
 constexpr DWORD kRed = 0x0000FF;
 constexpr DWORD kGreen = 0x00FF00;
-constexpr DWORD kBlue = 0xFF0000;
-constexpr DWORD kWhite = 0xFFFFFF;
-
-os::BitmapInfoHeader HeaderOf(LONG width, LONG height, WORD bit_count) {
-  os::BitmapInfoHeader header;
-  header.m_width = width;
-  header.m_height = height;
-  header.m_bit_count = bit_count;
-  return header;
-}
-
-// A memory context with a bitmap in it, black at first.
-struct Canvas {
-  explicit Canvas(LONG width, WORD bit_count = 32, LONG height = 1)
-      : m_bitmap(os::CreateDIBSection(m_dc, HeaderOf(width, -height, bit_count), &m_bits)) {
-    os::SelectObject(m_dc, m_bitmap);
-  }
-  // Of these colours, row after row from the top.
-  explicit Canvas(const Colors& colors, LONG height = 1)
-      : Canvas(static_cast<LONG>(colors.size()) / height, 32, height) {
-    auto at = m_bits.begin();
-    for (const DWORD color : colors) {
-      for (const int shift : {16, 8, 0, 24}) *at++ = static_cast<BYTE>((color >> shift) & 0xFF);
-    }
-  }
-  ~Canvas() {
-    os::DeleteDC(m_dc);
-    os::DeleteObject(m_bitmap);
-  }
-  Canvas(const Canvas&) = delete;
-  Canvas& operator=(const Canvas&) = delete;
-
-  Colors Pixels() const {
-    Colors pixels;
-    for (int y = 0; os::GetPixel(m_dc, 0, y) != os::kNoPixel; ++y) {
-      for (int x = 0; os::GetPixel(m_dc, x, y) != os::kNoPixel; ++x) {
-        pixels.push_back(os::GetPixel(m_dc, x, y));
-      }
-    }
-    return pixels;
-  }
-
-  HDC m_dc = os::CreateCompatibleDC(os::GetDC(nullptr));
-  std::span<BYTE> m_bits;
-  HBITMAP m_bitmap;
-};
-
-// Copies from the left ends of the first rows.
-int CopyRow(HDC to, int width, HDC from, int source_width) {
-  return os::StretchBlt(to, 0, 0, width, 1, from, 0, 0, source_width, 1, os::kSrcCopy);
-}
+constexpr int kFar = std::numeric_limits<int>::max();
 
 TEST(Graphics, ReadsAndWritesEveryFormOfPixels) {
   const std::vector<BYTE> colors = {0, 0, 255, 0, 0, 255, 0, 0};  // red, green
@@ -87,86 +40,96 @@ TEST(Graphics, ReadsAndWritesEveryFormOfPixels) {
     }
     const Canvas target(2, bit_count);
     EXPECT_EQ(os::SetDIBColorTable(target.m_dc, 0, colors), bit_count <= 8 ? 2U : 0U);
-    EXPECT_EQ(CopyRow(target.m_dc, 2, canvas.m_dc, 2), 1);
+    EXPECT_EQ(os::StretchBlt(target.m_dc, 0, 0, 2, 1, canvas.m_dc, 0, 0, 2, 1, os::kSrcCopy), 1);
     EXPECT_EQ(std::vector<BYTE>(target.m_bits.begin(), target.m_bits.end()), red_green);
   }
 }
 
-TEST(Graphics, RepeatsPixelsWhenEnlargingAndCombinesThemWhenShrinking) {
-  const Canvas source(Colors{kRed, kWhite, kBlue, kGreen});
-  const Canvas larger(8);
-  CopyRow(larger.m_dc, 8, source.m_dc, 4);
-  EXPECT_EQ(larger.Pixels(), (Colors{kRed, kRed, kWhite, kWhite, kBlue, kBlue, kGreen, kGreen}));
-  const Canvas smaller(2);
-  CopyRow(smaller.m_dc, 2, source.m_dc, 4);
-  EXPECT_EQ(smaller.Pixels(), (Colors{kRed, 0})) << "ANDed by default";
-  os::SetStretchBltMode(smaller.m_dc, os::StretchMode::kHalftone);
-  CopyRow(smaller.m_dc, 2, source.m_dc, 4);
-  EXPECT_EQ(smaller.Pixels(), (Colors{0x8080FF, 0x808000})) << "averaged";
+// One direction of an area, and the pixels of a source that make the one at a place of it.
+struct Side {
+  int m_begin, m_size;
+
+  bool Has(int place) const { return place >= m_begin && std::int64_t{place} - m_begin < m_size; }
+  std::array<std::int64_t, 2> SourceOf(int place, const Side& from, int size) const {
+    const std::int64_t step = std::int64_t{place} - m_begin;
+    const std::int64_t begin = from.m_begin + step * from.m_size / m_size;
+    const std::int64_t end = from.m_begin + (step + 1) * from.m_size / m_size;
+    return {std::max<std::int64_t>(begin, 0),
+            std::min<std::int64_t>(std::max(begin + 1, end), from.m_size == 0 ? 0 : size)};
+  }
+};
+
+DWORD Combined(const Colors& colors, os::StretchMode mode) {
+  DWORD all = 0xFFFFFF, mean = 0;
+  for (const DWORD color : colors) all &= color;
+  for (const int shift : {0, 8, 16}) {
+    std::size_t sum = colors.size() / 2;
+    for (const DWORD color : colors) sum += (color >> shift) & 0xFF;
+    mean |= static_cast<DWORD>(sum / colors.size()) << shift;
+  }
+  return mode == os::StretchMode::kBlackOnWhite ? all : mean;
 }
 
-TEST(Graphics, LeavesOutWhatLiesOutsideEitherPicture) {
-  constexpr int kFar = std::numeric_limits<int>::max();
-  const Colors background(3, kBlue);
-  const struct {
-    int m_x, m_width, m_source_x, m_source_width;
-    Colors m_row;
-  } cases[] = {
-      {-1, 2, 0, 2, {kGreen, kBlue, kBlue}},
-      {0, 3, -1, 3, {kBlue, kRed, kGreen}},
-      {0, 3, 1, 3, {kGreen, kBlue, kBlue}},
-      {0, 0, 0, 2, background},
-      {0, 3, 0, 0, background},
-      {-kFar, kFar, kFar, kFar, background},
-      {0, kFar, 0, 2, {kRed, kRed, kRed}},
-      {0, 1, 0, kFar, {0, kBlue, kBlue}},
+TEST(Graphics, StretchesAsIfEachPixelWereMadeByItself) {
+  // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp)
+  std::minstd_rand random(1);
+  const auto pick = [&](int low, int high) {
+    return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
   };
-  const Canvas source(Colors{kRed, kGreen});
-  for (const auto& [x, width, source_x, source_width, row] : cases) {
-    const Canvas target(background);
-    EXPECT_EQ(os::StretchBlt(target.m_dc, x, 0, width, 1, source.m_dc, source_x, 0, source_width, 1,
-                             os::kSrcCopy),
+  for (int round = 0; round < 400; ++round) {
+    // Some are wide, so that they are made in pieces or of very many pixels.
+    const std::array<int, 2> size = {pick(1, round % 10 == 0 ? 6000 : 24), pick(1, 24)};
+    const std::array<int, 2> drawn = {pick(1, round % 20 == 0 ? 3000 : 24), pick(1, 24)};
+    const Canvas source(size[0], static_cast<WORD>(8 * pick(2, 4)), size[1]);
+    const Canvas target(drawn[0], static_cast<WORD>(8 * pick(3, 4)), drawn[1]);
+    for (BYTE& byte : source.m_bits) byte = static_cast<BYTE>(pick(0, 255));
+    const auto mode = static_cast<os::StretchMode>(pick(0, 1));
+    std::array<Side, 2> from{}, onto{};
+    for (const std::size_t i : {0U, 1U}) {
+      from[i] = {0, size[i]};
+      onto[i] = {0, drawn[i]};
+      if (pick(0, 2) == 0) from[i] = {pick(-9, 9), pick(0, 9) == 0 ? kFar : pick(0, 30)};
+      if (pick(0, 2) == 0) onto[i] = {pick(-9, 9), pick(0, 9) == 0 ? kFar : pick(0, 30)};
+      if (pick(0, 2) == 0) onto[i].m_size = from[i].m_size;
+    }
+
+    const Colors pixels = source.Pixels();
+    Colors expected = target.Pixels();
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      const int x = static_cast<int>(i) % drawn[0], y = static_cast<int>(i) / drawn[0];
+      if (!onto[0].Has(x) || !onto[1].Has(y)) continue;
+      const auto [left, right] = onto[0].SourceOf(x, from[0], size[0]);
+      const auto [top, bottom] = onto[1].SourceOf(y, from[1], size[1]);
+      Colors box;
+      for (auto at = top; left < right && at < bottom; ++at) {
+        const auto row = pixels.begin() + at * size[0];
+        box.insert(box.end(), row + left, row + right);
+      }
+      if (!box.empty()) expected[i] = Combined(box, mode);
+    }
+    os::SetStretchBltMode(target.m_dc, mode);
+    EXPECT_EQ(os::StretchBlt(target.m_dc, onto[0].m_begin, onto[1].m_begin, onto[0].m_size,
+                             onto[1].m_size, source.m_dc, from[0].m_begin, from[1].m_begin,
+                             from[0].m_size, from[1].m_size, os::kSrcCopy),
               1);
-    EXPECT_EQ(target.Pixels(), row) << x << ' ' << width << ' ' << source_x << ' ' << source_width;
+    EXPECT_TRUE(target.Pixels() == expected) << "round " << round;
   }
 }
 
-TEST(Graphics, RefusesWhatCannotBeDrawn) {
+TEST(Graphics, RefusesPicturesThatLeadBeyondTheirBytes) {
   const Canvas canvas(2);
-  HDC stale = os::CreateCompatibleDC(canvas.m_dc);
-  os::DeleteDC(stale);
-  EXPECT_EQ(CopyRow(canvas.m_dc, -2, canvas.m_dc, 2), 0);
-  EXPECT_EQ(CopyRow(canvas.m_dc, 2, canvas.m_dc, -2), 0);
-  for (HDC unusable : {os::GetDC(nullptr), stale}) {
-    EXPECT_EQ(CopyRow(unusable, 2, canvas.m_dc, 2), 0);
-    EXPECT_EQ(CopyRow(canvas.m_dc, 2, unusable, 2), 0);
-  }
-
-  constexpr LONG kMax = std::numeric_limits<LONG>::max();
-  constexpr LONG kMin = std::numeric_limits<LONG>::min();
+  const std::vector<BYTE> bits(8 * 2 - 1);  // one byte short of the last one
   os::BitmapInfoHeader compressed = HeaderOf(1, 1, 24);
   compressed.m_compression = 1;
-  const std::vector<BYTE> bits(8 * 2 - 1);  // one byte short of the last ones
-  for (const auto& header :
-       {compressed, HeaderOf(0, 1, 24), HeaderOf(1, 0, 24), HeaderOf(kMax, 1, 24),
-        HeaderOf(kMax, kMax, 1), HeaderOf(1, kMin, 1), HeaderOf(2, 2, 0), HeaderOf(2, 2, 24)}) {
+  EXPECT_EQ(os::DeleteObject(canvas.m_bitmap), 0) << "it is drawn into";
+  for (const auto& header : {compressed, HeaderOf(0x8000000, 2, 32), HeaderOf(kFar, kFar, 1),
+                             HeaderOf(1, -kFar - 1, 1), HeaderOf(2, 2, 0), HeaderOf(2, 2, 24)}) {
     EXPECT_EQ(os::CreateDIBitmap(canvas.m_dc, header, bits, {}), nullptr);
     EXPECT_EQ(
         os::StretchDIBits(canvas.m_dc, 0, 0, 1, 1, 0, 0, 1, 1, bits, header, {}, os::kSrcCopy),
         os::kGdiError);
   }
-}
-
-TEST(Graphics, KeepsABitmapInOneContextAndFromBeingDeletedMeanwhile) {
-  const Canvas canvas(1);
-  HDC other = os::CreateCompatibleDC(canvas.m_dc);
-  EXPECT_EQ(os::SelectObject(other, canvas.m_bitmap), nullptr);
-  EXPECT_EQ(os::GetPixel(other, 0, 0), os::kNoPixel);
-  EXPECT_EQ(os::DeleteObject(canvas.m_bitmap), 0);
-  EXPECT_EQ(os::SelectObject(canvas.m_dc, nullptr), canvas.m_bitmap);
-  EXPECT_EQ(os::SelectObject(other, canvas.m_bitmap), nullptr);
-  EXPECT_EQ(os::GetPixel(other, 0, 0), 0U);
-  EXPECT_EQ(os::DeleteDC(other), 1);
+  EXPECT_EQ(os::StretchBlt(canvas.m_dc, 0, 0, -2, 1, canvas.m_dc, 0, 0, 2, 1, os::kSrcCopy), 0);
 }
 
 class WindowContext : public WindowTest {};
@@ -174,30 +137,28 @@ class WindowContext : public WindowTest {};
 TEST_F(WindowContext, DrawsIntoTheWindowsPictureUntilTheWindowGoes) {
   HWND window = Make(AddParameters, nullptr, {10, 10, 11, 13});
   HDC dc = os::GetDC(window);
-  HDC second = os::GetDC(window);
-  const Canvas canvas(Colors{kRed, kGreen, kBlue}, 3);
+  const Canvas canvas(1, 32, 3);
+  canvas.m_bits[2] = canvas.m_bits[5] = 255;  // red, green, black
   const auto copy = [](HDC to, int y, HDC from, int height) {
     return os::StretchBlt(to, 0, y, 1, height, from, 0, 0, 1, height, os::kSrcCopy);
   };
   EXPECT_EQ(copy(dc, 0, canvas.m_dc, 3), 1);
   // A picture is copied within itself as it was before.
-  EXPECT_EQ(copy(dc, 1, second, 2), 1);
+  EXPECT_EQ(copy(dc, 1, os::GetDC(window), 2), 1);
   EXPECT_EQ(copy(canvas.m_dc, 1, canvas.m_dc, 2), 1);
   EXPECT_EQ(canvas.Pixels(), (Colors{kRed, kRed, kGreen}));
   for (int y = 0; y < 3; ++y) {
-    EXPECT_EQ(os::GetPixel(second, 0, y), os::GetPixel(canvas.m_dc, 0, y));
+    EXPECT_EQ(os::GetPixel(dc, 0, y), os::GetPixel(canvas.m_dc, 0, y));
   }
-  EXPECT_EQ(os::ReleaseDC(window, second), 1);
-  EXPECT_EQ(os::ReleaseDC(window, second), 0);
-
   os::DestroyWindow(window);
   EXPECT_EQ(copy(dc, 0, canvas.m_dc, 3), 0);
   EXPECT_EQ(os::ReleaseDC(window, dc), 1);
+  EXPECT_EQ(os::ReleaseDC(window, dc), 0);
 }
 
 TEST(Graphics, MakesAndGivesBackHandlesOnAnyThread) {
   const auto draw = [] {
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(Canvas(Colors{kRed}).Pixels(), Colors{kRed});
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(Canvas(1).Pixels(), Colors{0});
   };
   std::thread other(draw);
   draw();
