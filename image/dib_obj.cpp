@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <limits>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -19,6 +21,7 @@ using os::BitmapInfoHeader;
 
 constexpr std::size_t kHeaderBytes = BitmapInfoHeader::kBytes;
 constexpr WORD kOutputBitCount = 24;
+constexpr WORD kMaxPaletteBits = 8;
 
 BitmapInfoHeader HeaderOf(const BYTE* dib) {
   return BitmapInfoHeader::Parse(std::span<const BYTE, kHeaderBytes>(dib, kHeaderBytes));
@@ -28,12 +31,16 @@ BitmapInfoHeader HeaderOf(const BYTE* dib) {
 // the sizes make no sense. Whatever passes has sizes that fit 32 bits.
 std::optional<std::size_t> WholeSize(const BitmapInfoHeader& header, ULONGLONG available) {
   constexpr ULONGLONG kMaxBytes = std::numeric_limits<DWORD>::max();
-  if (header.m_width < 0 || header.m_height < 0) return std::nullopt;
+  const bool is_top_down = header.m_height < 0;
+  if (header.m_width < 0 || header.m_height == std::numeric_limits<LONG>::min() ||
+      (is_top_down && header.m_compression != os::kUncompressed)) {
+    return std::nullopt;
+  }
   const ULONGLONG row_bits = static_cast<ULONGLONG>(header.m_width) * header.m_bit_count;
   if (row_bits > kMaxBytes - 32) return std::nullopt;
   const ULONGLONG row_bytes = os::RowBytes(static_cast<DWORD>(row_bits));
   const ULONGLONG bytes = kHeaderBytes + ULONGLONG{header.ColorCount()} * os::kColorBytes +
-                          row_bytes * static_cast<ULONGLONG>(header.m_height);
+                          row_bytes * static_cast<ULONGLONG>(std::abs(header.m_height));
   if (bytes > std::min(available, kMaxBytes)) return std::nullopt;
   return static_cast<std::size_t>(bytes);
 }
@@ -75,6 +82,7 @@ int CDibObj::LoadBmp(UINT resource_id) {
   const auto size = WholeSize(HeaderOf(resource->data()), resource->size());
   if (!size) return 0;
   m_dib.assign(resource->begin(), resource->begin() + static_cast<std::ptrdiff_t>(*size));
+  PutBottomRowFirst();
   return 1;
 }
 
@@ -96,7 +104,10 @@ int CDibObj::LoadBmp(const CString& path) {
     m_dib.resize(*size);
     std::copy(header.begin(), header.end(), m_dib.begin());
     const auto rest = std::span(m_dib).subspan(kHeaderBytes);
-    if (file.Read(rest) == rest.size()) return 1;
+    if (file.Read(rest) == rest.size()) {
+      PutBottomRowFirst();
+      return 1;
+    }
   } catch (const CFileException&) {
     // No picture, like one that is cut short.
   }
@@ -140,20 +151,27 @@ int CDibObj::ConvertFormat(DWORD width, DWORD height, DWORD bit_count) {
   if (!new_section.IsMade()) return 0;
 
   std::ranges::copy(PixelRows(), old_section.Bits().begin());
-  os::SetDIBColorTable(old_section.Context(), 0, ColorTable());
-  os::StretchBlt(new_section.Context(), 0, 0, new_header.m_width, new_header.m_height,
-                 old_section.Context(), 0, 0, old_header.m_width, old_header.m_height,
-                 os::kSrcCopy);
+  const bool is_colored = old_header.m_bit_count > kMaxPaletteBits ||
+                          os::SetDIBColorTable(old_section.Context(), 0, ColorTable()) != 0;
+  if (!is_colored || os::StretchBlt(new_section.Context(), 0, 0, new_header.m_width,
+                                    new_header.m_height, old_section.Context(), 0, 0,
+                                    old_header.m_width, old_header.m_height, os::kSrcCopy) == 0) {
+    return 0;
+  }
   os::GdiFlush();
 
   const auto new_bits = new_section.Bits();
   new_header.m_image_bytes = static_cast<DWORD>(new_bits.size());
   const auto header_bytes = new_header.Format();
-  std::vector<BYTE> dib;
-  dib.reserve(header_bytes.size() + new_bits.size());
-  dib.insert(dib.end(), header_bytes.begin(), header_bytes.end());
-  dib.insert(dib.end(), new_bits.begin(), new_bits.end());
-  m_dib = std::move(dib);
+  try {
+    std::vector<BYTE> dib;
+    dib.reserve(header_bytes.size() + new_bits.size());
+    dib.insert(dib.end(), header_bytes.begin(), header_bytes.end());
+    dib.insert(dib.end(), new_bits.begin(), new_bits.end());
+    m_dib = std::move(dib);
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
   return 1;
 }
 
@@ -233,6 +251,18 @@ DWORD CDibObj::GetDataSize(const BYTE* dib) {
 }
 DWORD CDibObj::GetWidthBytes(DWORD bits) {
   return os::RowBytes(bits);
+}
+
+void CDibObj::PutBottomRowFirst() {
+  BitmapInfoHeader header = Header();
+  if (header.m_height >= 0) return;
+  header.m_height = -header.m_height;
+  std::ranges::copy(header.Format(), m_dib.begin());
+  const auto row_bytes = static_cast<std::ptrdiff_t>(GetWidthBytes());
+  auto first = m_dib.end() - row_bytes * header.m_height;
+  for (auto last = m_dib.end() - row_bytes; first < last; first += row_bytes, last -= row_bytes) {
+    std::swap_ranges(first, first + row_bytes, last);
+  }
 }
 
 os::BitmapInfoHeader CDibObj::Header() const {

@@ -22,7 +22,8 @@ class ZEBX_API CDibObj : public CObject {
   // Both first make the object empty, and leave it so when they fail. 1, or 0 when there is no such
   // resource or file, a file is no BMP file or the disk fails, and when the picture's own sizes
   // lead beyond the bytes there are. Of a file, the pixel rows are taken to follow the colour table
-  // at once, wherever its header says they begin.
+  // at once, wherever its header says they begin. Rows that come from the top down (a negative
+  // height) are turned over, and the height with them.
   int LoadBmp(UINT resource_id);
   int LoadBmp(const CString& path);
   // Creates (or empties) the file and writes the picture as it is held. 1, or 0 for an empty object
@@ -37,7 +38,7 @@ class ZEBX_API CDibObj : public CObject {
   int ConvertFormat(DWORD width, DWORD height, DWORD bit_count);
 
   // A bitmap of the screen's form with this picture; the caller deletes it (os::DeleteObject). Null
-  // for an empty object and a form that the system does not know.
+  // for an empty object, a form that the system does not know, and when memory runs out.
   HBITMAP CreateBitmap() const;
 
   // Draws part of the picture, or all of it unscaled, as os::StretchDIBits does: source_y counts
@@ -74,6 +75,7 @@ class ZEBX_API CDibObj : public CObject {
   static DWORD GetWidthBytes(DWORD bits);
 
  private:
+  void PutBottomRowFirst();
   os::BitmapInfoHeader Header() const;
   std::span<const BYTE> ColorTable() const;
   std::span<const BYTE> PixelRows() const;
