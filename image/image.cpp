@@ -49,7 +49,10 @@ int CImage::GetGmt() const {
 }
 
 int CImage::CreateImage(BYTE* buffer, DWORD width, DWORD height) {
-  ReplaceRawImage(std::shared_ptr<BYTE[]>(buffer), ULONGLONG{width} * height * kSnapshotPixelBytes);
+  if (buffer != m_raw_image.get()) {
+    ReplaceRawImage(std::shared_ptr<BYTE[]>(buffer),
+                    ULONGLONG{width} * height * kSnapshotPixelBytes);
+  }
   m_width = width;
   m_height = height;
   return 1;

@@ -36,7 +36,7 @@ class ZEBX_API CImage {
   DWORD GetTimeStamp() const;
   int GetGmt() const;
 
-  // In pixels. A load or fill that failed may have changed them without changing the picture.
+  // In pixels: of the picture held. Without one, what the last fill or load asked for in vain.
   DWORD GetImageWidth() const { return m_width; }
   DWORD GetImageHeight() const { return m_height; }
   // Borrowed; valid until the picture is replaced here and in every copy. Null when there is none.
@@ -44,17 +44,19 @@ class ZEBX_API CImage {
   // Bytes of the file loaded last, modulo 2^32.
   DWORD GetLength() const { return m_length; }
 
-  // Takes over a picture of width * height * 3 bytes made by new BYTE[], not copied. Always 1.
+  // Takes over a picture of width * height * 3 bytes made by new BYTE[], not copied; the one held
+  // already only changes its sizes. Always 1.
   int CreateImage(BYTE* buffer, DWORD width, DWORD height);
   // Copies a picture of 3 or 4 bytes a pixel (the fourth is dropped) with rows |pitch| bytes apart.
   // A negative pitch takes the rows from the last in the buffer to the first. With `zoom` the copy
   // is twice as wide and high, new pixels being means of their neighbours; its last two rows stay
-  // 0. 1, or 0 for no source and another pixel size, and without a picture for more than 2^32
-  // bytes.
+  // 0. `source` may lie in the picture held. 1, or 0 for no source and another pixel size, and
+  // without a picture for more than 2^32 bytes or more than the memory has.
   int FillRawImage(const BYTE* source, DWORD width, DWORD height, int pitch, DWORD bytes_per_pixel,
                    int zoom);
-  // Sets width and height to the show size of a frame size and nothing else. 1, or 0 for null and
-  // an unknown frame size.
+  // Sets width and height to the show size of a frame size and nothing else: the picture held, if
+  // any, is the caller's to replace by one of that size. 1, or 0 for null and an unknown frame
+  // size.
   int FillRawImage(const tag_RGBIMAGE* image, tag_FRAMESIZE frame_size);
 
   // Writes the snapshot file; ".bmp" is added to a path that does not end so, and an empty path
@@ -64,8 +66,10 @@ class ZEBX_API CImage {
   int SaveImageAs(ImageFormat format, const CString& path);
   // Reads the snapshot file. 1 when a picture is held afterwards, also one from before; 0 for a
   // format other than 0 to 2. A file that is no uncompressed 24-bit picture, or does not hold it
-  // whole, changes width and height only. A file whose trailer is cut short or has a name of more
-  // than 255 bytes gives what stands before that. Throws CFileException when the disk fails.
+  // whole, leaves a picture held with its sizes; without one, width and height become those that
+  // the file claims. Rows that come from the top down (a negative height) are turned over. A file
+  // whose trailer is cut short or has a name of more than 255 bytes gives what stands before that.
+  // Throws CFileException when the disk fails.
   int LoadImageAs(ImageFormat format, const CString& path);
 
  protected:

@@ -1,6 +1,7 @@
 // The snapshot file: a 24-bit BMP file with unpadded rows, and the trailer behind it.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,14 @@ bool TakeName(ByteReader& reader, CString& name) {
   if (!reader.Ok()) return false;
   name = std::move(taken);
   return true;
+}
+
+// From the top down to the bottom row first.
+void TurnRows(BYTE* rows, std::size_t row_bytes, std::size_t count) {
+  for (std::size_t row = 0; row < count / 2; ++row) {
+    BYTE* const first = rows + row * row_bytes;
+    std::swap_ranges(first, first + row_bytes, rows + (count - 1 - row) * row_bytes);
+  }
 }
 
 // Modulo 2^32, so that 0 stays 0.
@@ -136,21 +145,29 @@ bool CImage::LoadPicture(CFile& file) {
   if (file.Read(headers) != headers.size()) return false;
   const auto info = BitmapInfoHeader::Parse(
       std::span(headers).subspan<kBmpFileHeaderBytes, BitmapInfoHeader::kBytes>());
-  m_width = static_cast<DWORD>(info.m_width);
-  m_height = static_cast<DWORD>(info.m_height);
+  const auto width = static_cast<DWORD>(info.m_width);
+  const auto height = static_cast<DWORD>(std::abs(LONGLONG{info.m_height}));
+  if (m_raw_image == nullptr) {
+    m_width = width;
+    m_height = height;
+  }
   if (info.m_bit_count != kBitCount || info.m_compression != os::kUncompressed) return false;
   // It may be cut while it is read.
   const ULONGLONG length = std::max<ULONGLONG>(file.GetLength(), kHeadersBytes);
   const ULONGLONG pixels_in_file = (length - kHeadersBytes) / kSnapshotPixelBytes;
-  if (ULONGLONG{m_width} * m_height > pixels_in_file) return false;
+  if (ULONGLONG{width} * height > pixels_in_file) return false;
 
   // Sizes are rounded up when reading though rows are not padded when writing: on purpose, for this
   // is how snapshots are read everywhere. A trailer within that distance is swallowed.
   const ULONGLONG bytes =
-      ULONGLONG{RoundUpToFour(m_width)} * RoundUpToFour(m_height) * kSnapshotPixelBytes;
+      ULONGLONG{RoundUpToFour(width)} * RoundUpToFour(height) * kSnapshotPixelBytes;
   auto raw_image = std::make_shared<BYTE[]>(static_cast<std::size_t>(bytes));
   file.Read({raw_image.get(), static_cast<std::size_t>(bytes)});
+  if (info.m_height < 0)
+    TurnRows(raw_image.get(), std::size_t{width} * kSnapshotPixelBytes, height);
   ReplaceRawImage(std::move(raw_image), bytes);
+  m_width = width;
+  m_height = height;
   return true;
 }
 

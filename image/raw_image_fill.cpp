@@ -2,7 +2,7 @@
 #include <cstddef>
 #include <exception>
 #include <limits>
-#include <span>
+#include <memory>
 
 #include "image/image.h"
 #include "image/snapshot_format.h"
@@ -82,6 +82,8 @@ int CImage::FillRawImage(const BYTE* source, DWORD width, DWORD height, int pitc
   const DWORD scale = zoom != 0 ? 2 : 1;
   m_width = width * scale;
   m_height = height * scale;
+  // The host's pixels may be those of the picture held, which lives until they are copied.
+  const std::shared_ptr<BYTE[]> held = m_raw_image;
   ReplaceRawImage(nullptr, 0);
   constexpr ULONGLONG kMaxPixels = std::numeric_limits<DWORD>::max() / kPixelBytes;
   if (ULONGLONG{width} * height > kMaxPixels / (scale * scale)) return 0;
