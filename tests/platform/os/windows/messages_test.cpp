@@ -1,6 +1,5 @@
 // Sending, posting and taking messages, within a thread and across threads.
 #include <atomic>
-#include <memory>
 
 #include "tests/support/window_fixture.h"
 
@@ -28,7 +27,6 @@ TEST_F(Messages, AreTakenInTheOrderOfPostingBeforeTheQuitMessageAndDispatched) {
   os::PostQuitMessage(7);
   EXPECT_EQ(os::PostMessage(first, kPing, 5, -6), 1);
   EXPECT_EQ(os::PostMessage(second, kAdd, 0, 0), 1);
-
   os::Message message;
   ASSERT_EQ(os::GetMessage(&message), 1);
   EXPECT_EQ(message.m_window, first);
@@ -132,30 +130,6 @@ TEST_F(SendMessage, IsAnsweredByPeekingAndGives0WhenTheWindowOrItsThreadEndsFirs
     EXPECT_EQ(second.get(), event == Event::kPeeks ? 7 : 0);
     answered.set_value();
     owner.join();
-  }
-}
-
-// Every thread sends to the next one of a ring, and each message goes on round the ring twice
-// before it is answered, so that all threads wait for each other all the time.
-TEST_F(SendMessage, NeverLocksThreadsThatSendToEachOther) {
-  constexpr std::size_t kThreads = 4;
-  std::vector<HWND> windows(kThreads);
-  std::vector<std::unique_ptr<LoopThread>> threads;
-  for (std::size_t i = 0; i < kThreads; ++i) {
-    const auto procedure = [&, i](HWND, UINT message, WPARAM steps, LPARAM) -> LRESULT {
-      HWND next = windows[(i + 1) % kThreads];
-      if (message == kAdd) return steps == 0 ? 1 : os::SendMessage(next, kAdd, steps - 1, 0) + 1;
-      for (int round = 0; message == kPing && round < 200; ++round) {
-        EXPECT_EQ(os::SendMessage(next, kAdd, 2 * kThreads, 0), LRESULT{2 * kThreads + 1});
-      }
-      return 0;
-    };
-    windows[i] = threads.emplace_back(std::make_unique<LoopThread>(procedure))->Window();
-  }
-  std::vector<std::future<LRESULT>> started;
-  started.reserve(kThreads);
-  for (HWND window : windows) {
-    started.push_back(std::async(std::launch::async, os::SendMessage, window, kPing, 0, 0));
   }
 }
 

