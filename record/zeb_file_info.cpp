@@ -7,25 +7,18 @@
 #include "platform/framework/byte_order.h"
 #include "platform/framework/error_report.h"
 #include "platform/framework/file.h"
-#include "record/frame_format.h"
+#include "record/header_format.h"
+
+using namespace zebx;
+
+static_assert(CZebFileInfo::kMaxTextBytes == RecordingHeader::kMaxNameBytes);
 
 using namespace zebx;
 
 namespace {
 
-constexpr std::array<BYTE, 4> kMagic = {'X', 'B', 'E', 'Z'};
-constexpr std::size_t kFixedBytes = 40;  // up to the first text's length
-constexpr std::size_t kTexts = 3;
-constexpr std::size_t kMaxHeaderBytes =
-    kFixedBytes + kTexts * (sizeof(DWORD) + CZebFileInfo::kMaxTextBytes);
 // Of the buffer form, without the characters of its four texts.
 constexpr DWORD kBufferFixedBytes = 42;
-
-enum : DWORD { kRemote = 0x1, kClip = 0x2, kRT8Port = 0x4 };
-
-DWORD CutBytes(const CString& text) {
-  return static_cast<DWORD>(std::min<std::size_t>(text.size(), CZebFileInfo::kMaxTextBytes));
-}
 
 // RT8Port boards deliver fields of their own sizes.
 std::pair<DWORD, DWORD> RT8PortSize(BYTE frame_size) {
@@ -80,8 +73,9 @@ int CZebFileInfo::Create(const CString& path) {
 }
 
 DWORD CZebFileInfo::GetSize() const {
-  return static_cast<DWORD>(kFixedBytes + kTexts * sizeof(DWORD)) + CutBytes(m_camera_name) +
-         CutBytes(m_board_name) + CutBytes(m_host_name);
+  return static_cast<DWORD>(RecordingHeader::kMinBytes) +
+         RecordingHeader::StoredBytes(m_camera_name) + RecordingHeader::StoredBytes(m_board_name) +
+         RecordingHeader::StoredBytes(m_host_name);
 }
 
 DWORD CZebFileInfo::Read(CFile* file) {
@@ -106,63 +100,54 @@ DWORD CZebFileInfo::Write(CFile* file) {
 
 DWORD CZebFileInfo::ReadFrom(CFile& file) {
   const ULONGLONG start = file.GetPosition();
-  std::array<BYTE, kMaxHeaderBytes> buffer;
+  std::array<BYTE, RecordingHeader::kMaxBytes> buffer;
   const std::size_t count = file.Read(buffer);
-  ByteReader reader({buffer.data(), count});
-  if (!std::ranges::equal(reader.Take(kMagic.size()), kMagic)) return 0;
+  RecordingHeader header;
+  const std::size_t header_bytes = header.Parse({buffer.data(), count});
+  if (header_bytes == 0) return 0;
 
-  m_file_version = reader.Get<DWORD>();
-  m_header_size = reader.Get<DWORD>();
-  m_flags = reader.Get<DWORD>();
-  m_reserved = reader.Get<DWORD>();
-  m_camera_index = reader.Get<BYTE>();
-  m_board_index = reader.Get<BYTE>();
-  const auto frame_size = reader.Get<BYTE>();
-  reader.Get<BYTE>();  // reserved
-  m_begin_time = CTime(reader.Get<DWORD>());
-  m_end_time = CTime(reader.Get<DWORD>());
-  m_begin_time_stamp = reader.Get<DWORD>();
-  m_gmt = reader.Get<int>();
-  SetFrameSize(tag_FRAMESIZE{frame_size});
-  for (CString* text : {&m_camera_name, &m_board_name, &m_host_name}) {
-    const auto bytes = reader.Get<DWORD>();
-    if (bytes > kMaxTextBytes) return 0;
-    *text = reader.TakeText(bytes);
-  }
-  if (!reader.Ok()) return 0;
-  const std::size_t header_bytes = count - reader.Remaining();
+  m_file_version = header.m_version;
+  m_header_size = header.m_size;
+  m_flags = header.m_flags;
+  m_reserved = header.m_reserved_word;
+  m_camera_index = header.m_camera_index;
+  m_board_index = header.m_board_index;
+  m_begin_time = CTime(header.m_begin_time);
+  m_end_time = CTime(header.m_end_time);
+  m_begin_time_stamp = header.m_begin_time_stamp;
+  m_gmt = header.m_gmt;
+  SetFrameSize(tag_FRAMESIZE{header.m_frame_size});
+  m_camera_name = std::move(header.m_names[0]);
+  m_board_name = std::move(header.m_names[1]);
+  m_host_name = std::move(header.m_names[2]);
   file.Seek(start + header_bytes);
   return static_cast<DWORD>(header_bytes);
 }
 
 DWORD CZebFileInfo::WriteTo(CFile& file) {
-  m_header_size = GetSize();
-  std::array<BYTE, kMaxHeaderBytes> buffer;
-  ByteWriter writer(buffer);
-  writer.PutBytes(kMagic);
-  writer.Put(m_file_version);
-  writer.Put(m_header_size);
-  writer.Put(m_flags);
-  writer.Put(m_reserved);
-  writer.Put(m_camera_index);
-  writer.Put(m_board_index);
-  writer.Put(m_frame_size);
-  writer.Put(BYTE{0});  // reserved
-  writer.Put(m_begin_time.GetTime());
-  writer.Put(m_end_time.GetTime());
-  writer.Put(m_begin_time_stamp);
-  writer.Put(m_gmt);
-  for (const CString* text : {&m_camera_name, &m_board_name, &m_host_name}) {
-    writer.Put(CutBytes(*text));
-    writer.PutText({text->data(), CutBytes(*text)});
-  }
-  file.Write(std::span(buffer).first(writer.Written()));
+  RecordingHeader header;
+  header.m_version = m_file_version;
+  header.m_flags = m_flags;
+  header.m_reserved_word = m_reserved;
+  header.m_camera_index = m_camera_index;
+  header.m_board_index = m_board_index;
+  header.m_frame_size = m_frame_size;
+  header.m_begin_time = m_begin_time.GetTime();
+  header.m_end_time = m_end_time.GetTime();
+  header.m_begin_time_stamp = m_begin_time_stamp;
+  header.m_gmt = m_gmt;
+  header.m_names = {m_camera_name, m_board_name, m_host_name};
+  std::array<BYTE, RecordingHeader::kMaxBytes> buffer;
+  const auto bytes = header.Format(buffer);
+  m_header_size = header.m_size;
+  file.Write(bytes);
   return m_header_size;
 }
 
 DWORD CZebFileInfo::GetSizeForWrite() const {
-  return kBufferFixedBytes + CutBytes(m_camera_name) + CutBytes(m_board_name) +
-         CutBytes(m_file_name) + CutBytes(m_host_name);
+  return kBufferFixedBytes + RecordingHeader::StoredBytes(m_camera_name) +
+         RecordingHeader::StoredBytes(m_board_name) + RecordingHeader::StoredBytes(m_file_name) +
+         RecordingHeader::StoredBytes(m_host_name);
 }
 
 DWORD CZebFileInfo::Write(BYTE*& cursor) const {
@@ -235,22 +220,22 @@ void CZebFileInfo::SetFrameSize(tag_FRAMESIZE frame_size) {
 }
 
 int CZebFileInfo::IsRemote() const {
-  return static_cast<int>(m_flags & kRemote);
+  return static_cast<int>(m_flags & RecordingHeader::kRemote);
 }
 void CZebFileInfo::SetRemote(int remote) {
-  SetFlagBit(kRemote, remote);
+  SetFlagBit(RecordingHeader::kRemote, remote);
 }
 int CZebFileInfo::IsClip() const {
-  return static_cast<int>(m_flags & kClip);
+  return static_cast<int>(m_flags & RecordingHeader::kClip);
 }
 void CZebFileInfo::SetClip(int clip) {
-  SetFlagBit(kClip, clip);
+  SetFlagBit(RecordingHeader::kClip, clip);
 }
 int CZebFileInfo::IsRT8Port() const {
-  return static_cast<int>(m_flags & kRT8Port);
+  return static_cast<int>(m_flags & RecordingHeader::kRT8Port);
 }
 void CZebFileInfo::SetRT8Port() {
-  SetFlagBit(kRT8Port, 1);
+  SetFlagBit(RecordingHeader::kRT8Port, 1);
 }
 
 void CZebFileInfo::SetFlagBit(DWORD bit, int on) {
