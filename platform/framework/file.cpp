@@ -92,6 +92,10 @@ ULONGLONG CFile::GetLengthAtOpening() const {
   return Handle().LengthAtOpening();
 }
 
+bool CFile::IsAlone() const {
+  return Handle().IsAlone();
+}
+
 void CFile::SetLength(ULONGLONG length) {
   Handle().Resize(length);
   m_reserved_end = 0;  // cutting has given it back

@@ -61,6 +61,9 @@ class ZEBX_API CFile : public CObject {
   virtual ULONGLONG GetLength() const;
   // The length that opening found: for a file just opened, without another system call.
   ULONGLONG GetLengthAtOpening() const;
+  // True when it is certain that nobody else has the file open: it was opened with kShareExclusive,
+  // and the disk keeps locks.
+  bool IsAlone() const;
   // Cuts or extends (with zeros) the file. The position stays.
   virtual void SetLength(ULONGLONG length);
 

@@ -40,6 +40,9 @@ class ZEBX_API FileHandle {
   virtual ULONGLONG LengthAtOpening() { return Length(); }
   // True when opening made the file.
   virtual bool IsNew() { return false; }
+  // True when it is certain that nobody else has the file open: it was opened exclusively, and the
+  // disk keeps locks.
+  virtual bool IsAlone() { return false; }
   // Cuts or extends the file, and gives back what is reserved behind the new end.
   virtual void Resize(ULONGLONG length) = 0;
   // Reserves room on the disk, also behind the end; the length stays. False, with nothing

@@ -167,6 +167,7 @@ class FaultyFileSystem final : public zebx::FileSystem {
       if (bytes >= m_owner.m_skipped_bytes) return m_native->Resize(offset + bytes);
       m_native->WriteAt(offset, pieces);
     }
+    bool IsAlone() override { return m_native->IsAlone(); }
     ULONGLONG Length() override {
       m_owner.PassOrFail(kLength);
       return m_native->Length() + m_owner.m_overstated_bytes;

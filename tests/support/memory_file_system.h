@@ -64,9 +64,11 @@ class MemoryFileSystem final : public zebx::FileSystem {
       found = m_files.emplace(*key, std::make_shared<Bytes>()).first;
     } else if (mode.m_new) {
       throw CFileException(Cause::kGeneric, 0, path);
+    } else if (mode.m_exclusive && found->second.use_count() > 1) {
+      throw CFileException(Cause::kSharingViolation, 0, path);
     }
     if (mode.m_truncate) found->second->clear();
-    return std::make_unique<Handle>(found->second);
+    return std::make_unique<Handle>(found->second, mode.m_exclusive);
   }
   CString FullPath(const CString& path) override { return path; }
   std::optional<CString> RealPath(const CString& path) override { return KeyOf(path); }
@@ -166,7 +168,8 @@ class MemoryFileSystem final : public zebx::FileSystem {
 
   class Handle final : public zebx::FileHandle {
    public:
-    explicit Handle(std::shared_ptr<Bytes> bytes) : m_bytes(std::move(bytes)) {}
+    Handle(std::shared_ptr<Bytes> bytes, bool is_alone)
+        : m_bytes(std::move(bytes)), m_is_alone(is_alone) {}
 
     std::size_t ReadAt(ULONGLONG offset, std::span<BYTE> into) override {
       if (offset >= m_bytes->size()) return 0;
@@ -183,12 +186,14 @@ class MemoryFileSystem final : public zebx::FileSystem {
         offset += piece.size();
       }
     }
+    bool IsAlone() override { return m_is_alone; }
     ULONGLONG Length() override { return m_bytes->size(); }
     void Resize(ULONGLONG length) override { m_bytes->resize(static_cast<std::size_t>(length)); }
     void Close() override {}
 
    private:
     std::shared_ptr<Bytes> m_bytes;
+    bool m_is_alone;
   };
 
   zebx::FileSystem& m_before = zebx::CurrentFileSystem();

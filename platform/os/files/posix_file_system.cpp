@@ -69,6 +69,8 @@ class PosixFileHandle final : public FileHandle {
   void SetLengthAtOpening(ULONGLONG length) { m_length_at_opening = length; }
   bool IsNew() override { return m_is_new; }
 
+  bool IsAlone() override { return m_is_alone; }
+
   void Resize(ULONGLONG length) override {
     if (ftruncate(m_descriptor, static_cast<off_t>(length)) != 0) Fail();
   }
@@ -96,8 +98,8 @@ class PosixFileHandle final : public FileHandle {
   // refuse an exclusive lock on what is open for reading alone; a shared one keeps it from being
   // deleted. A file system without locks cannot tell, and is used all the same.
   void Lock(bool exclusive) {
-    if (TryLock(exclusive ? LOCK_EX : LOCK_SH) || !exclusive) return;
-    TryLock(LOCK_SH);
+    m_is_alone = exclusive && TryLock(LOCK_EX);
+    if (!m_is_alone) TryLock(LOCK_SH);
   }
 
   struct stat Status() {
@@ -143,6 +145,7 @@ class PosixFileHandle final : public FileHandle {
   CString m_path;
   bool m_is_new;
   ULONGLONG m_length_at_opening = 0;
+  bool m_is_alone = false;
 };
 
 // Opens a host file. What is only written is opened for reading as well where that is allowed,
