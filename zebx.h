@@ -48,6 +48,11 @@
 #include "record/zeb_file_info.h"
 #include "record/zeb_frame_data.h"
 
+// Checking recordings, saving what is intact of damaged ones, finishing unfinished ones.
+#include "recovery/frame_finder.h"
+#include "recovery/recording_check.h"
+#include "recovery/salvage.h"
+
 // Storage: disks, the database, and searches.
 #include "storage/dbs.h"
 #include "storage/file_search_info.h"

@@ -20,6 +20,8 @@ struct BlockHeader {
   WORD m_frames = 0;
   DWORD m_time_stamp = 0;  // of the first frame
 
+  static constexpr std::size_t kReservedAt = 10;
+
   static BlockHeader Parse(std::span<const BYTE, kBlockHeaderBytes> bytes) {
     ByteReader reader(bytes);
     BlockHeader header;

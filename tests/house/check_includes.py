@@ -16,7 +16,7 @@ FRAMEWORK = ["platform/framework"]
 OS = FRAMEWORK + ["platform/os"]
 DOORS = OS + ["platform/noxcodec", "platform/noxdisplay"]
 DEVICES = DOORS + ["platform/zebdev"]
-CAPTURE = DEVICES + ["record", "image", "capture"]
+CAPTURE = DEVICES + ["record", "image", "recovery", "capture"]
 LIBRARY = CAPTURE + ["storage"]
 EVERYTHING = LIBRARY + ["tools", "tests", "zebx.h"]
 MAY_INCLUDE = {
@@ -27,6 +27,7 @@ MAY_INCLUDE = {
     "platform/zebdev": DOORS,
     "record": DEVICES,
     "image": DEVICES,
+    "recovery": DEVICES + ["record", "image"],
     "capture": CAPTURE,
     "storage": CAPTURE,
     "zebx.h": LIBRARY,
@@ -37,7 +38,7 @@ MAY_INCLUDE = {
     "examples": [],
 }
 # Fixed tables that need nothing else of their folder.
-LEAVES = {"capture/picture_formats.h": ["record", "image"]}
+LEAVES = {"capture/picture_formats.h": ["record", "image", "recovery"]}
 # The virtual device encodes what it shows, so its software uses the software codec.
 SOFTWARE_MAY_INCLUDE = {"platform/zebdev/software": "platform/noxcodec/software"}
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platform/os/clock.h"
+#include "tests/support/made_recording.h"
 #include "tests/support/memory_file_system.h"
-#include "tests/support/recording_fixture.h"
 #include "tests/support/temp_dir.h"
 #include "tools/zebtool/subcommands.h"
 
@@ -37,73 +37,6 @@ inline bool Contains(const std::string& text, const std::string& part) {
 inline std::int64_t JsonNumber(const std::string& json, const std::string& key) {
   const std::size_t at = json.find('"' + key + "\": ");
   return at == std::string::npos ? -1 : std::stoll(json.substr(at + key.size() + 4));
-}
-
-inline constexpr DWORD kTestBeginSeconds = 1714552200;
-inline constexpr DWORD kTestFirstStamp = 5000;
-
-// I-frames at every `gop`-th place, 40 ms apart; every third frame has speech. Bytes are spread so
-// that they look like neither headers nor each other. Encoder type 2 makes blocks of ten I-frames,
-// the first one of nine.
-inline std::vector<TestFrame> MakeFrames(int count, int gop = 2, std::size_t video_bytes = 5) {
-  std::vector<TestFrame> frames;
-  DWORD seed = 1;
-  const auto random_bytes = [&](std::size_t length) {
-    std::string bytes(length, '\0');
-    for (char& byte : bytes) {
-      seed = seed * 1664525 + 1013904223;
-      byte = static_cast<char>(0x80 | seed >> 24);
-    }
-    return bytes;
-  };
-  for (int number = 0; number < count; ++number) {
-    TestFrame& frame = frames.emplace_back();
-    frame.type = number % gop == 0 ? zebx::kIFrame : 1;
-    frame.flags = zebx::kFrameRT | (zebx::kEncoderTypeRT8Port << 4) |
-                  (number % 3 == 0 ? zebx::kFrameVoice : 0);
-    frame.time_stamp = kTestFirstStamp + static_cast<DWORD>(number) * 40;
-    frame.video = random_bytes(video_bytes + static_cast<std::size_t>(number % 3));
-    if (number % 3 == 0) frame.speech = random_bytes(2);
-  }
-  return frames;
-}
-
-// The bytes of a recording of `frames`, finished or as a dead writer leaves it.
-inline std::string MakeRecording(const std::vector<TestFrame>& frames, bool finished = true) {
-  const MemoryFileSystem disk;
-  os::SteppedClock clock(kTestBeginSeconds, kTestFirstStamp);
-  CZebFileInfo info = MakeInfo("made");
-  CZebFile file;
-  file.Open(&info, kZebFileWrite);
-  CZebFrameData data;
-  for (const TestFrame& frame : frames) {
-    clock.MoveTo(frame.time_stamp - kTestFirstStamp);
-    Fill(data, frame);
-    file.WriteOneFrame(&data);
-  }
-  if (finished) file.Close();
-  return disk.Get("made");
-}
-
-// Where the block headers of an intact recording stand, the terminating one included.
-inline std::vector<std::size_t> BlockOffsets(const std::string& recording) {
-  std::vector<std::size_t> offsets;
-  for (DWORD at = DwordAt(recording, 8); at != zebx::kNoBlock; at = DwordAt(recording, at + 4)) {
-    offsets.push_back(at);
-  }
-  return offsets;
-}
-
-// Where each frame of an intact recording ends.
-inline std::vector<std::size_t> FrameEnds(const std::string& recording,
-                                          const std::vector<TestFrame>& frames) {
-  std::vector<std::size_t> ends;
-  std::size_t end = 0;
-  for (const TestFrame& frame : frames) {
-    const std::string body = frame.video + frame.speech;
-    ends.push_back(end = recording.find(body, end) + body.size());
-  }
-  return ends;
 }
 
 // A picture of a moving gradient, planes of 4:2:0 back to back.

@@ -5,11 +5,11 @@
 #include <optional>
 
 #include "platform/framework/file.h"
+#include "recovery/recording_check.h"
 #include "tools/zebtool/byte_streams.h"
 #include "tools/zebtool/frame_position.h"
 #include "tools/zebtool/options.h"
 #include "tools/zebtool/recording_file.h"
-#include "tools/zebtool/recording_scan.h"
 #include "tools/zebtool/subcommands.h"
 #include "tools/zebtool/text.h"
 
@@ -43,12 +43,12 @@ struct Range {
 
 // Finds the blocks and the frame that a stretch of time leads to. Blocks that were never closed are
 // left out, as the library does not read them.
-class RangeFinder final : public ScanVisitor {
+class RangeFinder final : public zebx::CheckVisitor {
  public:
   RangeFinder(LONGLONG from_ms, LONGLONG to_ms) : m_from_ms(from_ms), m_to_ms(to_ms) {}
 
   void OnHeader(const CZebFileInfo& info) override { m_begin_stamp = info.GetBeginTimeStamp(); }
-  void OnFrame(const ScannedFrame& frame) override {
+  void OnFrame(const zebx::CheckedFrame& frame) override {
     if (!frame.finished) return;
     const DWORD at_ms = frame.header.m_time_stamp - m_begin_stamp;
     if (frame.index == 0 && at_ms <= m_from_ms) m_range.from_block = frame.block;
@@ -111,7 +111,7 @@ Range ReadTimes(const Options& options, CFile& raw, CTime begin) {
       ReadMomentMs(options, "--to", begin).value_or(std::numeric_limits<LONGLONG>::max());
   if (to_ms < from_ms) options.Fail("--to lies before --from");
   RangeFinder finder(from_ms, to_ms);
-  ScanRecording(raw, finder);
+  zebx::CheckRecording(raw, finder);
   const auto range = finder.Result();
   if (!range) {
     throw JobError("the recording has no frame in that stretch; 'zebtool info' shows its times");
@@ -138,11 +138,11 @@ void Clip(CZebFile& recording, const std::string& output, const Range& range) {
 void PrintClip(const std::string& output, std::ostream& out) {
   CFile file;
   OpenRecording(file, output);
-  struct : ScanVisitor {
+  struct : zebx::CheckVisitor {
     void OnHeader(const CZebFileInfo& header) override { info = header; }
     CZebFileInfo info;
   } visitor;
-  const ScanSummary summary = ScanRecording(file, visitor);
+  const zebx::CheckSummary summary = zebx::CheckRecording(file, visitor);
   out << output << ": " << Plural(summary.frames, "frame") << " in "
       << Plural(static_cast<ULONGLONG>(summary.blocks_with_frames), "block") << ", "
       << Plural(summary.file_bytes, "byte") << '\n'

@@ -7,6 +7,7 @@
 
 #include "platform/noxcodec/noxcodec.h"
 #include "record/zeb_frame_data.h"
+#include "recovery/recording_check.h"
 #include "tools/zebtool/byte_streams.h"
 #include "tools/zebtool/frame_position.h"
 #include "tools/zebtool/options.h"
@@ -14,7 +15,6 @@
 #include "tools/zebtool/picture_sizes.h"
 #include "tools/zebtool/progress.h"
 #include "tools/zebtool/recording_file.h"
-#include "tools/zebtool/recording_scan.h"
 #include "tools/zebtool/sound_track.h"
 #include "tools/zebtool/subcommands.h"
 #include "tools/zebtool/text.h"
@@ -65,11 +65,11 @@ Settings ReadSettings(Arguments arguments) {
 }
 
 // What has to be known of the frames before the first one is decoded.
-class FrameSurvey final : public ScanVisitor {
+class FrameSurvey final : public zebx::CheckVisitor {
  public:
   explicit FrameSurvey(const FramePosition& from) : m_from(from) {}
 
-  void OnFrame(const ScannedFrame& frame) override {
+  void OnFrame(const zebx::CheckedFrame& frame) override {
     if (!frame.finished) return;
     m_largest.m_video_bytes = std::max(m_largest.m_video_bytes, frame.header.m_video_bytes);
     m_largest.m_speech_bytes = std::max(m_largest.m_speech_bytes, frame.header.m_speech_bytes);
@@ -121,7 +121,7 @@ class Exporter {
     RequireFrame(m_recording, m_settings.from);
     CFile raw;
     OpenRecording(raw, m_settings.input);
-    ScanRecording(raw, m_survey);
+    zebx::CheckRecording(raw, m_survey);
     m_frame.Reserve(m_survey.Largest());
   }
 

@@ -44,18 +44,18 @@ const char* StandardOf(const CZebFileInfo& info) {
 }
 
 // Tells the facts as they are met, so that nothing but a few findings is kept.
-class Reporter : public ScanVisitor {
+class Reporter : public zebx::CheckVisitor {
  public:
-  virtual void Finish(const ScanSummary& summary) = 0;
+  virtual void Finish(const zebx::CheckSummary& summary) = 0;
 
   void OnHeader(const CZebFileInfo& info) override { m_info = info; }
-  void OnFinding(const Finding& finding) override {
+  void OnFinding(const zebx::Finding& finding) override {
     if (m_findings.size() < kMostFindings) m_findings.push_back(finding);
   }
 
  protected:
   CZebFileInfo m_info;
-  std::vector<Finding> m_findings;
+  std::vector<zebx::Finding> m_findings;
 };
 
 class TextReporter final : public Reporter {
@@ -84,7 +84,7 @@ class TextReporter final : public Reporter {
           << "  end        " << FormatTime(info.GetEndTime()) << '\n';
   }
 
-  void OnBlock(const ScannedBlock& block) override {
+  void OnBlock(const zebx::CheckedBlock& block) override {
     if (!m_what.blocks) return;
     m_out << "  block " << block.number << " at " << FormatOffset(block.offset) << ": "
           << Plural(block.header.m_frames, "frame") << ", stamp " << block.header.m_time_stamp
@@ -92,7 +92,7 @@ class TextReporter final : public Reporter {
           << Link(block.header.m_next) << '\n';
   }
 
-  void OnFrame(const ScannedFrame& frame) override {
+  void OnFrame(const zebx::CheckedFrame& frame) override {
     if (!m_what.frames) return;
     const FrameHeader& header = frame.header;
     m_out << "  frame " << frame.block << ':' << frame.index << " at " << FormatOffset(frame.offset)
@@ -103,14 +103,14 @@ class TextReporter final : public Reporter {
           << (frame.finished ? "" : ", unfinished block") << '\n';
   }
 
-  void Finish(const ScanSummary& summary) override {
+  void Finish(const zebx::CheckSummary& summary) override {
     if (summary.has_header) {
       PrintTotals(summary);
     } else {
       m_out << m_path << '\n' << "  length     " << Plural(summary.file_bytes, "byte") << '\n';
     }
     m_out << "  state      " << StateOf(summary) << '\n';
-    for (const Finding& finding : m_findings) m_out << "    " << FindingLine(finding) << '\n';
+    for (const zebx::Finding& finding : m_findings) m_out << "    " << FindingLine(finding) << '\n';
     const ULONGLONG findings = summary.damages + summary.notes + (summary.unfinished ? 1 : 0);
     if (findings > m_findings.size()) {
       m_out << "    and " << Plural(findings - m_findings.size(), "more finding") << '\n';
@@ -118,7 +118,7 @@ class TextReporter final : public Reporter {
   }
 
  private:
-  void PrintTotals(const ScanSummary& summary) {
+  void PrintTotals(const zebx::CheckSummary& summary) {
     m_out << "  duration   " << FormatDecimals(summary.DurationMs() / kMsPerSecond, 3)
           << " s by time stamps\n"
           << "  chain      " << Plural(static_cast<ULONGLONG>(summary.blocks), "block") << ", "
@@ -183,7 +183,7 @@ class JsonReporter final : public Reporter {
     if (m_what.blocks || m_what.frames) m_json.BeginArray("chain");
   }
 
-  void OnBlock(const ScannedBlock& block) override {
+  void OnBlock(const zebx::CheckedBlock& block) override {
     if (!m_what.blocks) return;
     m_json.BeginObject();
     m_json.Value("block", block.number);
@@ -195,7 +195,7 @@ class JsonReporter final : public Reporter {
     m_json.EndObject();
   }
 
-  void OnFrame(const ScannedFrame& frame) override {
+  void OnFrame(const zebx::CheckedFrame& frame) override {
     if (!m_what.frames) return;
     m_json.BeginObject();
     m_json.Value("frame", std::to_string(frame.block) + ':' + std::to_string(frame.index));
@@ -209,7 +209,7 @@ class JsonReporter final : public Reporter {
     m_json.EndObject();
   }
 
-  void Finish(const ScanSummary& summary) override {
+  void Finish(const zebx::CheckSummary& summary) override {
     if (summary.has_header && (m_what.blocks || m_what.frames)) m_json.EndArray();
     m_json.BeginObject("totals");
     m_json.Value("file_bytes", summary.file_bytes);
@@ -228,7 +228,7 @@ class JsonReporter final : public Reporter {
     m_json.Value("damages", summary.damages);
     m_json.Value("notes", summary.notes);
     m_json.BeginArray("findings");
-    for (const Finding& finding : m_findings) PutFinding(m_json, finding);
+    for (const zebx::Finding& finding : m_findings) PutFinding(m_json, finding);
     m_json.EndArray();
     m_json.EndObject();
   }
@@ -261,7 +261,7 @@ int RunInfo(Arguments arguments, Console& console) {
   } else {
     reporter = std::make_unique<TextReporter>(console.out, what, path);
   }
-  const ScanSummary summary = ScanRecording(file, *reporter);
+  const zebx::CheckSummary summary = zebx::CheckRecording(file, *reporter);
   reporter->Finish(summary);
   return summary.IsWhole() ? kExitGood : kExitBad;
 }

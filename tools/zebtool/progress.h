@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "tools/zebtool/console.h"
 
@@ -18,10 +19,14 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  void Show(std::uint64_t frames);
+  void Show(std::uint64_t count, std::string_view noun = "frames");
+  // "label 12 %"
+  void ShowPart(std::uint64_t done, std::uint64_t total);
 
  private:
   using SteadyClock = std::chrono::steady_clock;
+
+  void ShowText(const std::string& text);
 
   Console& m_console;
   std::string m_label;

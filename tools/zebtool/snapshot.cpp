@@ -4,12 +4,12 @@
 
 #include "platform/framework/file.h"
 #include "record/zeb_frame_data.h"
+#include "recovery/recording_check.h"
 #include "tools/zebtool/byte_streams.h"
 #include "tools/zebtool/frame_position.h"
 #include "tools/zebtool/picture_decoder.h"
 #include "tools/zebtool/picture_sizes.h"
 #include "tools/zebtool/recording_file.h"
-#include "tools/zebtool/recording_scan.h"
 #include "tools/zebtool/snapshot_file.h"
 #include "tools/zebtool/subcommands.h"
 #include "tools/zebtool/text.h"
@@ -40,13 +40,13 @@ constexpr LONGLONG kLastPictureMs = 1000;
 constexpr DWORD kBgrxPixelBytes = 4;
 
 // Finds the frame of a position or a moment, and the I-frame that decoding has to begin with.
-class FrameFinder final : public ScanVisitor {
+class FrameFinder final : public zebx::CheckVisitor {
  public:
   FrameFinder(FramePosition position, std::optional<LONGLONG> moment_ms)
       : m_wanted(position), m_moment_ms(moment_ms) {}
 
   void OnHeader(const CZebFileInfo& info) override { m_begin_stamp = info.GetBeginTimeStamp(); }
-  void OnFrame(const ScannedFrame& frame) override {
+  void OnFrame(const zebx::CheckedFrame& frame) override {
     if (!frame.finished) return;
     m_largest.m_video_bytes = std::max(m_largest.m_video_bytes, frame.header.m_video_bytes);
     m_largest.m_speech_bytes = std::max(m_largest.m_speech_bytes, frame.header.m_speech_bytes);
@@ -70,7 +70,7 @@ class FrameFinder final : public ScanVisitor {
   const FrameHeader& Largest() const { return m_largest; }
 
  private:
-  bool IsBehindWanted(const ScannedFrame& frame) const {
+  bool IsBehindWanted(const zebx::CheckedFrame& frame) const {
     if (m_moment_ms) return m_last_ms > *m_moment_ms;
     return frame.block > m_wanted.block ||
            (frame.block == m_wanted.block && frame.index > m_wanted.index);
@@ -136,7 +136,7 @@ int RunSnapshot(Arguments arguments, Console& console) {
   FrameFinder finder(wanted, ReadMomentMs(options, "--at", recording.GetBeginTime()));
   CFile raw;
   OpenRecording(raw, input);
-  ScanRecording(raw, finder);
+  zebx::CheckRecording(raw, finder);
   const auto frame = finder.Found();
   if (!frame) {
     throw JobError("the recording has no picture of that moment; it begins at " +

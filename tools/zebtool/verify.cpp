@@ -1,10 +1,8 @@
 // zebtool verify: every byte of a recording's structure against what a whole one keeps.
-#include <vector>
+#include <optional>
 
-#include "platform/framework/file.h"
 #include "tools/zebtool/findings.h"
 #include "tools/zebtool/options.h"
-#include "tools/zebtool/recording_file.h"
 #include "tools/zebtool/subcommands.h"
 #include "tools/zebtool/text.h"
 
@@ -23,32 +21,20 @@ constexpr std::string_view kHelp =
     "Exit status: 0 when every file is whole, 1 when one is damaged or unfinished. Notes tell of\n"
     "unusual things that the library itself writes; they are not damage.\n";
 
-// Everything after so many findings is only counted.
-constexpr std::size_t kMostFindings = 100;
-
-struct FindingList : ScanVisitor {
-  void OnFinding(const Finding& finding) override {
-    if (findings.size() < kMostFindings) {
-      findings.push_back(finding);
-    } else {
-      ++left_out;
-    }
-  }
-  std::vector<Finding> findings;
-  ULONGLONG left_out = 0;
-};
-
-void Print(std::ostream& out, const std::string& path, const ScanSummary& summary,
-           const FindingList& list) {
+void Print(std::ostream& out, const std::string& path, const zebx::RecordingCheck& check) {
+  const zebx::CheckSummary& summary = check.summary;
   out << path << ": " << StateOf(summary) << ", " << Plural(summary.frames, "frame") << " in "
       << Plural(static_cast<ULONGLONG>(summary.blocks_with_frames), "block") << ", "
       << Plural(summary.file_bytes, "byte") << '\n';
-  for (const Finding& finding : list.findings) out << "  " << FindingLine(finding) << '\n';
-  if (list.left_out > 0) out << "  and " << Plural(list.left_out, "more finding") << '\n';
+  for (const zebx::Finding& finding : check.findings) out << "  " << FindingLine(finding) << '\n';
+  if (check.findings_left_out > 0) {
+    out << "  and " << Plural(check.findings_left_out, "more finding") << '\n';
+  }
+  if (!summary.IsWhole()) out << "  'zebtool salvage' makes a whole recording of what is intact\n";
 }
 
-void Put(JsonWriter& json, const std::string& path, const ScanSummary& summary,
-         const FindingList& list) {
+void Put(JsonWriter& json, const std::string& path, const zebx::RecordingCheck& check) {
+  const zebx::CheckSummary& summary = check.summary;
   json.BeginObject();
   json.Value("file", path);
   json.Value("state", StateOf(summary));
@@ -58,7 +44,7 @@ void Put(JsonWriter& json, const std::string& path, const ScanSummary& summary,
   json.Value("damages", summary.damages);
   json.Value("notes", summary.notes);
   json.BeginArray("findings");
-  for (const Finding& finding : list.findings) PutFinding(json, finding);
+  for (const zebx::Finding& finding : check.findings) PutFinding(json, finding);
   json.EndArray();
   json.EndObject();
 }
@@ -72,15 +58,12 @@ int RunVerify(Arguments arguments, Console& console) {
   int status = kExitGood;
   for (const std::string& path : options.Positionals()) {
     try {
-      CFile file;
-      OpenRecording(file, path);
-      FindingList list;
-      const ScanSummary summary = ScanRecording(file, list);
-      if (!summary.IsWhole()) status = kExitBad;
+      const zebx::RecordingCheck check = zebx::CheckRecording(path);
+      if (!check.summary.IsWhole()) status = kExitBad;
       if (json) {
-        Put(*json, path, summary, list);
+        Put(*json, path, check);
       } else {
-        Print(console.out, path, summary, list);
+        Print(console.out, path, check);
       }
     } catch (const std::exception& failure) {
       // One file that cannot be read is no reason to leave the others out.

@@ -1,8 +1,6 @@
-#include "tools/zebtool/frame_signs.h"
+#include "recovery/frame_signs.h"
 
-using namespace zebx;
-
-namespace zebtool {
+namespace zebx {
 namespace {
 
 constexpr WORD kMaxFrameType = 0xFF;
@@ -10,6 +8,7 @@ constexpr WORD kUsedFlags = kFrameVideoLost | kFrameVideoAlarm | kFrameIOAlarm |
                             kFrameEncoderTypeMask | kFrameAlarm | kFrameRT | kFrameVoice;
 constexpr LONG kMostBackwardMs = 1000;
 constexpr LONG kMostForwardMs = 24 * 60 * 60 * 1000;
+constexpr DWORD kUsualGapMs = 10 * 1000;
 
 }  // namespace
 
@@ -19,7 +18,11 @@ bool LooksLikeFrame(const FrameHeader& header) {
     return false;
   }
   // An I-frame of nothing is how a run of zeros reads.
-  return header.BodyBytes() > 0 || !header.IsIFrame() || (header.m_flags & kFrameVideoLost) != 0;
+  return HasContents(header) || !header.IsIFrame();
+}
+
+bool HasContents(const FrameHeader& header) {
+  return header.BodyBytes() > 0 || (header.m_flags & kFrameVideoLost) != 0;
 }
 
 bool StampsFit(DWORD earlier, DWORD later) {
@@ -27,4 +30,9 @@ bool StampsFit(DWORD earlier, DWORD later) {
   return difference >= -kMostBackwardMs && difference <= kMostForwardMs;
 }
 
-}  // namespace zebtool
+bool Follows(const FrameHeader& earlier, const FrameHeader& later) {
+  return ((earlier.m_flags ^ later.m_flags) & kFrameEncoderTypeMask) == 0 &&
+         later.m_time_stamp - earlier.m_time_stamp <= kUsualGapMs;
+}
+
+}  // namespace zebx
