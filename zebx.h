@@ -51,6 +51,7 @@
 // Checking recordings, saving what is intact of damaged ones, finishing unfinished ones.
 #include "recovery/frame_finder.h"
 #include "recovery/recording_check.h"
+#include "recovery/repair.h"
 #include "recovery/salvage.h"
 
 // Storage: disks, the database, and searches.

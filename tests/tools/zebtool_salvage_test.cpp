@@ -1,7 +1,9 @@
 // What the tool tells of damaged recordings and of what recovery made of them.
 #include <gtest/gtest.h>
 
+#include "tests/support/test_drive.h"
 #include "tests/tools/tool_fixture.h"
+#include "tools/zebtool/store_repair.h"
 
 namespace {
 
@@ -67,6 +69,21 @@ TEST_F(BrokenRecording, SalvageTellsWhatItSavedLostAndRestored) {
   EXPECT_EQ(RunTool({"salvage", "r", "other"}).status, 1);
   EXPECT_FALSE(m_disk.Has("other"));
   EXPECT_EQ(RunTool({"salvage", "r", "r", "--force"}).status, 1);
+}
+
+TEST_F(BrokenRecording, StoreRepairFinishesAndNamesWhatIsLeft) {
+  const TestDrive drive;
+  m_disk.Put("d:\\d20240501\\a.zebz", MakeRecording(m_frames, false));
+  m_disk.Put("d:\\d20240501\\b.zebz", "damaged");
+  std::istringstream in;
+  std::ostringstream out;
+  zebtool::Console console{in, out, out};
+  EXPECT_EQ(zebtool::RepairDirectories({"d:\\"}, false, console), 1);
+  EXPECT_TRUE(Contains(out.str(), "1 finished, 0 whole already")) << out.str();
+  EXPECT_TRUE(Contains(out.str(), "44 frames, 6 of them regained")) << out.str();
+  EXPECT_EQ(zebtool::RepairDirectories({"d:\\d20240501"}, true, console), 1);
+  EXPECT_EQ(JsonNumber(out.str(), "whole"), 1);
+  EXPECT_EQ(JsonNumber(out.str(), "damaged"), 1);
 }
 
 }  // namespace

@@ -1,0 +1,147 @@
+// Finishing recordings after a crash: never at the price of the one that is there.
+#include "recovery/repair.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "platform/framework/error_report.h"
+#include "recovery/recording_check.h"
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/made_recording.h"
+#include "tests/support/test_drive.h"
+
+namespace {
+
+using Outcome = zebx::RepairedRecording::Outcome;
+
+class Repair : public testing::Test {
+ protected:
+  Repair() {
+    zebx::SetErrorSink([](const std::exception&) {});
+  }
+  ~Repair() override { zebx::SetErrorSink({}); }
+
+  const std::vector<TestFrame> m_frames = MakeFrames(44);  // blocks of 18, 20 and 6
+  const std::string m_whole = MakeRecording(m_frames);
+  const std::string m_unfinished = MakeRecording(m_frames, false);
+};
+
+TEST_F(Repair, FinishesWhatIsUnfinishedAndLeavesTheRestAlone) {
+  const TestDrive drive;
+  std::string damaged = m_unfinished;
+  damaged[20] = '\x7F';
+  damaged[12] = '\x7F';
+  const std::map<std::string, std::string> files = {
+      {"d20240501/host/video/open.zebz", m_unfinished},
+      {"d20240501/host/video/cut.ZEBZ", m_unfinished.substr(0, m_unfinished.size() - 3)},
+      {"d20240501/host/video/whole.zebz", m_whole},
+      {"d20240501/host/alarm/damaged.zebz", damaged},
+      {"d20240501/host/alarm/empty.zebz", MakeRecording({}, false)},
+      {"d20240501/host/alarm/protected.zebz", m_unfinished},
+      {"d20240501/host/video/used.zebz", m_unfinished},
+      {"d20240501/host/video/old.zebz.recovery1", "x"},
+      {"d20240501/host/log/userlog.ulg", "x"}};
+  for (const auto& [name, bytes] : files) {
+    drive.MakeDirectory(std::filesystem::path(name).parent_path().string());
+    drive.MakeFile(name, bytes);
+  }
+  std::filesystem::permissions(drive.File("d20240501/host/alarm/protected.zebz"),
+                               std::filesystem::perms::owner_read);
+  std::filesystem::create_symlink(drive.File("d20240501/host/video/open.zebz"),
+                                  drive.File("d20240501/host/alarm/link.zebz"));
+  ASSERT_EQ(mkfifo(drive.File("d20240501/host/alarm/pipe.zebz").c_str(), 0600), 0);
+  // Room that a writer had reserved.
+  const std::string empty = drive.File("d20240501/host/alarm/empty.zebz");
+  const int descriptor = open(empty.c_str(), O_RDWR);
+  const bool is_reserved = fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, 1 << 20) == 0;
+  close(descriptor);
+  CFile used;
+  ASSERT_EQ(
+      used.Open("d:\\d20240501\\host\\video\\used.zebz", CFile::kModeRead | CFile::kShareDenyNone),
+      1);
+
+  const zebx::RepairReport report = zebx::FinishRecordings("d:\\");
+  std::string outcomes;
+  for (const auto& recording : report.recordings) {
+    outcomes += std::filesystem::path(recording.path).filename().string() + ' ' +
+                NameOf(recording.outcome) + ' ' + std::to_string(recording.frames) + ' ' +
+                std::to_string(recording.frames_gained) + ' ' +
+                std::to_string(recording.dropped_bytes) + '\n';
+  }
+  EXPECT_EQ(outcomes,
+            "damaged.zebz damaged 0 0 0\nempty.zebz empty 0 0 0\nlink.zebz protected 0 0 0\n"
+            "pipe.zebz failed 0 0 0\nprotected.zebz protected 0 0 0\n"
+            "cut.ZEBZ finished 43 5 15\nold.zebz.recovery1 left-over 0 0 0\n"
+            "open.zebz finished 44 6 0\nused.zebz in-use 0 0 0\n");
+  EXPECT_EQ(report.Count(Outcome::kWhole), 1U);
+  struct stat status {};
+  EXPECT_EQ(stat(empty.c_str(), &status), 0);
+  EXPECT_TRUE(!is_reserved || status.st_blocks * 512 < 1 << 20);
+  for (const auto& [name, bytes] : files) {
+    const bool is_finished = name.ends_with("open.zebz") || name.ends_with("cut.ZEBZ");
+    EXPECT_EQ(ReadWholeFile(drive.File(name)) == bytes, !is_finished) << name;
+  }
+  EXPECT_EQ(ReadFrames("d:\\d20240501\\host\\video\\open.zebz"), m_frames);
+  EXPECT_EQ(zebx::FinishRecordings("d:\\").Count(Outcome::kFinished), 0U);
+}
+
+TEST_F(Repair, AnyCallMayFailOrBeTheLastAndARecordingIsThere) {
+  for (const bool is_power_cut : {false, true}) {
+    for (const std::size_t prefix : {0, 7}) {
+      std::uint64_t faults = 0;
+      for (bool is_done = false; !is_done; ++faults) {
+        SCOPED_TRACE(std::to_string(faults) + (is_power_cut ? " power cut" : " failure"));
+        MemoryFileSystem disk;
+        disk.Put("r.zebz", m_unfinished);
+        disk.Put("r.zebz.recovery1", "foreign");
+        FaultyFileSystem faulty;
+        if (is_power_cut) {
+          faulty.CutPowerAt(FaultyFileSystem::kEveryCall, faults + 1, prefix);
+        } else {
+          faulty.FailCall(FaultyFileSystem::kEveryCall, faults + 1, prefix);
+        }
+        const auto repaired = zebx::FinishRecording("r.zebz");
+        is_done = faulty.Failures() == 0;
+        faulty.Heal();
+        const auto now = disk.Get("r.zebz");
+        const bool is_repaired = now != m_unfinished;
+        if (is_repaired) {
+          EXPECT_EQ(ReadFrames("r.zebz"), m_frames);
+          EXPECT_TRUE(zebx::CheckRecording("r.zebz").summary.IsWhole());
+        } else {
+          EXPECT_NE(repaired->outcome, Outcome::kFinished);
+        }
+        EXPECT_EQ(disk.Get("r.zebz.recovery1"), "foreign");
+        EXPECT_LE(disk.Everything().size(), is_power_cut ? 3U : 2U);
+        // The next start does it, whatever the last one left.
+        EXPECT_EQ(zebx::FinishRecording("r.zebz")->outcome,
+                  is_repaired ? Outcome::kWhole : Outcome::kFinished);
+        EXPECT_EQ(ReadFrames("r.zebz"), m_frames);
+      }
+      EXPECT_GT(faults, 20U);
+    }
+  }
+}
+
+TEST_F(Repair, CallbackEndsItAndNothingIsLeftBehind) {
+  MemoryFileSystem disk;
+  disk.Put("r.zebz", m_unfinished);
+  for (int calls = 0;; ++calls) {
+    int left = calls;
+    const auto repaired = zebx::FinishRecording(
+        "r.zebz", [&](const CString&, ULONGLONG, ULONGLONG) { return left-- > 0; });
+    if (repaired) {
+      EXPECT_EQ(repaired->outcome, Outcome::kFinished);
+      EXPECT_GT(calls, 2);
+      break;
+    }
+    EXPECT_EQ(disk.Everything().size(), 1U);
+    EXPECT_EQ(disk.Get("r.zebz"), m_unfinished);
+  }
+}
+
+}  // namespace
