@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cerrno>
 #include <stdexcept>
-#include <thread>
 
 #include "platform/framework/file_exception.h"
 
@@ -27,19 +25,6 @@ TEST(ErrorReport, PrintsOneLineUnlessASinkIsSetWhichMayReplaceItself) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "zebx: d:\\x: access is denied (Permission denied)\n");
   EXPECT_EQ(reports, "one!");
-}
-
-TEST(ErrorReport, MayBeUsedFromAnyThread) {
-  std::atomic<int> reports = 0;
-  const ErrorSink count = [&](const std::exception&) { ++reports; };
-  SetErrorSink(count);
-  std::thread reporter([] {
-    for (int i = 0; i < 1000; ++i) ReportError(std::runtime_error("again"));
-  });
-  for (int i = 0; i < 1000; ++i) SetErrorSink(count);
-  reporter.join();
-  SetErrorSink({});
-  EXPECT_EQ(reports, 1000);
 }
 
 }  // namespace
