@@ -2,20 +2,19 @@
 // that gives the same disks again.
 #include <cstdlib>
 
+#include "fuzz/sparse_disk.h"
 #include "platform/os/files/drives.h"
 #include "storage/hdd_obj.h"
 #include "storage/zeb_database.h"
-#include "tests/support/memory_file_system.h"
 
 namespace {
 
 constexpr char kFile[] = "zebx-fuzz-list";
 
-// Only the roots of these drives are disks: below them nothing exists and nothing can be made.
 void MountDrives() {
   for (char letter = 'a'; letter <= 'z'; ++letter) os::UnmountDrive(letter);
-  os::MountDrive('d', "/nonexistent/d", os::DriveKind::kFixed);
-  os::MountDrive('e', "/nonexistent/e", os::DriveKind::kNetwork);
+  os::MountDrive('d', "/d", os::DriveKind::kFixed);
+  os::MountDrive('e', "/e", os::DriveKind::kNetwork);
 }
 
 std::vector<CString> DisksOf(const CZebDatabase& database) {
@@ -28,14 +27,12 @@ std::vector<CString> DisksOf(const CZebDatabase& database) {
   return disks;
 }
 
-void LoadAndSave(const std::string& bytes) {
-  MemoryFileSystem disk;
-  disk.Put(kFile, bytes);
+void LoadAndSave(const SparseBytes& bytes) {
+  SparseDisk disk;
+  disk.PutSparse(kFile, bytes);
   CZebDatabase database;
   if (database.Open("", nullptr, kFile, "rec") == 0) return;
-  // A disk in memory cannot put a file in another's place, so the new file stays beside it.
-  database.Save();
-  disk.Put(kFile, disk.Get(CString(kFile) + ".new"));
+  if (database.Save() == 0) return;
   CZebDatabase again;
   if (again.Open("", nullptr, kFile, "rec") == 0 || DisksOf(again) != DisksOf(database)) {
     std::abort();
@@ -46,18 +43,6 @@ void LoadAndSave(const std::string& bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const BYTE* data, std::size_t size) {
   MountDrives();
-  const std::string bytes(data, data + size);
-  LoadAndSave(bytes);
-  // Behind a good beginning, and as what follows the path of a disk.
-  const std::string beginning(
-      "\xFF\xFF\xFF\xFF\x03"
-      "d:\\",
-      8);
-  LoadAndSave(beginning + bytes);
-  LoadAndSave(beginning +
-              std::string("\x01\0\0\0\x01\0\0\0\x03"
-                          "e:\\",
-                          12) +
-              bytes);
+  LoadAndSave(SparseBytes::Of({data, size}));
   return 0;
 }

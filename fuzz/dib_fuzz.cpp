@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <string>
 
+#include "fuzz/sparse_disk.h"
+#include "image/bmp_format.h"
 #include "image/dib_obj.h"
 #include "platform/os/graphics/bitmap_resources.h"
 #include "platform/os/graphics/graphics.h"
-#include "tests/support/memory_file_system.h"
+
+using namespace zebx;
 
 namespace {
 
@@ -24,11 +27,23 @@ void Exercise(CDibObj& dib, HDC canvas) {
   dib.ConvertFormat(dib.GetWidth(), 3, kOutputBitCount);
 }
 
+// A header and whatever bytes follow it, handed to the graphics by a host that checks nothing.
+void DrawBytes(std::span<const BYTE> bytes, HDC canvas) {
+  constexpr std::size_t kHeaderBytes = os::BitmapInfoHeader::kBytes;
+  if (bytes.size() < kBmpFileHeaderBytes + kHeaderBytes) return;
+  bytes = bytes.subspan(kBmpFileHeaderBytes);
+  const auto header = os::BitmapInfoHeader::Parse(bytes.first<kHeaderBytes>());
+  bytes = bytes.subspan(kHeaderBytes);
+  os::StretchDIBits(canvas, -1, 1, 9, 9, 0, 0, header.m_width, 5, bytes, header, bytes,
+                    os::kSrcCopy);
+  os::DeleteObject(os::CreateDIBitmap(canvas, header, bytes, bytes));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const BYTE* bytes, std::size_t size) {
-  MemoryFileSystem disk;
-  disk.Put("in", std::string(bytes, bytes + size));
+  SparseDisk disk;
+  disk.PutSparse("in", SparseBytes::Of({bytes, size}, kSmallGapBytes));
   os::RegisterBitmapResource(kResource, {bytes, size});
 
   os::BitmapInfoHeader header;
@@ -38,6 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const BYTE* bytes, std::size_t size) {
   HDC canvas = os::CreateCompatibleDC(os::GetDC(nullptr));
   HBITMAP bitmap = os::CreateDIBSection(canvas, header, &bits);
   os::SelectObject(canvas, bitmap);
+  DrawBytes({bytes, size}, canvas);
   CDibObj dib;
   if (dib.LoadBmp(CString("in")) == 1) Exercise(dib, canvas);
   if (dib.LoadBmp(kResource) == 1) Exercise(dib, canvas);

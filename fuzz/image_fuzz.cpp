@@ -3,14 +3,14 @@
 #include <cstdlib>
 #include <string>
 
+#include "fuzz/sparse_disk.h"
 #include "image/image.h"
-#include "tests/support/memory_file_system.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const BYTE* bytes, std::size_t size) {
   constexpr DWORD kSide = 4;
-  const std::string input(bytes, bytes + size);
-  MemoryFileSystem disk;
-  disk.Put("in", input);
+  const SparseBytes input = SparseBytes::Of({bytes, size}, kSmallGapBytes);
+  SparseDisk disk;
+  disk.PutSparse("in", input);
   CImage image;
   image.LoadImageAs(kImageBmp, "in");
   image.SaveImageAs(kImageBmp, "out.bmp");
@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const BYTE* bytes, std::size_t size) {
   CImage good;
   good.CreateImage(new BYTE[kSide * kSide * 3](), kSide, kSide);
   good.SaveImageAs(kImageBmp, "good.bmp");
-  disk.Put("in", disk.Get("good.bmp") + input);
+  disk.PutSparse("in", input.Behind(disk.Get("good.bmp")));
   if (image.LoadImageAs(kImageBmp, "in") == 0) std::abort();
   image.SaveImageAs(kImageBmp, "out.bmp");
   // What was understood is written so that it is understood again.

@@ -1,10 +1,10 @@
 // Arbitrary bytes as a face file and as a device's face records: read within the memory they have.
-#include <string>
+#include <utility>
 #include <vector>
 
+#include "fuzz/sparse_disk.h"
 #include "record/mox_face.h"
 #include "record/mox_file.h"
-#include "tests/support/memory_file_system.h"
 
 namespace {
 
@@ -22,10 +22,10 @@ void ReadRecords(std::span<const BYTE> input) {
   }
 }
 
-void ReadFile(const std::string& bytes) {
+void ReadFile(SparseBytes bytes) {
   constexpr std::size_t kRoom = 256;
-  MemoryFileSystem disk;
-  disk.Put("in", bytes);
+  SparseDisk disk;
+  disk.PutSparse("in", std::move(bytes));
   CMoxFile file;
   file.Open("in", 0);
   std::vector<BYTE> picture(kRoom);
@@ -33,7 +33,7 @@ void ReadFile(const std::string& bytes) {
   for (int face = 0; face < 100; ++face) {
     if (file.Read(std::span(picture), &time, face) == 0) break;
   }
-  file.Read(std::span(picture), &time, static_cast<int>(file.GetTotalFaceNum()) - 1);
+  file.Read(std::span(picture), &time, static_cast<int>(file.GetTotalFaceNum() - 1));
   file.Close();
 }
 
@@ -41,8 +41,6 @@ void ReadFile(const std::string& bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const BYTE* bytes, std::size_t size) {
   ReadRecords({bytes, size});
-  ReadFile(std::string(bytes, bytes + size));
-  // Behind magic and version, which are hard to guess.
-  ReadFile(std::string("FACE\0\0\0\0", 8) + std::string(bytes, bytes + size));
+  ReadFile(SparseBytes::Of({bytes, size}));
   return 0;
 }

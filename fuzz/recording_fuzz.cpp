@@ -1,7 +1,6 @@
 // Arbitrary bytes as a recording file and as the buffer forms of a header and a frame: whatever
 // they are, they are read, searched, clipped and copied within the memory they have.
-#include "platform/framework/error_report.h"
-#include "tests/support/memory_file_system.h"
+#include "fuzz/sparse_disk.h"
 #include "tests/support/recording_exercise.h"
 #include "tests/support/recording_fixture.h"
 
@@ -31,20 +30,14 @@ void ReadBufferForms(std::span<const BYTE> input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const BYTE* data, std::size_t size) {
-  static const bool silent = [] {
-    SetErrorSink([](const std::exception&) {});
-    return true;
-  }();
-  static_cast<void>(silent);
-
-  const std::span input(data, size);
-  ReadBufferForms(input);
-  const std::string bytes(input.begin(), input.end());
-  MemoryFileSystem disk;
-  disk.Put("r", bytes);
-  ExerciseRecording("r");
-  // Behind a good header, so that the chain is reached without guessing one.
-  disk.Put("r", RawRecording({}) + bytes);
+  ReadBufferForms({data, size});
+  const SparseBytes input = SparseBytes::Of({data, size}, kSmallGapBytes);
+  SparseDisk disk;
+  disk.PutSparse("r", input);
+  if (ExerciseRecording("r")) return 0;
+  // Behind a good header, for an input whose own is damaged.
+  static const std::string header = RawRecording({});
+  disk.PutSparse("r", input.Behind(header));
   ExerciseRecording("r");
   return 0;
 }

@@ -2,11 +2,10 @@
 // have, and what salvage writes is whole.
 #include <cstdlib>
 
-#include "platform/framework/error_report.h"
+#include "fuzz/sparse_disk.h"
 #include "recovery/recording_check.h"
 #include "recovery/repair.h"
 #include "recovery/salvage.h"
-#include "tests/support/memory_file_system.h"
 #include "tests/support/recording_fixture.h"
 
 namespace {
@@ -36,16 +35,18 @@ void Salvage(MemoryFileSystem& disk, const std::string& bytes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const BYTE* data, std::size_t size) {
-  static const bool silent = [] {
-    zebx::SetErrorSink([](const std::exception&) {});
-    return true;
-  }();
-  static_cast<void>(silent);
-
-  const std::string bytes(data, data + size);
-  MemoryFileSystem disk;
-  Salvage(disk, bytes);
+  SparseDisk disk;
+  // Every byte of a gap is looked at.
+  constexpr ULONGLONG kGapBytes = 1 << 15;
+  const SparseBytes input = SparseBytes::Of({data, size}, kGapBytes);
+  if (input.m_gap_bytes != 0) {
+    disk.PutSparse("r.zebz", input);
+    zebx::CheckRecording("r.zebz");
+    zebx::SalvageRecording("r.zebz", "saved", true);
+    return 0;
+  }
+  Salvage(disk, input.m_bytes);
   // Behind a good header, so that the chain is reached without guessing one.
-  Salvage(disk, RawRecording({}) + bytes);
+  Salvage(disk, RawRecording({}) + input.m_bytes);
   return 0;
 }

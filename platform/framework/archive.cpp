@@ -18,6 +18,7 @@ using Cause = CFileException::Cause;
 constexpr BYTE kLengthInWord = 0xFF;
 constexpr WORD kWideText = 0xFFFE;  // marks another form of text, which is not used here
 constexpr WORD kLengthInDword = 0xFFFF;
+constexpr std::size_t kTextPieceBytes = 64 * 1024;
 
 }  // namespace
 
@@ -80,8 +81,13 @@ CArchive& CArchive::operator>>(LONG& value) {
 CArchive& CArchive::operator>>(CString& text) {
   const DWORD length = GetTextLength();
   if (length > Remaining()) Fail(Cause::kGeneric);
-  CString loaded(length, '\0');
-  Get(reinterpret_cast<BYTE*>(loaded.data()), length);
+  // Piece by piece: a file may claim to be longer than the bytes that can be read from it.
+  CString loaded;
+  while (loaded.size() < length) {
+    const std::size_t begin = loaded.size();
+    loaded.resize(std::min<std::size_t>(length, begin + kTextPieceBytes));
+    Get(reinterpret_cast<BYTE*>(loaded.data()) + begin, loaded.size() - begin);
+  }
   text = std::move(loaded);
   return *this;
 }

@@ -19,7 +19,7 @@
 // In force from its construction to its end, when the one before it is again. No file opened
 // through it may outlive it. On the drives that are mounted there are directories, in lower case;
 // any other path is a plain name.
-class MemoryFileSystem final : public zebx::FileSystem {
+class MemoryFileSystem : public zebx::FileSystem {
  public:
   MemoryFileSystem() { zebx::SetFileSystem(this); }
   ~MemoryFileSystem() override { zebx::SetFileSystem(&m_before); }
