@@ -60,7 +60,10 @@ int CZebFileInfo::GetFrameIndexOfBlock(int) const {
 
 int CZebFileInfo::Create(const CString& path) {
   CFile file;
-  if (file.Open(path, CFile::kModeRead | CFile::kShareDenyNone) == 0) return 0;
+  return file.Open(path, CFile::kModeRead | CFile::kShareDenyNone) != 0 ? Create(file, path) : 0;
+}
+
+int CZebFileInfo::Create(CFile& file, const CString& path) {
   try {
     m_length = static_cast<DWORD>(file.GetLengthAtOpening());
   } catch (const CFileException& failure) {

@@ -36,6 +36,8 @@ class ZEBX_API CZebFileInfo : public CObject {
   // written. 1, or 0 when the file cannot be opened or its header is not valid; fields may then
   // have changed.
   int Create(const CString& path);
+  // The same of a file that was just opened for reading.
+  int Create(CFile& file, const CString& path);
 
   // File form, at the file's position. The number of bytes, or 0 for a null file, a wrong magic, a
   // text length above kMaxTextBytes, a file that ends inside the header, or a file error, which is

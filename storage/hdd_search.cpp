@@ -9,13 +9,13 @@
 #include <unordered_set>
 #include <utility>
 
-#include "image/image.h"
+#include "platform/framework/directory_listing.h"
 #include "platform/framework/file_exception.h"
-#include "platform/framework/file_find.h"
-#include "record/mox_file.h"
+#include "platform/framework/file_system.h"
 #include "storage/day_directory.h"
 #include "storage/disk_path.h"
 #include "storage/file_search_info.h"
+#include "storage/found_file.h"
 #include "storage/hdd_obj.h"
 
 using namespace zebx;
@@ -23,9 +23,6 @@ using namespace zebx;
 namespace {
 
 constexpr LONGLONG kSecondsPerDay = 86400;
-constexpr char kEverything[] = "*.*";
-constexpr std::string_view kAlarmLog = "alarmlog.alg";
-constexpr std::string_view kUserLog = "userlog.ulg";
 
 using DirectoryGetter = CString (CHddObj::*)(const CString&, CTime) const;
 
@@ -83,19 +80,19 @@ void ForEachDay(const CString& base_dir, LONGLONG first_day, LONGLONG last_day, 
   }
 }
 
-// Hands every file that the pattern matches to `step`, with whether it is the last entry of all,
+// Hands every file in the directory to `step`, with whether it is the last entry of all,
 // directories included. A file that cannot be read, or that memory does not suffice for, is as if
 // it were not there. So is one with a backslash in its name, a letter like others on the host: its
 // library path would lead to another file.
 template <typename Step>
-void ForEachFile(const CString& pattern, Step&& step) {
-  CFileFind finder;
-  int more = finder.FindFile(pattern);
-  while (more != 0) {
-    more = finder.FindNextFile();
-    if (finder.IsDirectory() || finder.GetFileName().find('\\') != CString::npos) continue;
+void ForEachFile(const CString& path, Step&& step) {
+  const auto directory = CurrentFileSystem().OpenDirectory(path);
+  const auto entries = directory != nullptr ? ListByName(*directory) : std::nullopt;
+  if (!entries) return;
+  for (const DirectoryEntry& entry : *entries) {
+    if (entry.m_is_directory || entry.m_name.find('\\') != CString::npos) continue;
     try {
-      step(finder, more == 0);
+      step(FoundFile(*directory, path, entry.m_name), &entry == &entries->back());
     } catch (const CFileException&) {
     } catch (const std::bad_alloc&) {
     }
@@ -103,58 +100,6 @@ void ForEachFile(const CString& pattern, Step&& step) {
 }
 
 using Header = std::unique_ptr<CZebFileInfo>;
-
-// Each of these makes a header of what the file itself holds; null for a file that is none of its
-// kind.
-Header ReadRecording(const CString& path) {
-  auto header = std::make_unique<CZebFileInfo>();
-  return header->Create(path) != 0 ? std::move(header) : nullptr;
-}
-
-// The end time stays 0, so that a time range finds no picture.
-Header ReadPicture(const CString& path) {
-  CImage image;
-  if (image.LoadImageAs(kImageBmp, path) == 0 || image.GetHostName().empty()) return nullptr;
-  auto header = std::make_unique<CZebFileInfo>();
-  header->SetHostName(image.GetHostName());
-  header->SetBeginTime(CTime(image.GetTimeStamp()));
-  header->SetBoardName(image.GetBoardName());
-  header->SetCameraName(image.GetCameraName());
-  header->SetGmt(image.GetGmt());
-  header->SetFileName(path);
-  header->SetLength(image.GetLength());
-  header->SetHeight(image.GetImageHeight());
-  header->SetWidth(image.GetImageWidth());
-  return header;
-}
-
-Header ReadFaceFile(const CFileFind& entry) {
-  const CString path = entry.GetFilePath();
-  CMoxFile file;
-  if (file.Open(path.c_str(), 0) == 0 || file.GetHostName().empty()) return nullptr;
-  auto header = std::make_unique<CZebFileInfo>();
-  header->SetHostName(file.GetHostName());
-  header->SetBeginTime(CTime(file.GetStartTime()));
-  header->SetEndTime(CTime(file.GetEndTime()));
-  header->SetBoardName(file.GetBoardName());
-  header->SetCameraName(file.GetCameraName());
-  header->SetGmt(file.GetGmt());
-  header->SetFileName(path);
-  header->SetLength(static_cast<DWORD>(entry.GetLength()));
-  header->SetHeight(static_cast<DWORD>(file.GetImageSize().cy));
-  header->SetWidth(static_cast<DWORD>(file.GetImageSize().cx));
-  header->SetCameraID({file.GetBoardIndex(), file.GetCameraIndex()});
-  return header;
-}
-
-Header ReadLog(const CFileFind& entry) {
-  const CString name = MakeLower(entry.GetFileName());
-  if (name != kAlarmLog && name != kUserLog) return nullptr;
-  auto header = std::make_unique<CZebFileInfo>();
-  header->SetFileName(entry.GetFilePath());
-  header->SetBeginTime(entry.GetLastWriteTime());
-  return header;
-}
 
 // Another camera than the criteria's.
 bool IsOtherCamera(const CSearchParam& criteria, const CZebFileInfo& header) {
@@ -176,16 +121,16 @@ bool Passes(const CSearchParam& criteria, const CZebFileInfo& header) {
 
 // The header of a file that is found; else null. Of several kinds in the criteria this order
 // decides, which is not that of the directories.
-Header FindFile(const CSearchParam& criteria, const CFileFind& entry) {
+Header FindFile(const CSearchParam& criteria, const FoundFile& file) {
   Header header;
   if (criteria.IsSearch(kSearchPicture) != 0) {
-    header = ReadPicture(entry.GetFilePath());
+    header = file.ReadPicture();
   } else if (criteria.IsSearch(kSearchFace) != 0) {
-    header = ReadFaceFile(entry);
+    header = file.ReadFaces();
   } else if (criteria.IsSearch(kSearchLog) != 0) {
-    return ReadLog(entry);  // whatever the other criteria
+    return file.ReadLog();  // whatever the other criteria
   } else {
-    header = ReadRecording(entry.GetFilePath());
+    header = file.ReadRecording();
   }
   return header != nullptr && Passes(criteria, *header) ? std::move(header) : nullptr;
 }
@@ -221,16 +166,16 @@ void CHddObj::SearchFile(CFileSearchInfo* info) {
 void CHddObj::SearchDirectory(CFileSearchInfo* info, const CString& directory) {
   if (info == nullptr || info->GetSearchParam() == nullptr) return;
   const CSearchParam& criteria = *info->GetSearchParam();
-  ForEachFile(directory + kEverything, [&](const CFileFind& entry, bool) {
-    if (auto header = FindFile(criteria, entry)) info->Append(std::move(header));
+  ForEachFile(directory, [&](const FoundFile& file, bool) {
+    if (auto header = FindFile(criteria, file)) info->Append(std::move(header));
   });
 }
 
 void CHddObj::SearchVideoFileByTime(CFileSearchInfo* info, const CString& directory) {
   if (info == nullptr || info->GetSearchParam() == nullptr) return;
   const CSearchParam& criteria = *info->GetSearchParam();
-  ForEachFile(directory + "\\" + kEverything, [&](const CFileFind& entry, bool is_last) {
-    auto header = ReadRecording(entry.GetFilePath());
+  ForEachFile(directory, [&](const FoundFile& file, bool is_last) {
+    auto header = file.ReadRecording();
     if (header == nullptr || IsOtherCamera(criteria, *header)) return;
     CTime moment;
     if (criteria.GetTimeBegin(moment) != 0) {

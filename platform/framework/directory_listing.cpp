@@ -25,6 +25,19 @@ bool GoesBefore(std::string_view a, std::string_view b) {
   return a < b;
 }
 
+template <typename Lister>
+std::optional<std::vector<DirectoryEntry>> Sorted(Lister&& list) {
+  std::vector<DirectoryEntry> entries;
+  const auto keep = [&entries](std::string_view name, bool is_directory) {
+    entries.push_back({CString(name), is_directory});
+  };
+  if (!list(keep)) return std::nullopt;
+  std::sort(entries.begin(), entries.end(), [](const DirectoryEntry& a, const DirectoryEntry& b) {
+    return GoesBefore(a.m_name, b.m_name);
+  });
+  return entries;
+}
+
 }  // namespace
 
 bool IsDotName(std::string_view name) {
@@ -33,15 +46,21 @@ bool IsDotName(std::string_view name) {
 
 std::optional<std::vector<DirectoryEntry>> ListByName(FileSystem& file_system,
                                                       const CString& directory) {
-  std::vector<DirectoryEntry> entries;
-  const auto keep = [&entries](std::string_view name, bool is_directory) {
-    entries.push_back({CString(name), is_directory});
-  };
-  if (!file_system.List(directory, keep)) return std::nullopt;
-  std::sort(entries.begin(), entries.end(), [](const DirectoryEntry& a, const DirectoryEntry& b) {
-    return GoesBefore(a.m_name, b.m_name);
-  });
-  return entries;
+  return Sorted([&](const DirectoryVisitor& visit) { return file_system.List(directory, visit); });
+}
+
+std::optional<std::vector<DirectoryEntry>> ListByName(DirectoryHandle& directory) {
+  return Sorted([&](const DirectoryVisitor& visit) { return directory.List(visit); });
+}
+
+CString PathInside(const CString& directory, std::string_view name) {
+  const bool is_on_drive = directory.size() >= 2 && directory[1] == ':';
+  CString path;
+  path.reserve(directory.size() + 1 + name.size());
+  path = directory;
+  while (!path.empty() && (path.back() == '\\' || path.back() == '/')) path.pop_back();
+  path += is_on_drive ? '\\' : '/';
+  return path.append(name);
 }
 
 }  // namespace zebx

@@ -17,5 +17,10 @@ bool IsDotName(std::string_view name);
 // ASCII. Nothing when the directory cannot be read to its end.
 std::optional<std::vector<DirectoryEntry>> ListByName(FileSystem& file_system,
                                                       const CString& directory);
+std::optional<std::vector<DirectoryEntry>> ListByName(DirectoryHandle& directory);
+
+// The path of a name inside a directory, with one separator between them: a backslash on a drive,
+// else a slash.
+CString PathInside(const CString& directory, std::string_view name);
 
 }  // namespace zebx

@@ -40,6 +40,12 @@ int CFile::Open(const CString& path, UINT flags, CFileException* error) {
   return 1;
 }
 
+void CFile::Attach(std::unique_ptr<FileHandle> handle, const CString& path) {
+  m_handle = std::move(handle);
+  m_path = path;
+  m_position = 0;
+}
+
 bool CFile::IsOpen() const {
   return m_handle != nullptr;
 }

@@ -65,6 +65,18 @@ struct DirectoryEntry {
 // Gets one entry of a directory; the name is valid during the call only.
 using DirectoryVisitor = std::function<void(std::string_view name, bool is_directory)>;
 
+// A directory held open: who opens many files in it spares the way there each time. One thread at a
+// time.
+class ZEBX_API DirectoryHandle {
+ public:
+  virtual ~DirectoryHandle();
+
+  // As FileSystem::List.
+  virtual bool List(const DirectoryVisitor& visit) = 0;
+  // Opens a file in it, by its name as listed. Throws CFileException.
+  virtual std::unique_ptr<FileHandle> Open(const CString& name, const FileOpenMode& mode) = 0;
+};
+
 // What the disk knows of a file or directory.
 struct FileStatus {
   bool m_is_directory = false;
@@ -101,6 +113,9 @@ class ZEBX_API FileSystem {
   // of the directory: no entry is looked at. A symbolic link is no directory here, whatever it
   // leads to, so that a walk over a tree stays inside it.
   virtual bool List(const CString& path, const DirectoryVisitor& visit) = 0;
+  // Null when it is no directory that can be read. What it is told is done by List and Open of this
+  // object, which must outlive it, unless a file system knows better.
+  virtual std::unique_ptr<DirectoryHandle> OpenDirectory(const CString& path);
   // Nothing when there is no such file or directory. Of a symbolic link, what it leads to.
   virtual std::optional<FileStatus> Status(const CString& path) = 0;
   // The same of a symbolic link itself: no directory, of length 0.

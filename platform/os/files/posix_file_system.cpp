@@ -148,15 +148,15 @@ class PosixFileHandle final : public FileHandle {
   bool m_is_alone = false;
 };
 
-// Opens a host file. What is only written is opened for reading as well where that is allowed,
-// because network file systems lock nothing else.
-int OpenDescriptor(const CString& host_path, const FileOpenMode& mode) {
+// Opens a file as seen from a directory. What is only written is opened for reading as well where
+// that is allowed, because network file systems lock nothing else.
+int OpenDescriptor(int directory, const char* name, const FileOpenMode& mode) {
   // Not blocking, so that a pipe found in place of a file cannot hang a recorder.
   int flags = O_CLOEXEC | O_NONBLOCK;
   if (mode.m_create) flags |= O_CREAT | (mode.m_new ? O_EXCL : 0);
   constexpr mode_t kOpenToTheUmask = 0666;
   const auto open_for = [&](int access) {
-    return open(host_path.c_str(), flags | access, kOpenToTheUmask);
+    return openat(directory, name, flags | access, kOpenToTheUmask);
   };
   if (!mode.m_write) return open_for(O_RDONLY);
   const int descriptor = open_for(O_RDWR);
@@ -164,22 +164,43 @@ int OpenDescriptor(const CString& host_path, const FileOpenMode& mode) {
 }
 
 // The same; a file is made only where nothing is, so that it is known whether it is new.
-int OpenOrMake(const CString& host_path, const FileOpenMode& mode, bool& is_new) {
+int OpenOrMake(int directory, const char* name, const FileOpenMode& mode, bool& is_new) {
   if (mode.m_create) {
     FileOpenMode making = mode;
     making.m_new = true;
-    const int descriptor = OpenDescriptor(host_path, making);
+    const int descriptor = OpenDescriptor(directory, name, making);
     is_new = descriptor >= 0;
     if (is_new || mode.m_new || errno != EEXIST) return descriptor;
   }
-  return OpenDescriptor(host_path, mode);
+  return OpenDescriptor(directory, name, mode);
 }
 
 // True when the path is a name of the file that `status` describes.
-bool LeadsTo(const CString& host_path, const struct stat& status) {
+bool LeadsTo(int directory, const char* name, const struct stat& status) {
   struct stat found {};
-  return stat(host_path.c_str(), &found) == 0 && found.st_dev == status.st_dev &&
+  return fstatat(directory, name, &found, 0) == 0 && found.st_dev == status.st_dev &&
          found.st_ino == status.st_ino;
+}
+
+// The file as seen from a directory; null when there is none.
+std::unique_ptr<FileHandle> OpenAt(int directory, const char* name, const CString& path,
+                                   const FileOpenMode& mode) {
+  while (true) {
+    bool is_new = false;
+    const int descriptor = OpenOrMake(directory, name, mode, is_new);
+    if (descriptor < 0 && errno == ENOENT) return nullptr;
+    if (descriptor < 0) throw CFileException(CauseOf(errno), errno, path);
+    auto handle = std::make_unique<PosixFileHandle>(descriptor, path, is_new);
+    handle->Lock(mode.m_exclusive);
+    const struct stat status = handle->Status();
+    if (!S_ISREG(status.st_mode)) throw CFileException(Cause::kAccessDenied, 0, path);
+    // Deleted between opening and locking: look again.
+    if (status.st_nlink == 0 && !LeadsTo(directory, name, status)) continue;
+    // Only now, so that a file which somebody holds exclusively keeps its bytes.
+    if (mode.m_truncate && status.st_size > 0) handle->Resize(0);
+    handle->SetLengthAtOpening(mode.m_truncate ? 0 : static_cast<ULONGLONG>(status.st_size));
+    return handle;
+  }
 }
 
 struct CloseDirectory {
@@ -187,7 +208,7 @@ struct CloseDirectory {
 };
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-Directory OpenDirectory(const CString& host_path) {
+Directory OpenHostDirectory(const CString& host_path) {
   const ReachablePath path(host_path);
   const int descriptor =
       openat(path.Directory(), path.Name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
@@ -203,6 +224,30 @@ bool IsDirectory(DIR* directory, const dirent& entry) {
   return fstatat(dirfd(directory), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
          S_ISDIR(status.st_mode);
 }
+
+class PosixDirectoryHandle final : public DirectoryHandle {
+ public:
+  explicit PosixDirectoryHandle(Directory directory) : m_directory(std::move(directory)) {}
+
+  bool List(const DirectoryVisitor& visit) override {
+    rewinddir(m_directory.get());
+    errno = 0;  // the end and a failure look alike but for it
+    while (const dirent* entry = readdir(m_directory.get())) {
+      visit(entry->d_name, IsDirectory(m_directory.get(), *entry));
+      errno = 0;
+    }
+    return errno == 0;
+  }
+
+  std::unique_ptr<FileHandle> Open(const CString& name, const FileOpenMode& mode) override {
+    auto handle = OpenAt(dirfd(m_directory.get()), name.c_str(), name, mode);
+    if (handle == nullptr) throw CFileException(Cause::kFileNotFound, ENOENT, name);
+    return handle;
+  }
+
+ private:
+  Directory m_directory;
+};
 
 DWORD SecondsSince1970(time_t seconds) {
   return static_cast<DWORD>(std::clamp<LONGLONG>(seconds, 0, std::numeric_limits<DWORD>::max()));
@@ -228,43 +273,25 @@ class PosixFileSystem final : public FileSystem {
  public:
   std::unique_ptr<FileHandle> Open(const CString& path, const FileOpenMode& mode) override {
     // A look for other spellings is left until there is no such file, unless that would make one.
-    bool looked = mode.m_create;
-    auto host_path = looked ? os::HostPath(path) : os::SpelledHostPath(path);
-    while (true) {
-      if (!host_path) throw CFileException(Cause::kBadPath, 0, path);
-      bool is_new = false;
-      const int descriptor = OpenOrMake(*host_path, mode, is_new);
-      if (descriptor < 0 && errno == ENOENT && !std::exchange(looked, true)) {
-        host_path = os::HostPath(path);
-        continue;
-      }
-      if (descriptor < 0) throw CFileException(CauseOf(errno), errno, path);
-      auto handle = std::make_unique<PosixFileHandle>(descriptor, path, is_new);
-      handle->Lock(mode.m_exclusive);
-      const struct stat status = handle->Status();
-      if (!S_ISREG(status.st_mode)) throw CFileException(Cause::kAccessDenied, 0, path);
-      // Deleted between opening and locking: look again.
-      if (status.st_nlink == 0 && !LeadsTo(*host_path, status)) continue;
-      // Only now, so that a file which somebody holds exclusively keeps its bytes.
-      if (mode.m_truncate && status.st_size > 0) handle->Resize(0);
-      handle->SetLengthAtOpening(mode.m_truncate ? 0 : static_cast<ULONGLONG>(status.st_size));
-      return handle;
-    }
+    auto handle =
+        OpenHostFile(mode.m_create ? os::HostPath(path) : os::SpelledHostPath(path), path, mode);
+    if (handle == nullptr && !mode.m_create) handle = OpenHostFile(os::HostPath(path), path, mode);
+    if (handle == nullptr) throw CFileException(Cause::kFileNotFound, ENOENT, path);
+    return handle;
+  }
+
+  std::unique_ptr<DirectoryHandle> OpenDirectory(const CString& path) override {
+    const auto host_path = os::HostPath(path);
+    auto directory = host_path ? OpenHostDirectory(*host_path) : nullptr;
+    if (directory == nullptr) return nullptr;
+    return std::make_unique<PosixDirectoryHandle>(std::move(directory));
   }
 
   CString FullPath(const CString& path) override { return os::FullPath(path); }
 
   bool List(const CString& path, const DirectoryVisitor& visit) override {
-    const auto host_path = os::HostPath(path);
-    if (!host_path) return false;
-    const Directory directory = OpenDirectory(*host_path);
-    if (directory == nullptr) return false;
-    errno = 0;  // the end and a failure look alike but for it
-    while (const dirent* entry = readdir(directory.get())) {
-      visit(entry->d_name, IsDirectory(directory.get(), *entry));
-      errno = 0;
-    }
-    return errno == 0;
+    const auto directory = OpenDirectory(path);
+    return directory != nullptr && directory->List(visit);
   }
 
   std::optional<FileStatus> Status(const CString& path) override { return StatusOf(path, 0); }
@@ -278,7 +305,7 @@ class PosixFileSystem final : public FileSystem {
     const auto other_host_path = os::HostPath(other);
     struct stat status {};
     return host_path && other_host_path && stat(host_path->c_str(), &status) == 0 &&
-           LeadsTo(*other_host_path, status);
+           LeadsTo(AT_FDCWD, other_host_path->c_str(), status);
   }
 
   std::optional<CString> RealPath(const CString& path) override {
@@ -320,6 +347,12 @@ class PosixFileSystem final : public FileSystem {
   }
 
  private:
+  static std::unique_ptr<FileHandle> OpenHostFile(const std::optional<CString>& host_path,
+                                                  const CString& path, const FileOpenMode& mode) {
+    if (!host_path) throw CFileException(Cause::kBadPath, 0, path);
+    return OpenAt(AT_FDCWD, host_path->c_str(), path, mode);
+  }
+
   static std::optional<FileStatus> StatusOf(const CString& path, int flags) {
     const auto host_path = os::HostPath(path);
     if (!host_path) return std::nullopt;
