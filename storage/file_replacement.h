@@ -11,7 +11,8 @@ namespace zebx {
 // the old one's place in one step, with its mode and owner. The new file is named after the old one
 // with ".new" behind, and a number where something has that name already: that is somebody's. Where
 // the directory may not be changed, or the owner not be kept, the old file is written over; then
-// only a power failure in between can damage it. False when the file is as it was.
+// only a power failure in between can damage it. False when it could not be
+// done: the file is as it was then, or has the new contents where only closing it failed.
 bool ReplaceContents(const CString& path, std::span<const BYTE> bytes);
 
 }  // namespace zebx

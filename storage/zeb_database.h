@@ -44,7 +44,9 @@ class CZebDatabase : public CObject {
   // file then holds what it held before.
   void Close();
   // Writes the database file: 1, or 0 without disks or a file name, and when it cannot be written;
-  // then the file is the one from before. Its mode and owner stay, and a link to it does.
+  // then the file is the one from before. A file that Open could not read because the disk refused
+  // is never written over: it may hold disks that are not in the list. Its mode and owner stay, and
+  // a link to it does.
   int Save();
 
   // Takes another disk into the list, its path lower-cased in the caller's record. 1, or 0 for a
@@ -109,6 +111,7 @@ class CZebDatabase : public CObject {
   CString m_host_name;
   CString m_database_file;
   bool m_is_choosing = false;
+  bool m_is_file_unread = false;            // the disk refused; what it holds is not known
   CObList m_disks;                          // of CHddObj, owned, none null
   std::unique_ptr<CHddObj> m_refused_disk;  // taken out by a removal that answered 0
 };

@@ -2,7 +2,9 @@
 #include <new>
 #include <vector>
 
+#include "platform/framework/archive.h"
 #include "platform/framework/file.h"
+#include "platform/framework/file_exception.h"
 #include "platform/framework/mem_file.h"
 #include "storage/database_format.h"
 #include "storage/default_disk.h"
@@ -22,6 +24,16 @@ tag_HDDPARAM RecordOf(const CHddObj& disk) {
       disk.IsAlarmWhenSpaceNotEnough(), disk.GetAlarmSound()};
 }
 
+bool IsMissing(const CFileException& refusal) {
+  using Cause = CFileException::Cause;
+  return refusal.GetCause() == Cause::kFileNotFound || refusal.GetCause() == Cause::kBadPath;
+}
+
+// The archive's own word for a file that is too short, which the disk has no part in.
+bool IsEnd(const CFileException& failure) {
+  return failure.GetCause() == CFileException::Cause::kGeneric && failure.GetOsError() == 0;
+}
+
 }  // namespace
 
 int CZebDatabase::Open(const CString& data_directory, HWND host_window,
@@ -30,13 +42,18 @@ int CZebDatabase::Open(const CString& data_directory, HWND host_window,
   m_host_name = host_name;
   m_data_directory = MakeLower(data_directory);
   m_database_file = database_file;
+  m_is_file_unread = false;
   LoadFile();
   return m_disks.IsEmpty() ? MakeDefaultDisk() : 1;
 }
 
 void CZebDatabase::LoadFile() {
   CFile file;
-  if (file.Open(m_database_file, CFile::kModeRead | CFile::kShareDenyNone) == 0) return;
+  CFileException refusal(CFileException::Cause::kGeneric, 0, m_database_file);
+  if (file.Open(m_database_file, CFile::kModeRead | CFile::kShareDenyNone, &refusal) == 0) {
+    m_is_file_unread = !IsMissing(refusal);
+    return;
+  }
   try {
     CArchive archive(file, CArchive::Mode::kLoad);
     const DatabaseBeginning beginning = LoadDatabaseBeginning(archive);
@@ -45,9 +62,11 @@ void CZebDatabase::LoadFile() {
       tag_HDDPARAM record = LoadDiskRecord(archive);
       AppendDisk(&record);
     }
-  } catch (const CFileException&) {
+  } catch (const CFileException& failure) {
     // What was loaded before stays.
+    m_is_file_unread = !IsEnd(failure);
   } catch (const std::bad_alloc&) {
+    m_is_file_unread = true;
   }
 }
 
@@ -72,7 +91,7 @@ void CZebDatabase::Close() {
 }
 
 int CZebDatabase::Save() {
-  if (m_disks.IsEmpty() || m_database_file.empty()) return 0;
+  if (m_disks.IsEmpty() || m_database_file.empty() || m_is_file_unread) return 0;
   try {
     CMemFile file;
     CArchive archive(file, CArchive::Mode::kStore);

@@ -1,7 +1,11 @@
 #include "storage/dbs.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "capture/zebx.h"
 #include "storage/file_search_info.h"
+#include "storage/storage_messages.h"
 #include "storage/zeb_database.h"
 #include "tests/support/disk_fixture.h"
 #include "tests/support/faulty_file_system.h"
@@ -252,33 +256,69 @@ TEST_F(Dbs, LoadsWhatIsWholeOfAFileCutAnywhere) {
   EXPECT_EQ(load(Little(0xFFFFFFFF) + kTwoDisksFile.substr(4)), "1 " + kFirst + kSecond);
 }
 
-TEST_F(Dbs, KeepsTheOldFileWhenASaveFails) {
+TEST_F(Dbs, SavesWithTheModeTheOwnerAndTheNeighboursOfTheFile) {
   OpenTwoDisks();
-  ASSERT_TRUE(dbsSaveDatabase() && dbsRemoveHDDIndex(1));
-  ASSERT_TRUE(Add({0, 1, "e:\\", "", 0, CString(9000, 's')}));  // takes three writes
-  const auto expect_failure = [this](const std::string& what) {
-    EXPECT_EQ(Words({dbsSaveDatabase(), FileBytes(), Has("list.new")}), "0 " + kTwoDisksFile + " 0")
-        << what;
-  };
-  {
+  const std::string file = m_e.File("kept");  // what d:\list leads to
+  WriteWholeFile(file, "old");
+  WriteWholeFile(file + ".new", "somebody's");
+  fs::create_symlink(file, m_d.Path() / "list");
+  ASSERT_TRUE(chmod(file.c_str(), 0640) == 0 && chown(file.c_str(), 12, 34) == 0);
+  EXPECT_EQ(Words({dbsSaveDatabase(), FileBytes()}), "1 " + kTwoDisksFile);
+  EXPECT_TRUE(fs::is_symlink(m_d.Path() / "list"));
+  struct stat status {};
+  EXPECT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_EQ(Words({status.st_mode & 0777, status.st_uid, status.st_gid}), Words({0640, 12, 34}));
+  EXPECT_EQ(ReadWholeFile(file + ".new"), "somebody's");
+
+  fs::remove(file);
+  fs::create_directory(file);
+  EXPECT_EQ(Words({dbsSaveDatabase(), fs::exists(file + ".new1")}), "0 0");
+}
+
+// The disk refuses to tell what the file holds, and the default disk is made: its list must not
+// take the place of the one that could not be read.
+TEST_F(Dbs, LeavesAListThatItCouldNotRead) {
+  OpenTwoDisks();
+  dbsCloseDatabase();
+  for (const unsigned kind : {FaultyFileSystem::kOpen, FaultyFileSystem::kRead}) {
     FaultyFileSystem faulty;
-    using Call = FaultyFileSystem::Call;
-    for (const auto& [kind, calls] :
-         {std::pair(Call::kOpen, 2U), {Call::kWrite, 3U}, {Call::kClose, 1U}}) {
-      for (unsigned n = 1; n <= calls; ++n) {
-        faulty.FailCall(kind, n, 5);
-        expect_failure(Words({"call", kind, n}));
-      }
-    }
-    faulty.FillDiskAfter(5000);
-    expect_failure("full disk");
-    dbsCloseDatabase();  // loses the list in memory, and that alone
+    faulty.FailCall(kind, 1);
+    EXPECT_EQ(Words({Open(), dbsGetHddNum(), dbsSaveDatabase()}), "1 1 0");
+    dbsCloseDatabase();
     EXPECT_EQ(FileBytes(), kTwoDisksFile);
   }
+}
+
+TEST_F(Dbs, AnswersThatARecordingCouldNotBeFinished) {
   ASSERT_EQ(Open(), 1);
-  fs::rename(m_d.Path() / "list", m_d.Path() / "old");
-  MakeDirs({"list/below"});
-  EXPECT_EQ(Words({dbsSaveDatabase(), Has("list.new")}), "0 0");
+  FaultyFileSystem faulty;
+  CZebFileInfo header = MakeInfo("");
+  CZebFile* file = nullptr;
+  ASSERT_EQ(dbsCreateZebFile(&file, &header), 1);
+  WriteRun(*file, {.m_frames = 3});
+  faulty.CutPowerAt(FaultyFileSystem::kWrite | FaultyFileSystem::kClose, 1);
+  EXPECT_EQ(dbsCloseZebFile(file), 0);
+}
+
+// Inside of the message of a deleted day nothing may pull the list from under the one who walks it.
+TEST_F(Dbs, KeepsItsListWhileItTellsOfADeletedDay) {
+  std::string refused;
+  HWND window = os::CreateWindow(nullptr, "host", {}, [&](HWND, UINT message, WPARAM, LPARAM) {
+    if (message != ZEBX_MSG_DATE_DELETED) return LRESULT{0};
+    tag_HDDPARAM param = Param("d:\\");
+    dbsCloseDatabase();
+    refused = Words({Open(), Add(Param("f:\\")), dbsChangeBaseDir(0, &param), dbsRemoveHDDIndex(0),
+                     dbsRemoveHDDName("d:\\"), dbsGetHddNum(), dbsSaveDatabase()});
+    return LRESULT{0};
+  });
+  zebxCloseZebx();
+  zebxInitZebx(0, nullptr, 0, window, "d:\\dev");
+  MountSmall('d', m_d, 10);
+  Mount('f', m_e);
+  MakeFile("data/database/d20040408/file", 5000);
+  ASSERT_EQ(Open(), 1);
+  EXPECT_EQ(Words({dbsChangeWorkDir(), refused, dbsRemoveHDDName("d:\\")}), "0 0 0 0 0 0 1 1 1");
+  os::DestroyWindow(window);
 }
 
 // A database that keeps a result, as derived ones may.
