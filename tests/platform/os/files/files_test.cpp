@@ -1,13 +1,46 @@
 #include "platform/os/files/files.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 #include "platform/framework/file.h"
 #include "platform/os/files/directories.h"
 #include "tests/support/test_drive.h"
+
+namespace {
+
+// Locks as network file systems have them: a shared one needs a file open for reading, an exclusive
+// one a file open for writing.
+struct NetworkLocks {
+  NetworkLocks() { are_in_force = true; }
+  ~NetworkLocks() { are_in_force = false; }
+  NetworkLocks(const NetworkLocks&) = delete;
+  NetworkLocks& operator=(const NetworkLocks&) = delete;
+
+  static inline bool are_in_force = false;
+  static inline int refusal = 0;  // of every lock
+};
+
+}  // namespace
+
+// In the place of the C library's, for this program.
+extern "C" int flock(int descriptor, int operation) {
+  if (NetworkLocks::are_in_force) {
+    const int access = fcntl(descriptor, F_GETFL) & O_ACCMODE;
+    const bool is_exclusive = (operation & LOCK_EX) != 0;
+    errno = access == (is_exclusive ? O_RDONLY : O_WRONLY) ? EBADF : NetworkLocks::refusal;
+    if (errno != 0) return -1;
+  }
+  return static_cast<int>(syscall(SYS_flock, descriptor, operation));
+}
 
 namespace {
 
@@ -60,12 +93,30 @@ TEST_F(DeleteFile, LeavesAFileThatItsOwnerMayNotWriteOrThatSomebodyHasOpen) {
   for (const int end : opened) close(end);
 }
 
-TEST_F(DeleteFile, LeavesWhatIsNoRegularFile) {
-  ASSERT_EQ(mkfifo(m_drive.File("pipe").c_str(), 0666), 0);
-  for (const std::string& path : {m_drive.Root(), m_drive.File("pipe")}) {
-    EXPECT_EQ(os::DeleteFile(path), 0) << path;
-    EXPECT_TRUE(std::filesystem::exists(path)) << path;
+// Where a lock is refused for what it was asked through, or for no lock at all, nobody knows
+// whether the file is in use.
+TEST_F(DeleteFile, LeavesAFileInUseOnANetworkDrive) {
+  const NetworkLocks locks;
+  for (const UINT access :
+       {CFile::kModeRead | CFile::kShareDenyNone, CFile::kModeWrite | CFile::kShareDenyNone,
+        CFile::kModeRead | CFile::kShareExclusive}) {
+    CFile file;
+    ASSERT_EQ(file.Open(m_path, access), 1);
+    EXPECT_EQ(os::DeleteFile(m_path), 0) << access;
   }
+  NetworkLocks::refusal = ENOLCK;
+  EXPECT_EQ(os::DeleteFile(m_path), 0);
+  NetworkLocks::refusal = 0;
+  EXPECT_EQ(os::DeleteFile(m_path), 1);
+}
+
+TEST_F(DeleteFile, DeletesAPipeAndLeavesADirectoryAndADevice) {
+  ASSERT_EQ(mkfifo(m_drive.File("pipe").c_str(), 0444), 0);
+  ASSERT_EQ(os::DeleteFile(m_drive.File("pipe")), 1);
+  const bool has_device = mknod(m_drive.File("null").c_str(), S_IFCHR | 0666, makedev(1, 3)) == 0;
+  EXPECT_EQ(os::DeleteFile(m_drive.Root()), 0);
+  EXPECT_EQ(os::DeleteFile(m_drive.File("null")), 0);
+  EXPECT_EQ(m_drive.Has("null"), has_device);
 }
 
 TEST_F(DeleteFile, DeletesALinkAndNotWhatItLeadsTo) {
