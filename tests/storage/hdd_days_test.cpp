@@ -1,4 +1,8 @@
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
 
 #include "tests/support/disk_fixture.h"
 
@@ -72,6 +76,26 @@ TEST_F(HddRecycling, NeverLeavesTheDayByALinkOrAName) {
   fs::create_directory_symlink(m_e.Path() / "precious", day);
   EXPECT_EQ(Delete(), "0 0");
   EXPECT_TRUE(fs::exists(m_e.Path() / "precious/a"));
+}
+
+// Deeper than the system takes a path, and with what is no file.
+TEST_F(HddRecycling, DeletesADayHoweverDeepItIs) {
+  MakeDirs({"d20040410"});
+  const int day = open(m_d.File("d20040410").c_str(), O_PATH | O_DIRECTORY);
+  const std::string name(200, 'n');
+  int at = dup(day);
+  for (int depth = 0; depth < 25; ++depth) {
+    ASSERT_EQ(mkdirat(at, name.c_str(), 0755), 0);
+    const int next = openat(at, name.c_str(), O_PATH | O_DIRECTORY);
+    close(std::exchange(at, next));
+  }
+  const int file = openat(at, "file", O_CREAT | O_WRONLY, 0644);
+  ASSERT_EQ(write(file, "12345", 5), 5);
+  EXPECT_EQ(mkfifoat(at, "pipe", 0600), 0);
+  for (const int descriptor : {file, at, day}) close(descriptor);
+  Load();
+  EXPECT_EQ(Delete(), "1 5");
+  EXPECT_FALSE(Has("d20040410"));
 }
 
 TEST_F(HddRecycling, WantsADirectoryBelowTheRootOfADrive) {

@@ -27,6 +27,8 @@ TEST_F(HddDirectories, LieOnFixedAndNetworkDrivesOnly) {
   for (const auto& [path, base_dir] : {std::pair("D:\\", "d:\\"),
                                        {"D:\\Dvr", "d:\\dvr\\"},
                                        {"d:\\dvr\\", "d:\\dvr\\"},
+                                       {"D:/", "d:\\"},
+                                       {"D:/dvr", "d:\\dvr\\"},
                                        {"n:\\dvr", "n:\\dvr\\"}}) {
     EXPECT_EQ(Words({Create(m_disk, path), m_disk.GetBaseDir()}), CString("1 ") + base_dir);
   }
@@ -36,6 +38,7 @@ TEST_F(HddDirectories, LieOnFixedAndNetworkDrivesOnly) {
     EXPECT_EQ(Create(m_disk, path), 0) << path;
   }
   EXPECT_FALSE(Has("a"));
+  EXPECT_EQ(Create(m_disk, CString("d:\\dvr\0", 7)), 0);
   TestDisk nowhere;
   EXPECT_EQ(Words({nowhere == "", nowhere.GetVideoDir(), nowhere.GetVideoDir("rec", CTime()),
                    nowhere.GetVideoDirInfo("rec", CTime())}),
@@ -57,7 +60,8 @@ TEST_F(HddDirectories, MoveOnTheirDriveOnlyAndOnFailureKeepPlaceAndNames) {
   param.m_path = "D:\\other";
   EXPECT_EQ(m_disk.ChangeBaseDir(&param), 1);
   EXPECT_EQ(StateOf(m_disk), "d:\\other\\ d:\\ Rear(d:\\) Rear 4294967295 49 0 1 b.wav ");
-  EXPECT_EQ(Words({m_disk == "D:\\dvr", m_disk == "d:", m_disk == "e:\\other"}), "1 0 0");
+  EXPECT_EQ(Words({m_disk == "D:\\dvr", m_disk == "d:", m_disk == "e:\\other", m_disk == "D:/"}),
+            "1 0 0 1");
 }
 
 TEST_F(HddDirectories, AreMadeInLowerCaseAndTheirDayListedOnce) {
@@ -99,6 +103,11 @@ TEST_F(HddDirectories, AreNotMadeWhereAFileIs) {
                    DaysOf(m_disk)}),
             "    ");
   EXPECT_EQ(m_disk.GetClipDir("rec", today), "d:\\d20040412\\rec\\clip");
+  // A link in a day's place is no day to anybody: it is not listed, and recycling leaves it.
+  MakeDirs({"elsewhere/rec/video"});
+  fs::create_directory_symlink(m_d.File("elsewhere"), m_d.File("d20040410"));
+  const CTime linked = today - 2 * 86400;
+  EXPECT_EQ(m_disk.GetVideoDir("rec", linked) + m_disk.GetVideoDirInfo("rec", linked), "");
 }
 
 TEST_F(HddDirectories, OfDaysAreListedInAscendingOrder) {

@@ -96,6 +96,8 @@ TEST_F(WorkingDisk, IsForecastWithTheDaysThatWillGo) {
   FillDays(m_d, {8, 9}, 40);
   FillDays(m_e, {10}, 60);
   MakeFile("d20040408/host/..\\..\\d20040408/file", 2);  // on the host one name
+  // Links go as such, and free nothing.
+  std::filesystem::create_symlink(m_d.File("d20040409/file"), m_d.File("d20040408/link"));
   AddDisks();
   const auto forecast = [this] {
     const RecyclingForecast is = ForecastRecycling(m_disks);

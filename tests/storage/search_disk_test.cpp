@@ -140,6 +140,24 @@ TEST_F(SearchDisk, EndsAWalkOnTheLastDayOfSignedTime) {
   EXPECT_EQ(Search(), "");
 }
 
+// "Everything" reaches the last day wherever the day that 1970 began in had its midnight, and asks
+// the disk for the days that it has and not for 12,000.
+TEST_F(SearchDisk, SearchesSince1970WithOneListing) {
+  for (const char* zone : {"EST5", "CET-1", "UTC"}) {
+    const ScopedTimeZone scoped(zone);
+    Record("first", CTime(), CTime(1));
+    Record("last", At(4, 12, 1), At(4, 12, 2));
+    FaultyFileSystem counting;
+    m_criteria.SetBeginTime(CTime());
+    m_criteria.SetEndTime(At(4, 12));
+    EXPECT_EQ(Search(), "first last") << zone;
+    EXPECT_LT(counting.CallsOfEveryKind(), 40U);
+    counting.FailCall(FaultyFileSystem::kList, 1);  // of the disk: every day is asked for
+    EXPECT_EQ(Search(), "first last") << zone;
+    fs::remove_all(m_d.Path() / CTime().Format("d%Y%m%d"));
+  }
+}
+
 // Days are 24 hours apart. Behind a day of 25 hours that is an hour before midnight: that day is
 // searched twice and the last one not at all. Behind one of 23 hours only the last one is lost.
 TEST_F(SearchDisk, StepsOverDaysOfTwentyThreeAndTwentyFiveHours) {

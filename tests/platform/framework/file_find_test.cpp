@@ -30,12 +30,14 @@ class FileFind : public testing::Test {
 };
 
 TEST_F(FileFind, WalksADirectoryInTheOrderOfNamesWhateverTheirCase) {
-  for (const char* name : {"b.zebz", "A.zebz", "C.zebz", "a", "~", "!", "_", "aa.zebz"}) {
+  for (const char* name :
+       {"b.zebz", "A.zebz", "C.zebz", "a", "~", "!", "_", "aa.zebz", "\xC3\x84"}) {
     m_drive.MakeFile(name);
   }
   m_drive.MakeDirectory("B");
-  EXPECT_EQ(Walk("d:\\*.*"), (Paths{"d:\\!", "d:\\_", "d:\\a", "d:\\A.zebz", "d:\\aa.zebz",
-                                    "d:\\B/", "d:\\b.zebz", "d:\\C.zebz", "d:\\~"}));
+  EXPECT_EQ(Walk("d:\\*.*"),
+            (Paths{"d:\\!", "d:\\_", "d:\\a", "d:\\A.zebz", "d:\\aa.zebz", "d:\\B/", "d:\\b.zebz",
+                   "d:\\C.zebz", "d:\\~", "d:\\\xC3\x84"}));
   CFileFind finder;
   ASSERT_EQ(finder.FindFile("d:\\*.*"), 1);
   for (const char* name : {".", "..", "!"}) {  // the dots before names that sort lower

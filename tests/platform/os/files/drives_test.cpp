@@ -78,6 +78,16 @@ TEST_F(Drives, AreKnownByTheirLettersUntilTheyAreUnmounted) {
   EXPECT_FALSE(os::HostPath("d:\\x"));
 }
 
+// The system would take such a path for what stands before the zero byte: a directory for one of
+// its entries, and so a tree that has no end.
+TEST_F(Drives, LeadNowhereWithAZeroByte) {
+  for (const char* path : {"d:\\", "/"}) {
+    const CString with_zero = path + CString(1, '\0') + "x";
+    EXPECT_FALSE(os::HostPath(with_zero) || os::SpelledHostPath(with_zero)) << path;
+  }
+  EXPECT_EQ(os::MountDrive('d', CString("/\0", 2), os::DriveKind::kFixed), 0);
+}
+
 TEST_F(Drives, AreMountedFromAListWithKindsAndQuotas) {
   const struct {
     const char *m_list, *m_path;
