@@ -126,6 +126,33 @@ void SearchThirtyDays(benchmark::State& state) {
 }
 BENCHMARK(SearchThirtyDays)->Arg(0)->Arg(100)->UseManualTime()->Iterations(101);
 
+// Everything since 1970 on a disk with ten years of days and one with recordings, next to a bare
+// listing of the disk and of each day's directory.
+void SearchSince1970(benchmark::State& state) {
+  constexpr int kDays = 3650;
+  Disk disk(100);
+  for (int day = 1; day < kDays; ++day) {
+    const CTime time(kBegin - static_cast<DWORD>(day) * kSecondsPerDay);
+    Require(!disk.Get().GetVideoDir(kHost, time).empty(), "cannot make a day");
+  }
+  CSearchParam criteria;
+  criteria.SetBeginTime(CTime());
+  criteria.SetEndTime(CTime(kBegin + kSecondsPerDay / 3));
+  const std::string root = *os::HostPath("s:\\");
+  Compare(
+      state, kDays, [&] { Require(disk.Search(criteria) == 100, "wrong hits"); },
+      [&] {
+        std::size_t files = 0;
+        DIR* listing = opendir(root.c_str());
+        while (const dirent* entry = readdir(listing)) {
+          if (entry->d_name[0] == 'd') files += ReadBare(root + "/" + entry->d_name + "/rec/video");
+        }
+        closedir(listing);
+        Require(files == 100, "unread files");
+      });
+}
+BENCHMARK(SearchSince1970)->UseManualTime()->Iterations(21)->Unit(benchmark::kMillisecond);
+
 // Bytes in use for each hit, and for all 10,000 files when nothing is found.
 void MemoryOfHits(benchmark::State& state) {
   constexpr int kFiles = 10000;
