@@ -139,22 +139,4 @@ TEST_F(WorkingDisk, MayBeOneThatIsGone) {
   EXPECT_EQ(Choose(), "0 d:\\ | 409 | 410");
 }
 
-// On days of 23 and 25 hours and one without a midnight.
-TEST_F(WorkingDisk, NeverLosesTodayUpToItsLastSecond) {
-  for (const auto& [zone, begin, hours] : {std::tuple{"Europe/Berlin", 1711839600U, 23U},
-                                           {"America/New_York", 1730606400U, 25U},
-                                           {"America/Sao_Paulo", 1541300400U, 23U}}) {
-    const ScopedTimeZone scope(zone);
-    const CTime first(begin), last = first + (hours * 3600 - 1);
-    for (const CTime now : {first, last, last + 1}) {
-      MoveTo(now);
-      MakeFile(first.Format("d%Y%m%d/file"), 5000);
-      m_disks.RemoveAll();
-      AddDisks();
-      EXPECT_EQ(Choose().substr(0, 4), now == last + 1 ? "0 d:" : "1  |") << zone << now.GetTime();
-    }
-    EXPECT_FALSE(Has(first.Format("d%Y%m%d"))) << zone;
-  }
-}
-
 }  // namespace

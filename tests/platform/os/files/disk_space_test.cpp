@@ -2,7 +2,6 @@
 #include "platform/framework/file_system.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <vector>
@@ -84,20 +83,6 @@ TEST(DiskSpace, CountsFilesOfSeveralNamesOnceAndFollowsNoLinks) {
   std::filesystem::create_directory_symlink(elsewhere.Path(), drive.File("out"));
   std::filesystem::create_directory_symlink(drive.Path(), drive.File("round"));
   EXPECT_EQ(SpaceOf("d:\\"), LeftBeside(drive, {"a", "out", "round"}));
-}
-
-TEST(DiskSpace, IsMeasuredOfTreesDeeperThanDescriptorsReach) {
-  const TestDrive drive(kQuotaBytes);
-  std::vector<std::string> directories = {"d"};
-  while (directories.size() < 300) directories.push_back(directories.back() + "/d");
-  drive.MakeDirectory(directories.back());
-  rlimit before{};
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit few{100, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-  const Space space = SpaceOf("d:\\");
-  setrlimit(RLIMIT_NOFILE, &before);
-  EXPECT_EQ(space, LeftBeside(drive, directories));
 }
 
 }  // namespace
