@@ -20,6 +20,20 @@ namespace {
 constexpr DWORD kDefaultOnceDeleteMb = 100;
 constexpr DWORD kMinOnceDeleteMb = 50;
 
+// A host may choose once more from within a message.
+class WhileChoosing {
+ public:
+  explicit WhileChoosing(bool& is_choosing)
+      : m_is_choosing(is_choosing), m_before(std::exchange(is_choosing, true)) {}
+  ~WhileChoosing() { m_is_choosing = m_before; }
+  WhileChoosing(const WhileChoosing&) = delete;
+  WhileChoosing& operator=(const WhileChoosing&) = delete;
+
+ private:
+  bool& m_is_choosing;
+  const bool m_before;
+};
+
 // Opens the recording for writing in the directory.
 std::unique_ptr<CZebFile> CreateRecording(const CString& directory, const CString& name,
                                           CZebFileInfo& info) {
@@ -131,10 +145,8 @@ int CZebDatabase::CheckWorkHDD(DWORD& free_mb) const {
 }
 
 int CZebDatabase::ChangeWorkDir() {
-  const bool is_nested = std::exchange(m_is_choosing, true);
-  const int chosen = ChooseWorkingDisk(m_disks, m_host_window, m_working_disk);
-  m_is_choosing = is_nested;
-  return chosen;
+  const WhileChoosing while_choosing(m_is_choosing);
+  return ChooseWorkingDisk(m_disks, m_host_window, m_working_disk);
 }
 
 int CZebDatabase::SetOnceDelSpace(DWORD space_mb) {

@@ -30,13 +30,21 @@ class Descriptor {
   int m_descriptor;
 };
 
+// For writing, because network file systems refuse an exclusive lock on what is open for reading
+// alone. Another user's file may be opened for reading only; other file systems lock that as well.
+int OpenToLock(const ReachablePath& path) {
+  const auto open_for = [&path](int access) {
+    return openat(path.Directory(), path.Name(), access | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
+  };
+  const int descriptor = open_for(O_RDWR);
+  return descriptor < 0 && errno == EACCES ? open_for(O_RDONLY) : descriptor;
+}
+
 // Whoever has the file open through CFile holds a shared lock; a newcomer that locks after us finds
-// the file unlinked and looks again. For writing, because network file systems refuse an exclusive
-// lock on what is open for reading alone. Whatever the refusal, it is no sign that nobody has the
-// file open.
+// the file unlinked and looks again. Whatever a lock is refused for, the refusal is no sign that
+// nobody has the file open.
 bool DeleteUnlessInUse(const ReachablePath& path) {
-  const Descriptor file(
-      openat(path.Directory(), path.Name(), O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+  const Descriptor file(OpenToLock(path));
   return file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) == 0 &&
          unlinkat(path.Directory(), path.Name(), 0) == 0;
 }
