@@ -21,7 +21,7 @@ FoundFile::FoundFile(DirectoryHandle& directory, const CString& directory_path, 
 
 std::unique_ptr<CZebFileInfo> FoundFile::ReadRecording() const {
   CFile file;
-  file.Attach(m_directory.Open(m_name, {.m_read = true}), CString());
+  file.Attach(m_directory.Open(m_name, {.m_read = true, .m_brief = true}), CString());
   auto header = std::make_unique<CZebFileInfo>();
   return header->Create(file, m_path) != 0 ? std::move(header) : nullptr;
 }

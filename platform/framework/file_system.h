@@ -21,6 +21,9 @@ struct FileOpenMode {
   bool m_new = false;        // with m_create: fail when there is a file, or anything, already
   bool m_truncate = false;   // empty it when it does
   bool m_exclusive = false;  // nobody else may have it open meanwhile
+  // For one look at it: it is not marked as in use, nor asked whether others have it to themselves.
+  // A search opens thousands of files, and the mark costs as much as reading one.
+  bool m_brief = false;
 };
 
 // One open file. Offsets are the caller's: there is no position, so no call is spent on moving one.

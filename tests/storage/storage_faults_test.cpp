@@ -149,7 +149,7 @@ class StorageFaults : public DiskTest {
       const Everything before = m_disk->Everything();
       m_finished.clear();
       FaultyFileSystem faulty;
-      (faulty.*plan)(FaultyFileSystem::kEveryCall, n, 5);
+      FailCall(faulty, plan, n);
       UseStorage();
       ExpectNothingLost(before);
       if (faulty.Failures() == 0 || HasFailure()) return n - 1;
@@ -167,7 +167,7 @@ class StorageFaults : public DiskTest {
       bool is_saved = false;
       {
         FaultyFileSystem faulty;
-        (faulty.*plan)(FaultyFileSystem::kEveryCall, n, 5);
+        FailCall(faulty, plan, n);
         is_saved = dbsSaveDatabase() != 0;
         failures = faulty.Failures();
       }
@@ -186,20 +186,20 @@ class StorageFaults : public DiskTest {
 };
 
 TEST_F(StorageFaults, LoseNothingWhicheverCallFails) {
-  const std::uint64_t calls = FailEveryCall(&FaultyFileSystem::FailCall);
+  const std::uint64_t calls = FailEveryCall(Plan::kFail);
   EXPECT_GT(calls, 90U);
   // Nothing failed in the end: a day was recycled, and a recording made.
   EXPECT_FALSE(m_disk->Has(R"(d:\dvr\d20040408\rec\video\a)"));
   EXPECT_NE(m_finished, "");
   EXPECT_EQ(DisksIn(List()), R"(d:\dvr\ e:\new\ )");
-  EXPECT_EQ(FailEveryCall(&FaultyFileSystem::CutPowerAt), calls);
+  EXPECT_EQ(FailEveryCall(Plan::kCutPower), calls);
 }
 
 TEST_F(StorageFaults, LeaveTheOldListOrTheNewOne) {
-  EXPECT_GT(FailEveryCallOfASave(&FaultyFileSystem::FailCall, false), 7U);
-  EXPECT_GT(FailEveryCallOfASave(&FaultyFileSystem::CutPowerAt, false), 7U);
+  EXPECT_GT(FailEveryCallOfASave(Plan::kFail, false), 7U);
+  EXPECT_GT(FailEveryCallOfASave(Plan::kCutPower, false), 7U);
   // Written over: a power failure in the middle is not to be survived then.
-  EXPECT_GT(FailEveryCallOfASave(&FaultyFileSystem::FailCall, true), 7U);
+  EXPECT_GT(FailEveryCallOfASave(Plan::kFail, true), 7U);
 }
 
 }  // namespace

@@ -191,7 +191,7 @@ std::unique_ptr<FileHandle> OpenAt(int directory, const char* name, const CStrin
     if (descriptor < 0 && errno == ENOENT) return nullptr;
     if (descriptor < 0) throw CFileException(CauseOf(errno), errno, path);
     auto handle = std::make_unique<PosixFileHandle>(descriptor, path, is_new);
-    handle->Lock(mode.m_exclusive);
+    if (!mode.m_brief) handle->Lock(mode.m_exclusive);
     const struct stat status = handle->Status();
     if (!S_ISREG(status.st_mode)) throw CFileException(Cause::kAccessDenied, 0, path);
     // Deleted between opening and locking: look again.
