@@ -138,8 +138,16 @@ class StorageFaults : public DiskTest {
     }
   }
 
-  using Plan = void (FaultyFileSystem::*)(unsigned kinds, std::uint64_t n,
-                                          std::size_t prefix_bytes);
+  enum class Plan { kFail, kCutPower };
+
+  static void FailCall(FaultyFileSystem& disk, Plan plan, std::uint64_t n) {
+    constexpr std::size_t kPrefixBytes = 5;
+    if (plan == Plan::kFail) {
+      disk.FailCall(FaultyFileSystem::kEveryCall, n, kPrefixBytes);
+    } else {
+      disk.CutPowerAt(FaultyFileSystem::kEveryCall, n, kPrefixBytes);
+    }
+  }
 
   // Uses storage with the n-th call failing, for every n, and answers how many there are.
   std::uint64_t FailEveryCall(Plan plan) {
