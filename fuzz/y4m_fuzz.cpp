@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "tools/zebtool/y4m.h"
+#include "tools/zebtool/media/y4m.h"
 
 using namespace zebx;
 

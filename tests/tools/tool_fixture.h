@@ -12,7 +12,7 @@
 #include "tests/support/made_recording.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/temp_dir.h"
-#include "tools/zebtool/subcommands.h"
+#include "tools/zebtool/commands/commands.h"
 
 struct ToolRun {
   int status;
@@ -63,41 +63,4 @@ inline std::string MakeY4m(int width, int height, int frames, const std::string&
     video += "FRAME\n" + MakePicture(width, height, number);
   }
   return video;
-}
-
-// 16-bit PCM around the samples, which are interleaved when there are two channels.
-inline std::string MakeWav(const std::vector<std::int16_t>& samples, unsigned rate = 8000,
-                           unsigned channels = 1) {
-  std::string wav = "RIFF" + Little(36 + samples.size() * 2) + "WAVEfmt " + Little(16) +
-                    Little(1, 2) + Little(channels, 2) + Little(rate) +
-                    Little(rate * channels * 2) + Little(channels * 2, 2) + Little(16, 2) + "data" +
-                    Little(samples.size() * 2);
-  for (const std::int16_t sample : samples) wav += Little(static_cast<std::uint16_t>(sample), 2);
-  return wav;
-}
-
-inline std::vector<std::int16_t> MakeTone(std::size_t samples, double hertz, double rate = 8000) {
-  std::vector<std::int16_t> tone(samples);
-  for (std::size_t i = 0; i < samples; ++i) {
-    tone[i] = static_cast<std::int16_t>(
-        std::lround(8000 * std::sin(static_cast<double>(i) * hertz * 6.283185307 / rate)));
-  }
-  return tone;
-}
-
-// The samples of a WAV file that WavWriter made.
-inline std::vector<std::int16_t> SamplesOf(const std::string& wav) {
-  std::vector<std::int16_t> samples;
-  for (std::size_t at = 44; at + 1 < wav.size(); at += 2) {
-    samples.push_back(static_cast<std::int16_t>(DwordAt(wav, at)));
-  }
-  return samples;
-}
-
-// How far apart they are on the average of the samples from `begin` to `end`.
-inline double NoiseOf(const std::vector<std::int16_t>& wanted, const std::vector<std::int16_t>& got,
-                      std::size_t begin, std::size_t end) {
-  double error = 0;
-  for (std::size_t i = begin; i < end; ++i) error += std::pow(got.at(i) - wanted.at(i), 2);
-  return std::sqrt(error / static_cast<double>(end - begin));
 }

@@ -12,6 +12,7 @@ class Clip : public testing::Test {
 
   // The numbers of the first and the last frame of the clip, the status when there is none.
   std::pair<int, int> Cut(std::vector<std::string> options) {
+    std::filesystem::remove(m_clip);
     options.insert(options.begin(), {"clip", m_path, m_clip});
     const ToolRun run = RunTool(options);
     m_said = run.out;

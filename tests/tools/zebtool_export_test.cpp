@@ -2,6 +2,7 @@
 // of frames that cannot be decoded.
 #include <gtest/gtest.h>
 
+#include "tests/tools/sound_fixture.h"
 #include "tests/tools/tool_fixture.h"
 
 using namespace zebx;
@@ -17,7 +18,7 @@ class Export : public testing::Test {
  protected:
   // Groups of 2 and encoder type 2: blocks of 18 frames and 6.
   Export() {
-    WriteWholeFile(m_dir.File("sound.wav"), MakeWav(MakeTone(kFrames * 320, 440)));
+    WriteSound(m_dir.File("sound.wav"), MakeTone(kFrames * 320, 440));
     const ToolRun run = RunTool({"import", "-", m_path, "--gop", "2", "--encoder-type", "2",
                                  "--frame-size", "128", "--audio", m_dir.File("sound.wav")},
                                 MakeY4m(kWidth, kHeight, kFrames));
@@ -107,7 +108,7 @@ TEST_F(Export, SilenceKeepsSoundInStepWhereFramesHaveNone) {
   WriteWholeFile(m_path, MakeRecording(frames));
   const std::string wav = m_dir.File("back.wav");
   ASSERT_EQ(Run({"--wav", wav}).status, 0);
-  const auto back = SamplesOf(ReadWholeFile(wav));
+  const auto back = ReadSound(wav);
   const auto tone = MakeTone(kFrames * 320, 440);
   ASSERT_EQ(back.size(), tone.size());
   EXPECT_EQ(std::count(back.begin() + 5 * 320, back.begin() + 10 * 320, 0), 5 * 320);

@@ -1,11 +1,12 @@
-// The tool's own parts: numbers and moments as text, rates, JSON.
+// The tool's own parts: numbers and moments as text, rates, JSON, suggestions.
 #include <gtest/gtest.h>
 
-#include <sstream>
+#include <nlohmann/json.hpp>
 
-#include "tools/zebtool/frame_rate.h"
-#include "tools/zebtool/json_writer.h"
-#include "tools/zebtool/text.h"
+#include "tools/zebtool/console/json_text.h"
+#include "tools/zebtool/console/nearest_word.h"
+#include "tools/zebtool/console/text.h"
+#include "tools/zebtool/media/frame_rate.h"
 
 namespace zebtool {
 namespace {
@@ -22,15 +23,16 @@ TEST(Text, MomentsAreTakenInThreeFormsAndNoOther) {
   }
 }
 
-TEST(JsonWriter, EscapesWhateverNamesHold) {
-  std::ostringstream out;
-  JsonWriter json(out);
-  json.BeginObject();
-  json.Value("name", "a\"b\\c\n\x7F\xFF\xC3\xBC");
-  EXPECT_NE(out.str().find(R"("name": "a\"b\\c\u000a\u007f\u00ff)"
-                           "\xC3\xBC\""),
-            std::string::npos)
-      << out.str();
+TEST(JsonText, TakesWhateverNamesHold) {
+  EXPECT_EQ(JsonText({{"a\"\n\x7F\xC3\xBC", Json::array({"\xFF", 1})}}),
+            "{\n  \"a\\\"\\n\x7F\xC3\xBC\": [\n    \"\xC3\xBF\",\n    1\n  ]\n}");
+}
+
+TEST(NearestWord, IsTheOneThatWasMeant) {
+  const std::vector<std::string> words = {"import", "info", "verify", "export"};
+  const std::pair<const char*, const char*> cases[] = {
+      {"inof", "info"}, {"imort", "import"}, {"exports", "export"}, {"play", ""}, {"", ""}};
+  for (const auto& [typed, meant] : cases) EXPECT_EQ(NearestWord(typed, words), meant) << typed;
 }
 
 TEST(FrameRate, WellKnownRatesAreFoundBehindWholeMilliseconds) {

@@ -1,6 +1,7 @@
 // Recording onto the disks of a database: where files go, when they end, and what a shortage does.
 #include <algorithm>
 
+#include "tests/tools/sound_fixture.h"
 #include "tests/tools/store_fixture.h"
 
 namespace {
@@ -31,7 +32,7 @@ TEST_F(ZebtoolRecord, FilesEndWithTheirMinutesAndDaysPassAsRecorded) {
   Init();
   // 2 pictures a minute, the first of them with sound, and 4 loops across midnight.
   const std::string sound = m_dir.File("sound.wav");
-  WriteWholeFile(sound, MakeWav(MakeTone(8000 * 2, 300)));
+  WriteSound(sound, MakeTone(8000 * 2, 300));
   const ToolRun run = Run({"record", Video(2, "1:30"), "--audio", sound, "--begin",
                            "2024-05-01 23:58:00", "--loops", "4", "--minutes", "1", "--json"});
   ASSERT_EQ(run.status, 0) << run.err;

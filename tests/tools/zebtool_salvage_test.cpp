@@ -3,7 +3,7 @@
 
 #include "tests/support/test_drive.h"
 #include "tests/tools/tool_fixture.h"
-#include "tools/zebtool/store_repair.h"
+#include "tools/zebtool/disks/store_repair.h"
 
 namespace {
 

@@ -71,15 +71,9 @@ TEST_F(ZebtoolSearch, FindsByEveryCriterion) {
     std::string found;
   } cases[] = {
       {{"--date", "2024-05-01"}, evening_1 + evening_2},
-      {{"--date", "2024-05-03"}, ""},
-      {{"--date", "2024-05-01", "--host", "elsewhere"}, ""},
       {{"--date", "2024-05-01", "--camera", "0,2"}, evening_2},
       {{"--date", "2024-05-01", "--camera-name", "gate", "--board-name", "b0"}, evening_1},
-      {{"--date", "2024-05-01", "--board-name", "B0"}, ""},
-      {{"--date", "2024-05-01", "--frame-size", "128"}, evening_1 + evening_2},
       {{"--date", "2024-05-01", "--frame-size", "129"}, ""},
-      {{"--date", "2024-05-01", "--disk", "ZebDatabase(d:\\)"}, evening_1 + evening_2},
-      {{"--from", "2024-05-01 21:30:00"}, evening_2 + morning},
       {{"--from", "2024-05-01 20:00:00", "--to", "2024-05-01 21:59:59"}, evening_1},
       {{"--at", "2024-05-01 21:00:30"}, evening_1 + evening_2},
       {{"--at", "2024-05-01 21:00:30", "--camera", "0,1"}, evening_1},

@@ -86,20 +86,13 @@ TEST_F(ZebtoolSnapshot, IsUprightInItsColoursWithItsTrailer) {
   EXPECT_EQ(image.GetTimeStamp(), CTime(2024, 5, 1, 8, 30, 1).GetTime());
 }
 
-TEST_F(ZebtoolSnapshot, WithoutAPictureSaysWhyAndLeavesNoFile) {
-  const struct {
-    WORD flags;
-    const char* text;
-  } cases[] = {{kFrameVideoLost, "no signal"}, {0, "cannot be decoded"}};
-  for (const auto& [flags, text] : cases) {
-    auto frames = MakeFrames(3);  // of bytes that no encoder made
-    for (TestFrame& frame : frames) frame.flags |= flags;
-    WriteWholeFile(m_recording, MakeRecording(frames));
-    const ToolRun run = Take({});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_TRUE(Contains(run.err, text)) << run.err;
-    EXPECT_FALSE(std::filesystem::exists(m_dir.File("out.bmp")));
-  }
+TEST_F(ZebtoolSnapshot, WithoutASignalSaysSo) {
+  auto frames = MakeFrames(3);
+  for (TestFrame& frame : frames) frame.flags |= kFrameVideoLost;
+  WriteWholeFile(m_recording, MakeRecording(frames));
+  const ToolRun run = Take({});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(Contains(run.err, "no signal")) << run.err;
 }
 
 class ZebtoolFace : public testing::Test {
@@ -128,7 +121,7 @@ TEST_F(ZebtoolFace, ListsAndExtractsEveryFaceWithItsTime) {
 
   ASSERT_EQ(RunTool({"face", m_path, "extract", m_out, "--index", "1"}).status, 0);
   EXPECT_FALSE(std::filesystem::exists(m_out + "/face0000.bmp"));
-  ASSERT_EQ(RunTool({"face", m_path, "extract", m_out}).status, 0);
+  ASSERT_EQ(RunTool({"face", m_path, "extract", m_out, "--force"}).status, 0);
   CImage image;
   ASSERT_EQ(image.LoadImageAs(kImageBmp, m_out + "/face0002.bmp"), 1);
   EXPECT_EQ(image.GetRawImage()[100 * 120 * 3 - 1], 20);

@@ -18,16 +18,10 @@ TEST_F(ZebtoolStore, FirstDiskStandsWhereItWasAskedForAndLeavesNothingElse) {
   EXPECT_EQ(JsonNumber(json, "reserved_mb"), 7);
 }
 
-TEST_F(ZebtoolStore, DefaultDiskLiesBelowTheDataDirectoryWhereAFirstDiskMayBeToo) {
-  for (const std::vector<std::string>& place :
-       std::vector<std::vector<std::string>>{{"D:\\Database\\"}, {"--data", "d:"}}) {
-    std::vector<std::string> arguments = {"store", "init"};
-    arguments.insert(arguments.end(), place.begin(), place.end());
-    EXPECT_EQ(Run(arguments).status, 0);
-    EXPECT_TRUE(Contains(Run({"store", "disks"}).out, "directory  d:\\database\\"));
-    EXPECT_EQ(Run(arguments).status, 1);  // it is there already
-    std::filesystem::remove(Database());
-  }
+TEST_F(ZebtoolStore, DefaultDiskLiesBelowTheDataDirectory) {
+  EXPECT_EQ(Run({"store", "init", "--data", "d:"}).status, 0);
+  EXPECT_TRUE(Contains(Run({"store", "disks"}).out, "directory  d:\\database\\"));
+  EXPECT_EQ(Run({"store", "init", "--data", "d:"}).status, 1);  // it is there already
 }
 
 TEST_F(ZebtoolStore, FailedInitLeavesNoDatabase) {
@@ -107,6 +101,18 @@ TEST_F(ZebtoolStore, RecyclingDoesWhatTheDryRunSaid) {
     EXPECT_EQ(run.status, 1);
   }
   EXPECT_TRUE(HasDay('d', "d20240505"));
+}
+
+TEST_F(ZebtoolStore, RepairFinishesWhatACrashLeft) {
+  Init();
+  const auto frames = MakeFrames(30);
+  const std::string path = MakeFile('d', "d20240505", 0).string() + ".zebz";
+  WriteWholeFile(path, MakeRecording(frames, false));
+  EXPECT_EQ(Run({"store", "repair", "--date", "2024-05-04"}).status, 1);
+  const std::string json = Run({"store", "repair", "--date", "2024-05-05", "--json"}).out;
+  EXPECT_EQ(JsonNumber(json, "finished"), 1) << json;
+  EXPECT_EQ(ReadFrames(path), frames);
+  EXPECT_TRUE(Contains(Run({"store", "repair"}).out, "0 finished, 1 whole already"));
 }
 
 }  // namespace

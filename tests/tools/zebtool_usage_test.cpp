@@ -10,21 +10,16 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
     std::vector<std::string> arguments;
     const char* text;
   } cases[] = {
-      {{"play"}, "no subcommand 'play'"},
-      {{"info", "a", "b"}, "'b' is one argument too many"},
-      {{"info", "a", "--colour"}, "no option --colour"},
-      {{"import", "a", "b", "--gop"}, "--gop needs a value"},
-      {{"import", "a", "b", "--gop", "1x"}, "not '1x'"},
-      {{"import", "a", "b", "--frame-size", "9"}, "0 to 8 or 128 to 136"},
-      {{"import", "a", "b", "--quantiser", "8,32"}, "1 to 31"},
+      {{"impotr"}, "no subcommand 'impotr', did you mean 'import'?; see 'zebtool help'"},
+      {{"store", "mend", "--db", "a"}, "no subcommand 'mend'; see 'zebtool help store'"},
+      {{"clip", "a", "--form", "+1"}, "no option --form, did you mean '--from'?"},
+      {{"verify"}, "FILE is required; see 'zebtool help verify'"},
+      {{"export", "a", "b", "c"}, "'c' is one argument too many"},
+      {{"import", "a", "b", "--gop"}, "--gop: 1 required N missing"},
+      {{"import", "a", "b", "--gop", "1x"}, "from 1 to 1000, not '1x'"},
       {{"import", "a", "b", "--begin", "2024-02-30 00:00:00"}, "--begin takes"},
-      {{"snapshot", "a", "b", "--at", "+1", "--frame", "0"}, "not both"},
-      {{"face", "a", "list", "b"}, "list takes no directory"},
-      {{"store", "mend", "--db", "a"}, "no action 'mend'"},
-      {{"store", "disks", "--db", "a", "--drive", "d"}, "--drive takes"},
       {{"record", "-", "--db", "a", "--loops", "2"}, "not a pipe"},
       {{"search", "--db", "a"}, "one of --date, --from and --at"},
-      {{"search", "--db", "a", "--date", "2024-05-01", "--camera", "3"}, "BOARD,CAMERA"},
       {{"clip", "a", "b", "--from", "+1", "--to-block", "2"}, "not both"},
       {{"clip", "a", "b", "--from-block", "3", "--to-block", "2"}, "nothing between"},
   };
@@ -36,14 +31,23 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
   }
 }
 
-TEST(ZebtoolUsage, EverySubcommandIsListedAndHasHelp) {
+TEST(ZebtoolUsage, HelpIsThereAtEveryLevel) {
   const std::string all = RunTool({"--help"}).out;
-  for (const char* name : {"import", "info", "verify", "export", "clip", "snapshot", "face",
-                           "salvage", "store", "record", "search", "demo"}) {
-    EXPECT_TRUE(Contains(all, std::string("\n  ") + name)) << name;
-    const ToolRun help = RunTool({name, "whatever", "-h"});
-    EXPECT_TRUE(Contains(help.out, std::string("usage: zebtool ") + name)) << help.out;
+  EXPECT_EQ(RunTool({"help"}).out, all);
+  std::istringstream lines(all.substr(all.find("subcommands:\n")));
+  int count = 0;
+  for (std::string line; std::getline(lines, line) && !line.empty();) {
+    if (!line.starts_with("  ")) continue;
+    const std::string name = line.substr(2, line.find(' ', 2) - 2);
+    const ToolRun help = RunTool({"help", name});
+    EXPECT_TRUE(help.out.starts_with("usage: zebtool " + name + ' ')) << help.out;
+    EXPECT_EQ(RunTool({name, "whatever", "--help"}).out, help.out);
+    ++count;
   }
+  EXPECT_GE(count, 12);
+  const std::string init = RunTool({"store", "init", "--reserved", "x", "-h"}).out;
+  EXPECT_TRUE(Contains(init, "usage: zebtool store init DIR --db FILE")) << init;
+  EXPECT_EQ(RunTool({"help", "store", "init"}).out, init);
 }
 
 class ZebtoolJob : public testing::Test {
@@ -72,7 +76,6 @@ TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
       {{"export", m_good, m_good}, "is the input"},
       {{"export", m_good, m_out, "--from", "0:18"}, "there is no frame 18"},
       {{"clip", m_good, m_good, "--from", "+0"}, "is the input"},
-      {{"clip", m_good, m_nowhere, "--from", "+0"}, "cannot write"},
       {{"salvage", m_good, m_link}, "is the input"},
       {{"demo", m_good + "/x"}, "cannot make the directory"},
   };
@@ -90,12 +93,8 @@ TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
   EXPECT_TRUE(Contains(both.out, "good.zebz: whole, 20 frames")) << both.out;
 }
 
-TEST_F(ZebtoolJob, WhoseOutputIsNotTakenEndsWithOne) {
+TEST_F(ZebtoolJob, WhoseReportIsNotTakenEndsWithOne) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
-  const ToolRun run = RunTool({"export", m_good, "/dev/full"});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_TRUE(Contains(run.err, "disk is full")) << run.err;
-
   std::istringstream in;
   std::ostringstream err;
   std::ofstream full("/dev/full");

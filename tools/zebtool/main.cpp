@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/os/files/drives.h"
-#include "tools/zebtool/subcommands.h"
+#include "tools/zebtool/commands/commands.h"
 
 int main(int count, char** values) {
   // A reader of our output that goes away shows as a failed write, which is reported.

@@ -1,0 +1,182 @@
+// What becomes of the files that commands write, and of what lies there already.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <functional>
+#include <set>
+
+#include "record/mox_file.h"
+#include "tests/tools/tool_fixture.h"
+
+using namespace zebx;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class ToolOutput : public testing::Test {
+ protected:
+  struct Job {
+    std::vector<std::string> arguments;
+    std::string output;
+  };
+
+  ToolOutput() {
+    fs::create_directory(m_dir.File("in"));
+    const std::string video = In("video.y4m");
+    WriteWholeFile(video, MakeY4m(16, 16, 2));
+    EXPECT_EQ(RunTool({"import", video, In("r.zebz")}).status, 0);
+    CMoxFile faces;
+    EXPECT_EQ(faces.Open(In("f.face").c_str(), 1), 1);
+    faces.Write(std::vector<BYTE>(100 * 120).data(), kTestBeginSeconds);
+    faces.Close();
+    fs::create_directory(m_out);
+    const std::string r = In("r.zebz");
+    m_jobs = {{{"import", video, Out("o.zebz")}, "o.zebz"},
+              {{"clip", r, Out("o.zebz"), "--to", "+9"}, "o.zebz"},
+              {{"export", r, Out("o.y4m")}, "o.y4m"},
+              {{"export", r, "-", "--wav", Out("o.wav")}, "o.wav"},
+              {{"snapshot", r, Out("o")}, "o.bmp"},
+              {{"snapshot", r, Out("o.png")}, "o.png"},
+              {{"salvage", r, Out("o.zebz")}, "o.zebz"},
+              {{"face", In("f.face"), "extract", m_out}, "face0000.bmp"}};
+  }
+
+  std::string In(const std::string& name) const { return m_dir.File("in/" + name); }
+  std::string Out(const std::string& name) const { return m_dir.File("out/" + name); }
+  std::set<std::string> Files() const {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(m_out)) names.insert(entry.path().filename());
+    return names;
+  }
+  void Clear() const {
+    fs::remove_all(m_out);
+    fs::create_directory(m_out);
+  }
+  static ToolRun Forced(const Job& job) {
+    std::vector<std::string> arguments = job.arguments;
+    arguments.emplace_back("--force");
+    return RunTool(arguments);
+  }
+
+  TempDir m_dir;
+  const std::string m_out = m_dir.File("out");
+  std::vector<Job> m_jobs;
+};
+
+TEST_F(ToolOutput, FileThatIsThereIsReplacedByForceAlone) {
+  for (const Job& job : m_jobs) {
+    SCOPED_TRACE(job.arguments[0] + ' ' + job.output);
+    Clear();
+    ASSERT_EQ(RunTool(job.arguments).status, 0);
+    const std::string made = ReadWholeFile(Out(job.output));
+    EXPECT_EQ(Files(), std::set{job.output});
+
+    const std::string mine = Out("mine");
+    for (const bool is_link : {false, true}) {
+      Clear();
+      WriteWholeFile(is_link ? mine : Out(job.output), "evidence");
+      if (is_link) fs::create_symlink(mine, Out(job.output));
+      const ToolRun run = RunTool(job.arguments);
+      EXPECT_EQ(run.status, 1);
+      EXPECT_TRUE(Contains(run.err, "--force replaces it")) << run.err;
+      EXPECT_EQ(ReadWholeFile(Out(job.output)), "evidence");
+
+      EXPECT_EQ(Forced(job).status, 0);
+      EXPECT_EQ(ReadWholeFile(Out(job.output)).size(), made.size());
+      EXPECT_EQ(fs::is_symlink(Out(job.output)), is_link);
+      EXPECT_EQ(Files().size(), is_link ? 2U : 1U);
+    }
+  }
+}
+
+TEST_F(ToolOutput, WhatIsNoFileOrProtectedStaysWhatItIs) {
+  const struct {
+    const char* said;
+    std::function<void(const std::string& path)> make;
+  } cases[] = {
+      {"is a directory", [](const std::string& path) { fs::create_directory(path); }},
+      {"leads nowhere", [](const std::string& path) { fs::create_symlink("nowhere", path); }},
+      {"is a device or a pipe", [](const std::string& path) { mkfifo(path.c_str(), 0600); }},
+      {"write-protected",
+       [](const std::string& path) {
+         WriteWholeFile(path, "evidence");
+         fs::permissions(path, fs::perms::owner_read);
+       }},
+  };
+  for (const Job& job : m_jobs) {
+    for (const auto& one : cases) {
+      // Video is written into a pipe, where somebody has to read it.
+      if (job.output == "o.y4m" && Contains(one.said, "pipe")) continue;
+      SCOPED_TRACE(job.arguments[0] + ' ' + job.output + ' ' + one.said);
+      Clear();
+      one.make(Out(job.output));
+      const auto before = fs::symlink_status(Out(job.output));
+      const ToolRun run = Forced(job);
+      EXPECT_EQ(run.status, 1);
+      EXPECT_TRUE(Contains(run.err, one.said)) << run.err;
+      const auto after = fs::symlink_status(Out(job.output));
+      EXPECT_EQ(after.type(), before.type());
+      EXPECT_EQ(after.permissions(), before.permissions());
+      EXPECT_EQ(Files(), std::set{job.output});
+    }
+  }
+}
+
+TEST_F(ToolOutput, JobThatFailsLeavesEverythingAsItWas) {
+  const std::string empty = In("empty.y4m");
+  WriteWholeFile(empty, MakeY4m(16, 16, 0));
+  // A block that says it has no frames.
+  std::string frameless = MakeRecording(MakeFrames(44));
+  frameless.replace(BlockOffsets(frameless)[1] + 8, 2, std::string(2, '\0'));
+  WriteWholeFile(In("frameless.zebz"), frameless);
+  WriteWholeFile(In("no_video.zebz"), MakeRecording(MakeFrames(2)));
+  const std::string r = In("r.zebz");
+  const Job cases[] = {
+      {{"import", empty, Out("o.zebz")}, "o.zebz"},
+      {{"clip", r, Out("o.zebz"), "--from", "+50"}, "o.zebz"},
+      {{"clip", r, Out("o.zebz"), "--from-block", "9"}, "o.zebz"},
+      {{"clip", In("frameless.zebz"), Out("o.zebz"), "--from-block", "1", "--to-block", "2"},
+       "o.zebz"},
+      {{"export", r, Out("o.y4m"), "--wav", Out("no/such/directory/o.wav")}, "o.y4m"},
+      {{"snapshot", In("no_video.zebz"), Out("o.bmp")}, "o.bmp"},
+      {{"salvage", empty, Out("o.zebz")}, "o.zebz"},
+  };
+  for (const Job& job : cases) {
+    SCOPED_TRACE(testing::PrintToString(job.arguments));
+    Clear();
+    EXPECT_EQ(Forced(job).status, 1);
+    EXPECT_EQ(Files(), std::set<std::string>());
+    WriteWholeFile(Out(job.output), "evidence");
+    EXPECT_EQ(Forced(job).status, 1);
+    EXPECT_TRUE(ReadWholeFile(Out(job.output)) == "evidence");
+    EXPECT_EQ(Files(), std::set{job.output});
+  }
+}
+
+TEST_F(ToolOutput, UnfinishedFileOfSomebodyElseStays) {
+  WriteWholeFile(Out("o.part.zebz"), "saved frames");
+  EXPECT_EQ(RunTool(m_jobs[0].arguments).status, 0);
+  EXPECT_EQ(ReadWholeFile(Out("o.part.zebz")), "saved frames");
+  EXPECT_EQ(Files(), (std::set<std::string>{"o.part.zebz", "o.zebz"}));
+}
+
+TEST_F(ToolOutput, DemoTakesNoDirectoryThatHasSomethingInIt) {
+  WriteWholeFile(Out("disks.db"), "evidence");
+  const ToolRun run = RunTool({"demo", m_out});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(Contains(run.err, "is not empty")) << run.err;
+  EXPECT_EQ(Files(), std::set<std::string>{"disks.db"});
+}
+
+TEST_F(ToolOutput, DeviceTakesVideoAndStays) {
+  for (const auto& [device, status] : {std::pair("/dev/null", 0), {"/dev/full", 1}}) {
+    if (!fs::is_character_file(device)) GTEST_SKIP() << "no " << device << " here";
+    const ToolRun run = RunTool({"export", In("r.zebz"), device});
+    EXPECT_EQ(run.status, status) << run.err;
+    EXPECT_TRUE(fs::is_character_file(device));
+    EXPECT_EQ(Contains(run.err, "disk is full"), status != 0);
+  }
+}
+
+}  // namespace
