@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "record/mox_file.h"
+#include "tests/support/scoped_time_zone.h"
 #include "tests/tools/store_fixture.h"
 
 namespace {
@@ -88,6 +89,28 @@ TEST_F(ZebtoolSearch, FindsByEveryCriterion) {
   }
   const ToolRun run = Run({"search", "--date", "2024-05-01", "--disk", "d"});
   EXPECT_TRUE(Contains(run.err, "there is no disk 'd'")) << run.err;
+}
+
+// A day of 25 hours in October and one of 23 in March; midnight is an hour, too.
+TEST_F(ZebtoolSearch, TimeSpanIsSearchedCalendarDayByCalendarDay) {
+  const ScopedTimeZone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+  Init();
+  WriteWholeFile(m_video, MakeY4m(16, 16, 3, "1:30"));
+  const char* const kDays[] = {"2024-03-30", "2024-03-31", "2024-04-01",
+                               "2024-10-26", "2024-10-27", "2024-10-28"};
+  for (const std::string day : kDays) Record(day + " 00:00:00", "1", "gate");
+  Record("2024-10-28 23:59:30", "1", "gate");  // ends on the day after
+  const std::string spring = "c0001240330000000 c0001240331000000 c0001240401000000 ";
+  const std::string autumn = "c0001241026000000 c0001241027000000 c0001241028000000 ";
+  const std::string late = "c0001241028235930 ";
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
+      {{"--from", "2024-03-30 00:00:00", "--to", "2024-04-01 00:00:00"}, spring},
+      {{"--from", "2024-10-26 00:00:00", "--to", "2024-10-28 00:00:00"}, autumn},
+      {{"--from", "1970-01-02 00:00:00"}, spring + autumn + late},
+      {{"--from", "2024-10-29 00:00:10"}, late},
+      {{"--from", "2024-10-29 00:01:00"}, ""},
+  };
+  for (const auto& [options, found] : cases) EXPECT_EQ(Found(options), found) << options[1];
 }
 
 TEST_F(ZebtoolSearch, TellsWhatEachKindKnows) {

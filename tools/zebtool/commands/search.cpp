@@ -4,6 +4,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "storage/dbs.h"
@@ -20,6 +21,7 @@ namespace zebtool {
 namespace {
 
 constexpr DWORD kMaxNumber = 0xFFFF;
+constexpr int kLocalDays = 0;
 constexpr Bounds kFrameSize = {0, 255};
 
 struct Kind {
@@ -105,6 +107,41 @@ CSearchParam CriteriaOf(const Settings& settings) {
   return criteria;
 }
 
+// The days of a disk's list, "2024-05-01", each once, that files of the time span can lie in.
+std::set<std::string> DaysOf(const CHddObj& disk, const CSearchParam& criteria) {
+  CTime begin;
+  CTime end;
+  criteria.GetBeginTime(begin);
+  criteria.GetEndTime(end);
+  const std::string last = FormatDay(end);
+  std::set<std::string> days;
+  std::string before;
+  for (int index = 0; index < disk.GetDirNum(kLocalDays); ++index) {
+    const std::string day = FormatDay(CTime(disk.GetDirDate(index, kLocalDays)));
+    if (day > last) continue;
+    if (day >= FormatDay(begin)) {
+      days.insert(day);
+    } else {
+      before = std::max(before, day);
+    }
+  }
+  // What was recorded across midnight lies in the day of its beginning. A log has no beginning.
+  if (!before.empty() && criteria.IsSearch(kSearchLog) == 0) days.insert(before);
+  return days;
+}
+
+// One calendar day after the other: days of 23 and of 25 hours are days like any other, while the
+// library's own search of a time span goes on by 24 hours.
+void SearchDays(const DatabaseSession& database, CFileSearchInfo& found) {
+  CSearchParam& criteria = *found.GetSearchParam();
+  for (CHddObj* disk : database.Disks()) {
+    for (const std::string& day : DaysOf(*disk, criteria)) {
+      criteria.SetDate(ParseNoon(day)->GetTime());
+      disk->SearchFile(&found);
+    }
+  }
+}
+
 // Of pictures and logs only one moment is known.
 bool HasEnd(const CZebFileInfo& file) {
   return file.GetEndTime().GetTime() != 0;
@@ -169,7 +206,11 @@ int Search(const Settings& settings, Console& console) {
     throw JobError("there is no disk '" + *settings.disk + "'; 'zebtool store disks' names them");
   }
   CFileSearchInfo found(&criteria);
-  dbsSearchFile(&found);
+  if (settings.from) {
+    SearchDays(database, found);
+  } else {
+    dbsSearchFile(&found);
+  }
   return Report(found, settings, console);
 }
 
@@ -186,7 +227,7 @@ void AddSearch(const Command& root) {
   command.Option("--date", "YYYY-MM-DD", settings->date, ParseNoon, "YYYY-MM-DD",
                  "everything of a day");
   command.Option("--from", "TIME", settings->from, ParseTime, kTimeForm,
-                 "what had not ended by then");
+                 "what had not ended by then; what was recorded across midnight is found, too");
   command.Option("--to", "TIME", settings->to, ParseTime, kTimeForm,
                  "what had begun by then; default: now");
   command.Option("--at", "TIME", settings->at, ParseTime, kTimeForm,
