@@ -48,6 +48,19 @@ TEST_F(ZebtoolRecord, FilesEndWithTheirMinutesAndDaysPassAsRecorded) {
   EXPECT_EQ(JsonNumber(run.out, "voiced_frames"), 4);
 }
 
+TEST_F(ZebtoolRecord, RecordingThatIsThereAlreadyIsNotWrittenOver) {
+  Init();
+  const std::vector<std::string> record = {"record", Video(), "--begin", "2024-05-01 08:30:00"};
+  ASSERT_EQ(Run(record).status, 0);
+  const std::string path = Recordings('d').at(0).string();
+  const std::string before = ReadWholeFile(path);
+  WriteWholeFile(m_dir.File("video.y4m"), MakeY4m(176, 144, 1));
+  const ToolRun again = Run(record);
+  EXPECT_EQ(again.status, 1);
+  EXPECT_TRUE(Contains(again.err, "is there already")) << again.err;
+  EXPECT_EQ(ReadWholeFile(path), before);
+}
+
 // The room left is just above the reserve; the recording itself brings the disk below its reserve.
 TEST_F(ZebtoolRecord, ShortageWhileRecordingEndsTheFileFirst) {
   Init();

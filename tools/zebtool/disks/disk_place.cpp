@@ -1,6 +1,8 @@
 #include "tools/zebtool/disks/disk_place.h"
 
+#include "platform/framework/file_system.h"
 #include "storage/dbs.h"
+#include "storage/recording_name.h"
 #include "storage/recycling.h"
 #include "tools/zebtool/console/console.h"
 #include "tools/zebtool/disks/database_session.h"
@@ -40,8 +42,26 @@ void MakeRoom() {
 
 }  // namespace
 
+// The database names a recording after its camera and its begin, and would empty one that is there
+// already.
+void DiskPlace::RefuseExisting(const CZebFileInfo& header) const {
+  const std::string working_disk = m_database.WorkingDisk();
+  const CTime now = CTime::GetCurrentTime();
+  for (const CHddObj* disk : m_database.Disks()) {
+    if (disk->GetDbsName() != working_disk) continue;
+    const CString directory = m_plan.alarm ? disk->GetAlarmDirInfo(header.GetHostName(), now)
+                                           : disk->GetVideoDirInfo(header.GetHostName(), now);
+    const CString path =
+        directory + '\\' + (m_plan.alarm ? AlarmRecordingName(header) : RecordingName(header));
+    if (!directory.empty() && CurrentFileSystem().LinkStatus(path)) {
+      throw JobError("'" + path + "' is there already; give another --begin or --camera");
+    }
+  }
+}
+
 std::unique_ptr<CZebFile> DiskPlace::Create(CZebFileInfo& header, std::size_t) {
   MakeRoom();
+  RefuseExisting(header);
   CZebFile* file = nullptr;
   const auto create = m_plan.alarm ? dbsCreateZebAlarmFile : dbsCreateZebFile;
   if (create(&file, &header) == 0) {
