@@ -7,7 +7,7 @@
 
 namespace zebx {
 
-void DeleteIfNew(CFile& file) noexcept {
+void DeleteIfNew(CFile& file) {
   const bool is_new = file.IsNew();
   try {
     if (file.IsOpen()) file.Close();

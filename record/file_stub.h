@@ -6,6 +6,6 @@ class CFile;
 namespace zebx {
 
 // Closes `file` and deletes it from the disk when its opening made it: what was there before stays.
-void DeleteIfNew(CFile& file) noexcept;
+void DeleteIfNew(CFile& file);
 
 }  // namespace zebx

@@ -13,8 +13,6 @@ using namespace zebx;
 
 static_assert(CZebFileInfo::kMaxTextBytes == RecordingHeader::kMaxNameBytes);
 
-using namespace zebx;
-
 namespace {
 
 // Of the buffer form, without the characters of its four texts.

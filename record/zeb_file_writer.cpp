@@ -1,15 +1,19 @@
 // The writing side of CZebFile: creating a file, appending frames and prepared blocks, finishing.
+#include <array>
 #include <exception>
 #include <new>
 #include <optional>
+#include <span>
 #include <utility>
 
-#include "platform/framework/file.h"
+#include "platform/framework/byte_order.h"
 #include "platform/framework/file_system.h"
+#include "platform/framework/mem_file.h"
 #include "platform/os/clock.h"
 #include "record/file_copy.h"
 #include "record/file_stub.h"
 #include "record/frame_block.h"
+#include "record/header_format.h"
 #include "record/zeb_file.h"
 #include "record/zeb_frame_data.h"
 
@@ -319,15 +323,15 @@ void CZebFile::WriteHeader() {
     WriteTo(*m_file);
     return;
   }
-  // The first block stands where the names ended at creation, so those names stay.
-  CZebFileInfo created;
-  created.ReadFrom(*m_file);
-  CZebFileInfo header(static_cast<const CZebFileInfo&>(*this));
-  header.SetCameraName(created.GetCameraName());
-  header.SetBoardName(created.GetBoardName());
-  header.SetHostName(created.GetHostName());
-  m_file->SeekToBegin();
-  header.WriteTo(*m_file);
+  // The first block stands where the names ended at creation, so those names stay, and what stands
+  // before them is written alone.
+  CMemFile header;
+  CZebFileInfo(static_cast<const CZebFileInfo&>(*this)).WriteTo(header);
+  std::array<BYTE, RecordingHeader::kNamesAt> fields;
+  header.SeekToBegin();
+  header.Read(fields);
+  ByteWriter(std::span(fields).subspan(RecordingHeader::kSizeAt)).Put(m_index[0].m_offset);
+  m_file->Write(fields);
 }
 
 void CZebFile::DropPartialFrame() noexcept {
@@ -341,7 +345,8 @@ void CZebFile::DropPartialFrame() noexcept {
 void CZebFile::Flush() {
   if (m_total_frames == 0) {
     if (m_file->IsOpen()) m_file->Close();
-    CurrentFileSystem().DeleteFile(GetFileName(), nullptr);
+    // The one that was made, whatever the header has been told since.
+    CurrentFileSystem().DeleteFile(m_file->GetFilePath(), nullptr);
     return;
   }
   if (!m_file->IsOpen() && !Reopen(CFile::kModeReadWrite)) return;

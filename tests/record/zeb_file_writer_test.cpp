@@ -152,15 +152,24 @@ TEST_F(ZebFileWriter, FilesWithoutAFrameAreDeletedAndThoseThatTheDiskRefusesUnle
   SetErrorSink({});
 }
 
-TEST_F(ZebFileWriter, NamesSetMeanwhileStayOutOfTheFirstBlock) {
+TEST_F(ZebFileWriter, NamesSetMeanwhileHarmNeitherTheFirstBlockNorOtherFiles) {
+  FaultyFileSystem disk;
+  disk.FailCall(FaultyFileSystem::kRead, 1, 0, 1000);  // a writer has nothing to read
   m_file->SetHostName("HOST");
   for (const char* name : {"cam", "a longer camera", "c"}) {
     m_file->SetCameraName(name);
-    WriteRun(*m_file, {102, 1});
+    EXPECT_EQ(WriteRun(*m_file, {102, 1}).size(), 102U);
     EXPECT_TRUE(ReadWholeFile(m_path).substr(44).starts_with("cam\3")) << name;
   }
   EXPECT_EQ(Finish().m_fault, "");
   EXPECT_EQ(ReadWholeFile(m_path).substr(58, 4), "HOST");
+
+  const std::string other = m_directory.File("other.zebz");
+  Open();
+  m_file->SetFileName(other);
+  WriteWholeFile(other, "evidence");
+  m_file->Close();  // without a frame: deletes what it made
+  EXPECT_TRUE(std::filesystem::exists(other) && !std::filesystem::exists(m_path));
 }
 
 TEST_F(ZebFileWriter, AnAppendedFrameIsOneCallAndReservesAheadFromTheSecondBlockOn) {
