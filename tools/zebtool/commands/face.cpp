@@ -51,6 +51,7 @@ void OpenFaces(CMoxFile& faces, const std::string& path) {
 
 // False for a face that the file does not hold whole.
 bool ReadFace(CMoxFile& faces, DWORD index, Face& face) {
+  if (index >= faces.GetTotalFaceNum()) return false;  // the picture's size may be anything then
   const CSize size = faces.GetImageSize();
   face.luminance.resize(static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy));
   return faces.Read(std::span(face.luminance), &face.time, static_cast<int>(index)) != 0;
