@@ -45,6 +45,10 @@ class FrameFinder::Walk {
   bool IsBlockHere() {
     return m_last ? IsBlockBehind(*m_last, m_position) : m_bytes.IsBlock(m_position, m_block);
   }
+  bool IsNewBlockHere() {
+    const auto header = m_bytes.AnyFrameAt(m_position);
+    return header && IsNewBlock(*header, m_block);
+  }
   bool IsBlockBehind(const FrameHeader& ahead, ULONGLONG offset);
   bool EndsAt(ULONGLONG offset);
   bool IsInTime(DWORD stamp, DWORD next) const;
@@ -68,8 +72,8 @@ class FrameFinder::Walk {
 std::optional<FoundFrame> FrameFinder::Walk::Next() {
   while (m_position < m_bytes.Length() && m_progress.Pass(m_position, m_bytes.Length())) {
     if (m_trusted_frames > 0) return TakeTrustedFrame();
-    const bool is_cut_block =
-        m_position == m_limit && m_bytes.Length() - m_position < kBlockHeaderBytes;
+    const bool is_cut_block = m_bytes.Length() - m_position < kBlockHeaderBytes &&
+                              (m_position == m_limit || IsNewBlockHere());
     if (m_known_sync > m_position || is_cut_block) {
       SkipTo(is_cut_block ? m_bytes.Length() : m_known_sync);
     } else if (m_position == m_limit ? m_bytes.IsBlockOfChain(m_position, m_block)
@@ -174,15 +178,20 @@ std::optional<FoundFrame> FrameFinder::Walk::TakeDoubtfulFrame(const FrameHeader
 
 // The frame at `offset` with one bit of its header put right, when only so it is a frame that
 // follows `ahead` and behind which the file goes on. The shortest such frame, for a longer one may
-// end with a later frame.
+// end with a later frame. A frame that the end of the file explains needs more proof: its own bytes
+// may look like a frame.
 std::optional<FrameHeader> FrameFinder::Walk::RestoredFrameAt(
     ULONGLONG offset, const std::optional<FrameHeader>& ahead) {
+  const auto there = m_bytes.FrameAt(offset);
+  const bool is_at_end = there && m_limit == m_bytes.Length() &&
+                         offset + there->TotalBytes() + kVoicedFrameHeaderBytes > m_limit;
   std::optional<FrameHeader> restored;
   for (const FrameHeader& header : m_bytes.NearFramesAt(offset)) {
     const ULONGLONG end = offset + header.TotalBytes();
     if (end > m_limit || (ahead && !Follows(*ahead, header))) continue;
     if (restored && header.TotalBytes() >= restored->TotalBytes()) continue;
-    if (GoesOnAt(end, header, Proof::kFirm)) restored = header;
+    if (!GoesOnAt(end, header, Proof::kFirm)) continue;
+    if (!is_at_end || m_bytes.LeadOn(end, m_limit, header)) restored = header;
   }
   return restored;
 }

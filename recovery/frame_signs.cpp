@@ -1,5 +1,7 @@
 #include "recovery/frame_signs.h"
 
+#include "record/block_format.h"
+
 namespace zebx {
 namespace {
 
@@ -19,6 +21,11 @@ bool LooksLikeFrame(const FrameHeader& header) {
   }
   // An I-frame of nothing is how a run of zeros reads.
   return HasContents(header) || !header.IsIFrame();
+}
+
+bool IsNewBlock(const FrameHeader& header, ULONGLONG block) {
+  const DWORD previous = header.m_type | DWORD{header.m_flags} << 16;
+  return previous == block && header.m_time_stamp == kNoBlock && header.m_video_bytes == 0;
 }
 
 bool HasContents(const FrameHeader& header) {

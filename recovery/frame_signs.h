@@ -12,6 +12,10 @@ inline constexpr DWORD kMaxFramePartBytes = 64 << 20;
 // within reason, and something inside.
 bool LooksLikeFrame(const FrameHeader& header);
 
+// Whether it is no frame but the block header, or the first bytes of it, that a writer has put
+// behind the open block at `block`.
+bool IsNewBlock(const FrameHeader& header, ULONGLONG block);
+
 // Whether there is something inside that zeros and small numbers in a row do not make up.
 bool HasContents(const FrameHeader& header);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 
 #include "platform/framework/file.h"
 #include "recovery/frame_signs.h"
@@ -14,6 +15,8 @@ constexpr std::size_t kSearchBytes = 64 * 1024;
 constexpr int kConvincingFrames = 3;
 // A run is given up behind so many frames: none of them convinces, or the end is too far.
 constexpr int kMostFramesOfRun = 64;
+// So many in a row, each at the time of the one before it, are more than a payload holds by chance.
+constexpr int kFirmFrames = 8;
 
 // What every block header keeps, before anything around it is looked at.
 bool HasBlockShape(std::span<const BYTE> bytes, ULONGLONG offset) {
@@ -27,6 +30,12 @@ bool HasBlockShape(std::span<const BYTE> bytes, ULONGLONG offset) {
                       header.m_next > offset + kBlockHeaderBytes;
   const bool linked = header.m_previous == kNoBlock || header.m_previous < offset;
   return (open || closed) && linked;
+}
+
+// More than that it follows: numbers that repeat themselves make frames that do, too.
+bool IsSurelyBehind(const FrameHeader& ahead, const FrameHeader& header) {
+  return Follows(ahead, header) && header.m_time_stamp != ahead.m_time_stamp &&
+         ((header.m_flags ^ ahead.m_flags) & kFrameRT) == 0;
 }
 
 }  // namespace
@@ -96,6 +105,15 @@ bool RecordingBytes::StartsWithFrameOf(ULONGLONG block_offset, const BlockHeader
 bool RecordingBytes::IsPointedBackAt(ULONGLONG offset, const BlockHeader& header) {
   const auto next = header.m_next < m_length ? BlockAt(header.m_next) : std::nullopt;
   return next && next->m_previous == offset;
+}
+
+bool RecordingBytes::IsNextOf(DWORD previous, ULONGLONG offset, const BlockHeader& header) {
+  if (previous == kNoBlock || header.m_previous != previous) return false;
+  const auto block = BlockAt(previous);
+  if (!block) return false;
+  // A new block reaches the disk before the header of the one that it ends.
+  if (block->m_next == kNoBlock) return header.m_next == kNoBlock;
+  return std::popcount(block->m_next ^ offset) <= 1;
 }
 
 bool RecordingBytes::IsBlock(ULONGLONG offset, DWORD previous) {
@@ -171,8 +189,7 @@ ULONGLONG RecordingBytes::FindChainedBlock(ULONGLONG offset, DWORD previous) {
     const auto bytes = m_near.At(offset, kBlockHeaderBytes);
     if (!HasBlockShape(bytes, offset)) continue;
     const auto header = BlockHeader::Parse(bytes.first<kBlockHeaderBytes>());
-    if (previous != kNoBlock && header.m_previous == previous) return offset;
-    if (IsPointedBackAt(offset, header)) return offset;
+    if (IsNextOf(previous, offset, header) || IsPointedBackAt(offset, header)) return offset;
   }
   return m_length;
 }
@@ -189,7 +206,9 @@ ULONGLONG RecordingBytes::FindRunAcross(ULONGLONG begin, ULONGLONG end, ULONGLON
 bool RecordingBytes::LeadTo(ULONGLONG offset, ULONGLONG end, std::optional<FrameHeader> ahead) {
   while (offset < end) {
     const auto header = FrameAt(offset);
-    if (!header || !HasContents(*header) || (ahead && !Follows(*ahead, *header))) return false;
+    if (!header || !HasContents(*header) || (ahead && !IsSurelyBehind(*ahead, *header))) {
+      return false;
+    }
     if (ahead) ahead = header;
     offset += header->TotalBytes();
   }
@@ -197,10 +216,21 @@ bool RecordingBytes::LeadTo(ULONGLONG offset, ULONGLONG end, std::optional<Frame
   return offset == end && (!ahead || !behind || IsBlock(end, kNoBlock) || Follows(*ahead, *behind));
 }
 
+bool RecordingBytes::LeadOn(ULONGLONG offset, ULONGLONG limit, FrameHeader ahead) {
+  for (int frames = 0; frames < kFirmFrames; ++frames) {
+    if (offset == limit || IsBlock(offset, kNoBlock)) return true;
+    const auto header = FrameAt(offset);
+    if (!header || !HasContents(*header) || !IsSurelyBehind(ahead, *header)) return false;
+    ahead = *header;
+    offset += header->TotalBytes();
+  }
+  return offset <= limit;
+}
+
 bool RecordingBytes::LeadsAcross(ULONGLONG offset, ULONGLONG end, ULONGLONG limit, DWORD stamp) {
   for (int frames = 0; frames < kMostFramesOfRun; ++frames) {
     const auto header = FrameAt(offset);
-    if (!header || !StampsFit(stamp, header->m_time_stamp)) {
+    if (!header || !HasContents(*header) || !StampsFit(stamp, header->m_time_stamp)) {
       return offset > end && (offset == limit || IsBlock(offset, kNoBlock));
     }
     if (offset > end) return true;

@@ -62,7 +62,7 @@ class RecordingBytes {
   // each a few headers further on at most.
   ULONGLONG FindSync(ULONGLONG offset, ULONGLONG limit, std::optional<DWORD> last_stamp);
   // The first block header from `offset` on that the chain confirms: the next block points back at
-  // it, or it points back at `previous`. Length() if none.
+  // it, or it points back at `previous`, which leads there or is open. Length() if none.
   ULONGLONG FindChainedBlock(ULONGLONG offset, DWORD previous);
   // The first offset from `begin` to `end` where frames begin that fit `stamp` and that lead, one
   // behind the other, to something beyond `end`; `end` if none.
@@ -70,12 +70,16 @@ class RecordingBytes {
   // Whether frames lead, one behind the other, from `offset` to `end` exactly; with `ahead`, the
   // frame before them, each follows the other in time as well.
   bool LeadTo(ULONGLONG offset, ULONGLONG end, std::optional<FrameHeader> ahead);
+  // Whether frames lead, each later than the other and of its kind, from `offset`, behind `ahead`,
+  // to `limit` or a block header exactly, or are too many to be an accident.
+  bool LeadOn(ULONGLONG offset, ULONGLONG limit, FrameHeader ahead);
 
  private:
   std::span<const BYTE> Bytes(ULONGLONG offset, std::size_t count);
   bool IsFrameRun(ULONGLONG offset, ULONGLONG limit, std::optional<DWORD> last_stamp);
   bool LeadsAcross(ULONGLONG offset, ULONGLONG end, ULONGLONG limit, DWORD stamp);
   bool StartsWithFrameOf(ULONGLONG block_offset, const BlockHeader& header);
+  bool IsNextOf(DWORD previous, ULONGLONG offset, const BlockHeader& header);
   bool IsPointedBackAt(ULONGLONG offset, const BlockHeader& header);
   // False when the work is cancelled. Cheap enough to be asked at every byte.
   bool Pass(ULONGLONG offset) { return offset % 4096 != 0 || m_progress.Pass(offset, m_length); }

@@ -46,13 +46,11 @@ class Checker {
   void FollowChain(ULONGLONG offset) {
     DWORD previous = kNoBlock;
     while (const auto block = ReadBlock(offset, previous)) {
-      if (block->header.m_next == kNoBlock) {
-        CheckLastBlock(*block);
-        return;
-      }
       previous = static_cast<DWORD>(offset);
-      if (!CheckClosedBlock(*block) || m_progress.IsCancelled()) return;
-      offset = block->header.m_next;
+      const auto next =
+          block->header.m_next == kNoBlock ? CheckLastBlock(*block) : CheckClosedBlock(*block);
+      if (!next || m_progress.IsCancelled()) return;
+      offset = *next;
     }
   }
 
@@ -77,48 +75,55 @@ class Checker {
     return block;
   }
 
-  // False when the chain cannot be followed beyond the block.
-  bool CheckClosedBlock(const CheckedBlock& block) {
+  // Where the next block stands; nothing when the chain cannot be followed beyond this one.
+  std::optional<ULONGLONG> CheckClosedBlock(const CheckedBlock& block) {
     const ULONGLONG next = block.header.m_next;
     if (next < block.offset + kBlockHeaderBytes) {
       Report(block, Kind::kNextLink, block.offset, next);
       CheckFrames(block, m_length, true);
-      return false;
+      return std::nullopt;
     }
     if (block.header.m_frames == 0) Report(block, Kind::kEmptyBlock, block.offset);
     if (next > m_length) {
       const ULONGLONG end = CheckFrames(block, m_length, true);
       Report(block, Kind::kCutBlock, m_length, m_length - std::min(end, m_length), next);
-      return false;
+      return std::nullopt;
     }
     const ULONGLONG end = CheckFrames(block, next, true);
     if (end < next) Report(block, Kind::kBytesLeftOver, end, next - end);
-    return true;
+    ++m_closed_blocks;
+    return next;
   }
 
-  void CheckLastBlock(const CheckedBlock& block) {
+  // Where the writer has put a further block, when it died before this one led there.
+  std::optional<ULONGLONG> CheckLastBlock(const CheckedBlock& block) {
     const ULONGLONG body = block.offset + kBlockHeaderBytes;
     if (block.header.m_frames > 0) {
       const ULONGLONG end = CheckFrames(block, m_length, true);
       Report(block, Kind::kNoBlockBehind, block.offset);
       if (end < m_length) Report(block, Kind::kBytesLeftOver, end, m_length - end);
-      return;
+      return std::nullopt;
     }
-    if (body != m_length) {
-      CheckOpenBlock(block, body);
-    } else if (block.number == 0) {
+    if (body != m_length) return CheckOpenBlock(block, body);
+    if (block.number == 0) {
       Report({Severity::kUnfinished, Kind::kNoFrameYet, block.offset, block.number});
     } else {
-      m_terminated = true;
+      m_terminated = !m_summary.unfinished;
     }
+    return std::nullopt;
   }
 
   // Only the writer's death leaves frames behind an empty block header.
-  void CheckOpenBlock(const CheckedBlock& block, ULONGLONG body) {
+  std::optional<ULONGLONG> CheckOpenBlock(const CheckedBlock& block, ULONGLONG body) {
     const ULONGLONG before = m_summary.frames;
     const ULONGLONG end = CheckFrames(block, m_length, false);
     const ULONGLONG frames = m_summary.frames - before;
     const auto next = FrameAt(end);
+    if (frames > 0 && next && IsNewBlock(*next, block.offset) &&
+        m_length - end >= kBlockHeaderBytes) {
+      Report({Severity::kUnfinished, Kind::kOpenBlock, block.offset, block.number, -1, frames});
+      return end;
+    }
     const bool is_cut_frame =
         m_length - end < kVoicedFrameHeaderBytes || (next && LooksLikeFrame(*next));
     if (frames > 0 || is_cut_frame || IsZeroFrom(end)) {
@@ -129,6 +134,7 @@ class Checker {
     if (!is_cut_frame && !IsZeroFrom(end)) {
       Report(block, Kind::kBytesLeftOver, frames > 0 ? end : body, m_length - end);
     }
+    return std::nullopt;
   }
 
   bool IsZeroFrom(ULONGLONG offset) {
@@ -148,7 +154,9 @@ class Checker {
       if (!m_progress.Pass(offset, m_length) || (!finished && offset == limit)) break;
       const auto header = FrameAt(offset);
       const bool whole = header && offset + header->TotalBytes() <= limit;
-      if (!whole || (!finished && !LooksLikeFrame(*header))) {
+      const bool is_frame =
+          finished || (whole && LooksLikeFrame(*header) && !IsNewBlock(*header, block.offset));
+      if (!whole || !is_frame) {
         if (finished && limit < m_length) ReportBrokenFrame(block, index, offset, header, limit);
         break;
       }
@@ -221,8 +229,12 @@ class Checker {
     }
     const DWORD begin_stamp = info.GetBeginTimeStamp();
     if (begin_stamp != m_summary.first_stamp) {
-      // Clips of files of prepared blocks begin with the first block header's stamp.
-      Report({begin_stamp == m_first_block_stamp ? Severity::kNote : Severity::kDamage,
+      // Clips of files of prepared blocks begin with the first block header's stamp. A writer that
+      // closes the first block brings the header up to date behind it.
+      const bool is_behind = !m_terminated && m_closed_blocks == 1;
+      Report({begin_stamp == m_first_block_stamp ? Severity::kNote
+              : is_behind                        ? Severity::kUnfinished
+                                                 : Severity::kDamage,
               Kind::kBeginTimeStamp, RecordingHeader::kBeginTimeStampAt, -1, -1, begin_stamp,
               m_summary.first_stamp});
       return;
@@ -253,6 +265,7 @@ class Checker {
   ProgressMeter m_progress;
   ULONGLONG m_length = 0;
   DWORD m_first_block_stamp = 0;
+  int m_closed_blocks = 0;
   bool m_terminated = false;  // the chain led to its last, empty block
   CheckSummary m_summary;
 };

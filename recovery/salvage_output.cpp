@@ -51,7 +51,7 @@ SalvageOutput::Answer SalvageOutput::Append(CZebFrameData& frame, CTime begin) {
 
 bool SalvageOutput::OpenFile(CTime begin, DWORD first_stamp) {
   const CString path = PathOf(m_files.size() + 1);
-  if (!m_replace && CurrentFileSystem().Status(path)) {
+  if (!m_replace && CurrentFileSystem().LinkStatus(path)) {
     m_is_in_the_way = true;
     m_failure = "'" + path + "' exists already";
     return false;

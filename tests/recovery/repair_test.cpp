@@ -127,6 +127,41 @@ TEST_F(Repair, AnyCallMayFailOrBeTheLastAndARecordingIsThere) {
   }
 }
 
+// Between any two of the writes that start and close a block, too.
+TEST_F(Repair, FinishesWhatAWriterLeavesThatDiesAtAnyWrite) {
+  for (const std::size_t prefix : {0, 15, 16}) {
+    for (std::uint64_t write = 3;; ++write) {  // the first two make the file
+      SCOPED_TRACE(std::to_string(write) + " with " + std::to_string(prefix));
+      const MemoryFileSystem disk;
+      std::size_t written = 0;
+      {
+        FaultyFileSystem faulty;
+        faulty.CutPowerAt(FaultyFileSystem::kWrite, write, prefix);
+        CZebFileInfo info = MakeInfo("r.zebz");
+        CZebFile file;
+        file.Open(&info, kZebFileWrite);
+        CZebFrameData data;
+        for (const TestFrame& frame : m_frames) {
+          Fill(data, frame);
+          written += file.WriteOneFrame(&data) == zebx::kFrameWritten ? 1 : 0;
+        }
+        try {
+          file.Close();
+        } catch (const CFileException&) {
+          // The power is gone.
+        }
+        if (faulty.Failures() == 0) break;
+      }
+      const auto outcome = zebx::FinishRecording("r.zebz")->outcome;
+      if (written == 0) continue;
+      EXPECT_TRUE(outcome == Outcome::kFinished || outcome == Outcome::kWhole) << NameOf(outcome);
+      const std::vector<TestFrame> frames = ReadFrames("r.zebz");
+      EXPECT_GE(frames.size(), written);
+      EXPECT_TRUE(std::equal(frames.begin(), frames.end(), m_frames.begin()));
+    }
+  }
+}
+
 TEST_F(Repair, CallbackEndsItAndNothingIsLeftBehind) {
   MemoryFileSystem disk;
   disk.Put("r.zebz", m_unfinished);

@@ -68,6 +68,18 @@ std::vector<Frames> SmallRecordings() {
           Black(MakeFrames(7, 3, 70), Hex("01000000 20000000"))};
 }
 
+// Recordings whose frames hold other recordings, or numbers that make frames of a fresh tick count.
+std::vector<Frames> MisleadingRecordings() {
+  Frames nested = MakeFrames(6);
+  for (TestFrame& frame : nested) frame.video = MakeRecording(MakeFrames(20, 1));
+  Frames wrapping = Black(MakeFrames(7, 3, 70), Hex("04000000 00000000 18000000 00000000"));
+  for (TestFrame& frame : wrapping) {
+    frame.flags &= static_cast<WORD>(~zebx::kFrameEncoderTypeMask);
+    frame.time_stamp -= kTestFirstStamp + 80;
+  }
+  return {nested, wrapping};
+}
+
 // `saved` without the one frame in it that is none of `frames`, if there is one.
 Frames WithoutStranger(Frames saved, const Frames& frames) {
   const auto stranger = std::ranges::find_if(
@@ -97,7 +109,9 @@ TEST_F(Salvage, AnyFlippedBitCostsAtMostTheFrameThatItHits) {
 }
 
 TEST_F(Salvage, CutAnywhereEveryWholeFrameComesBackAndNoOther) {
-  for (const Frames& frames : SmallRecordings()) {
+  std::vector<Frames> recordings = SmallRecordings();
+  std::ranges::move(MisleadingRecordings(), std::back_inserter(recordings));
+  for (const Frames& frames : recordings) {
     const auto ends = FrameEnds(MakeRecording(frames), frames);
     for (const bool finished : {true, false}) {
       const std::string whole = MakeRecording(frames, finished);
