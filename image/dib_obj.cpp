@@ -110,6 +110,8 @@ int CDibObj::LoadBmp(const CString& path) {
     }
   } catch (const CFileException&) {
     // No picture, like one that is cut short.
+  } catch (const std::bad_alloc&) {
+    // A file may be longer than the memory without taking room on the disk.
   }
   Destroy();
   return 0;

@@ -20,10 +20,10 @@ class ZEBX_API CDibObj : public CObject {
   CDibObj& operator=(const CDibObj&) = delete;
 
   // Both first make the object empty, and leave it so when they fail. 1, or 0 when there is no such
-  // resource or file, a file is no BMP file or the disk fails, and when the picture's own sizes
-  // lead beyond the bytes there are. Of a file, the pixel rows are taken to follow the colour table
-  // at once, wherever its header says they begin. Rows that come from the top down (a negative
-  // height) are turned over, and the height with them.
+  // resource or file, a file is no BMP file or larger than the memory, the disk fails, and when the
+  // picture's own sizes lead beyond the bytes there are. Of a file, the pixel rows are taken to
+  // follow the colour table at once, wherever its header says they begin. Rows that come from the
+  // top down (a negative height) are turned over, and the height with them.
   int LoadBmp(UINT resource_id);
   int LoadBmp(const CString& path);
   // Creates (or empties) the file and writes the picture as it is held. 1, or 0 for an empty object

@@ -65,11 +65,11 @@ class ZEBX_API CImage {
   // picture and for another format. Throws CFileException when the disk refuses the bytes.
   int SaveImageAs(ImageFormat format, const CString& path);
   // Reads the snapshot file. 1 when a picture is held afterwards, also one from before; 0 for a
-  // format other than 0 to 2. A file that is no uncompressed 24-bit picture, or does not hold it
-  // whole, leaves a picture held with its sizes; without one, width and height become those that
-  // the file claims. Rows that come from the top down (a negative height) are turned over. A file
-  // whose trailer is cut short or has a name of more than 255 bytes gives what stands before that.
-  // Throws CFileException when the disk fails.
+  // format other than 0 to 2. A file that is no uncompressed 24-bit picture, does not hold it
+  // whole, or holds a larger one than the memory, leaves a picture held with its sizes; without
+  // one, width and height become those that the file claims. Rows that come from the top down (a
+  // negative height) are turned over. A file whose trailer is cut short or has a name of more than
+  // 255 bytes gives what stands before that. Throws CFileException when the disk fails.
   int LoadImageAs(ImageFormat format, const CString& path);
 
  protected:

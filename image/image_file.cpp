@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdlib>
 #include <limits>
+#include <memory>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -161,7 +163,12 @@ bool CImage::LoadPicture(CFile& file) {
   // is how snapshots are read everywhere. A trailer within that distance is swallowed.
   const ULONGLONG bytes =
       ULONGLONG{RoundUpToFour(width)} * RoundUpToFour(height) * kSnapshotPixelBytes;
-  auto raw_image = std::make_shared<BYTE[]>(static_cast<std::size_t>(bytes));
+  std::shared_ptr<BYTE[]> raw_image;
+  try {
+    raw_image = std::make_shared<BYTE[]>(static_cast<std::size_t>(bytes));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
   file.Read({raw_image.get(), static_cast<std::size_t>(bytes)});
   if (info.m_height < 0)
     TurnRows(raw_image.get(), std::size_t{width} * kSnapshotPixelBytes, height);
