@@ -144,7 +144,9 @@ std::optional<FoundFrame> FrameFinder::Walk::TakeFrameBySigns() {
     // Not when it would swallow frames, among them the one whose time stamp is damaged.
     const ULONGLONG restored_end = m_position + restored->TotalBytes();
     const bool swallows =
-        fits && end < restored_end && m_bytes.LeadTo(end, restored_end, std::nullopt);
+        fits && end < restored_end &&
+        (m_bytes.LeadTo(end, restored_end, std::nullopt) ||
+         m_bytes.FindSync(end, restored_end, header->m_time_stamp) < restored_end);
     return Take(swallows ? *header : *restored, !swallows);
   }
   if (fits &&

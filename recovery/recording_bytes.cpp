@@ -140,8 +140,9 @@ bool RecordingBytes::IsFrameRun(ULONGLONG offset, ULONGLONG limit,
   bool is_rising = true;
   std::optional<DWORD> stamp;
   for (int frames = 0; frames < kMostFramesOfRun; ++frames) {
-    // Short runs convince by their place in time, others by going on.
-    const bool in_time = !last_stamp || !stamp || StampsFit(*last_stamp, *stamp);
+    // Short runs convince by their place in time, others by going on: a single frame without such a
+    // place may be anything.
+    const bool in_time = last_stamp ? !stamp || StampsFit(*last_stamp, *stamp) : convincing > 1;
     if (convincing > 0 && in_time && (offset == limit || IsBlock(offset, kNoBlock))) return true;
     const bool cut_off = limit == m_length && limit - offset < kVoicedFrameHeaderBytes;
     const auto header = FrameAt(offset);

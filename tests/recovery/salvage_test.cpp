@@ -200,6 +200,18 @@ TEST_F(Salvage, BlockHeaderThatIsMissingCostsNoFrame) {
   EXPECT_EQ(Run(Without(block, block + 16)), m_frames);
 }
 
+TEST_F(Salvage, DamageInABlockWithoutAHeaderReachesNoOtherBlock) {
+  const std::size_t second = BlockOffsets(m_whole)[1];
+  const auto frames = std::ranges::upper_bound(m_ends, second) - m_ends.begin();
+  for (std::size_t begin = m_first_block; begin + 20 < second; begin += 3) {
+    std::string broken = Without(m_first_block - 20, m_first_block + 13, '\xFF');
+    const Frames saved = Run(broken.replace(begin, 20, 20, '\xFF'));
+    const Frames expected(m_frames.begin() + frames, m_frames.end());
+    ASSERT_GE(saved.size(), expected.size()) << begin;
+    EXPECT_TRUE(std::equal(expected.rbegin(), expected.rend(), saved.rbegin())) << begin;
+  }
+}
+
 TEST_F(Salvage, TakesNoFileOfOthersAndLeavesNoneThatItDoesNotName) {
   m_disk.Put("r", m_whole);
   m_disk.Put("saved", "foreign");
