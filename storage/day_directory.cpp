@@ -100,11 +100,13 @@ CString DayDirectoryName(CTime time) {
   return time.Format("d%Y%m%d");
 }
 
+bool IsDayDirectoryName(std::string_view name) {
+  return name.size() == kNameChars && (name[0] == 'd' || name[0] == 'D') &&
+         std::all_of(name.begin() + kYearAt, name.end(), IsDigit);
+}
+
 std::optional<CTime> ParseDayDirectoryName(std::string_view name) {
-  if (name.size() != kNameChars || (name[0] != 'd' && name[0] != 'D') ||
-      !std::all_of(name.begin() + kYearAt, name.end(), IsDigit)) {
-    return std::nullopt;
-  }
+  if (!IsDayDirectoryName(name)) return std::nullopt;
   return Midnight(NumberOf(name.substr(kYearAt, kMonthAt - kYearAt)),
                   NumberOf(name.substr(kMonthAt, kDayAt - kMonthAt)),
                   NumberOf(name.substr(kDayAt)));

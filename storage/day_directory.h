@@ -19,8 +19,11 @@ LONGLONG SignedMidnightOf(CTime time);
 // Such as d20040412, for the local day of `time`.
 CString DayDirectoryName(CTime time);
 
-// The date of a bare directory name, 'd' in either case; nothing when it is no day's. A month or
-// day out of range is carried over as the calendar does.
+// Whether a bare directory name is a day's: 'd' in either case and eight digits.
+bool IsDayDirectoryName(std::string_view name);
+
+// Its date; nothing when it is no day's. A month or day out of range is carried over as the
+// calendar does.
 std::optional<CTime> ParseDayDirectoryName(std::string_view name);
 
 }  // namespace zebx

@@ -43,7 +43,7 @@ int CHddObj::CompareFunc(const void* left, const void* right) {
 }
 
 int CHddObj::IsVideoDir(const CString& name) {
-  return ParseDayDirectoryName(name) ? 1 : 0;
+  return IsDayDirectoryName(name) ? 1 : 0;
 }
 
 int CHddObj::GetVideoDirDate(CTime& date, const CString& name) {

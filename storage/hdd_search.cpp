@@ -58,25 +58,28 @@ using DayNames = std::unordered_set<CString>;
 std::optional<DayNames> DaysOn(const CString& base_dir) {
   DayNames days;
   const auto keep = [&days](std::string_view name, bool is_directory) {
-    if (is_directory && ParseDayDirectoryName(name)) days.insert(MakeLower(CString(name)));
+    if (is_directory && IsDayDirectoryName(name)) days.insert(MakeLower(CString(name)));
   };
   if (!CurrentFileSystem().List(base_dir, keep)) return std::nullopt;
   return days;
 }
 
-// Hands `step` a moment of every day in the range that the disk has, in one listing of the disk
-// instead of a question for every day since the range began.
+// Hands `step` a moment of every day in the range that the disk may have; it answers whether the
+// day was there. From the first gap on the days are those of one listing of the disk, instead of a
+// question for every day since the range began; before, asking for a day costs less.
 template <typename Step>
 void ForEachDay(const CString& base_dir, LONGLONG first_day, LONGLONG last_day, Step&& step) {
-  if (first_day > last_day) return;
-  const auto days = DaysOn(base_dir);
+  std::optional<DayNames> days;
+  bool has_gap = false;
   // Steps of 24 hours on purpose, which hosts allow for: behind a day of 25 hours each step is at
   // 23:00 of the day before, behind one of 23 hours at 01:00.
   for (LONGLONG day = first_day; day <= last_day; day += kSecondsPerDay) {
     // The day that 1970 began in is that of its first moment.
     const bool is_before_1970 = day < 0 && day > -kSecondsPerDay;
     const CTime moment(is_before_1970 ? 0 : static_cast<DWORD>(day));
-    if (!days || days->contains(DayDirectoryName(moment))) step(moment);
+    if (days && !days->contains(DayDirectoryName(moment))) continue;
+    if (step(moment) || std::exchange(has_gap, true)) continue;
+    if (day + kSecondsPerDay <= last_day) days = DaysOn(base_dir);
   }
 }
 
@@ -148,6 +151,7 @@ void CHddObj::SearchFile(CFileSearchInfo* info) {
   const auto search_day = [&](CTime day) {
     const CString directory = (this->*directory_of_day)(host, day);
     if (!directory.empty()) SearchDirectory(info, directory + "\\");
+    return !directory.empty();
   };
   DWORD date = 0;
   CTime begin, end, moment;

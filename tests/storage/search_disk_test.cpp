@@ -152,8 +152,12 @@ TEST_F(SearchDisk, SearchesSince1970WithOneListing) {
     m_criteria.SetEndTime(At(4, 12));
     EXPECT_EQ(Search(), "first last") << zone;
     EXPECT_LT(counting.CallsOfEveryKind(), 40U);
-    counting.FailCall(FaultyFileSystem::kList, 1);  // of the disk: every day is asked for
+    // Of the disk, behind the first day's own: every day is asked for.
+    counting.FailCall(FaultyFileSystem::kList, 2);
     EXPECT_EQ(Search(), "first last") << zone;
+    m_criteria.SetBeginTime(At(4, 12, 1));
+    counting.FailCall(FaultyFileSystem::kList, 2);  // a day that is there takes its own alone
+    EXPECT_EQ(Words({Search(), counting.Failures()}), "last 1") << zone;
     fs::remove_all(m_d.Path() / CTime().Format("d%Y%m%d"));
   }
 }
