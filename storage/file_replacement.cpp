@@ -43,7 +43,8 @@ class NewFile {
       try {
         m_handle = CurrentFileSystem().Open(m_path, kToMake);
       } catch (const CFileException&) {
-        if (number == kMostNames || !CurrentFileSystem().LinkStatus(m_path)) throw;
+        if (!CurrentFileSystem().LinkStatus(m_path)) throw;
+        if (number == kMostNames) throw CFileException(Cause::kAccessDenied, 0, m_path);
       }
     }
   }

@@ -237,9 +237,14 @@ TEST_F(Dbs, SavesWithTheModeTheOwnerAndTheNeighboursOfTheFile) {
   EXPECT_EQ(Words({status.st_mode & 0777, status.st_uid, status.st_gid}), Words({0640, 12, 34}));
   EXPECT_EQ(ReadWholeFile(file + ".new"), "somebody's");
 
+  // Every name for a new file is taken.
+  for (int i = 1; i <= 100; ++i) WriteWholeFile(file + ".new" + std::to_string(i), "");
+  WriteWholeFile(file, "old");
+  EXPECT_EQ(Words({dbsSaveDatabase(), FileBytes()}), "1 " + kTwoDisksFile);
+
   fs::remove(file);
   fs::create_directory(file);
-  EXPECT_EQ(Words({dbsSaveDatabase(), fs::exists(file + ".new1")}), "0 0");
+  EXPECT_EQ(Words({dbsSaveDatabase(), fs::exists(file + ".new101")}), "0 0");
 }
 
 // The disk refuses to tell what the file holds, and the default disk is made: its list must not

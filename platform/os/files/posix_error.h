@@ -24,6 +24,7 @@ inline CFileException::Cause CauseOf(int os_error) {
     case EROFS:
     case EISDIR:
     case ETXTBSY:
+    case EBUSY:
       return Cause::kAccessDenied;
     case EWOULDBLOCK:
       return Cause::kSharingViolation;
