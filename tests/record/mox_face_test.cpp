@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/os/graphics/graphics.h"
-#include "platform/os/windows/windows.h"
+#include "tests/support/window_fixture.h"
 
 namespace {
 
@@ -83,9 +83,10 @@ TEST(MoxFace, IsCutOutBottomUpInsideTheRowsWithAWidthOfWholeWords) {
   }
 }
 
-TEST(MoxFace, IsDrawnIntoAWindow) {
-  HWND window = os::CreateWindow(nullptr, "face", {0, 0, 4, 4},
-                                 [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; });
+using MoxFaceOnScreen = WindowTest;
+
+TEST_F(MoxFaceOnScreen, IsDrawnIntoAWindow) {
+  HWND window = Make(AddParameters, nullptr, {0, 0, 4, 4});
   CMoxFace face;
   EXPECT_EQ(face.Show(window, {0, 0, 3, 2}), 0) << "no picture";
   face.Create(nullptr, kRecord.data(), CTime());

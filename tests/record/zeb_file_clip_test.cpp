@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <tuple>
 
 #include "platform/os/clock.h"
 #include "tests/support/memory_file_system.h"
@@ -24,10 +25,7 @@ class ZebFileClip : public testing::Test {
 
 TEST_F(ZebFileClip, CutsBlocksOutAndRelinksThem) {
   ASSERT_EQ(OpenBlocks({30, 30, 30, 30, 0}), 1);  // a block lasts 1.2 s
-  const struct {
-    int m_from, m_to, m_index;
-    const char *m_blocks, *m_header;
-  } cases[] = {
+  const std::tuple<int, int, int, const char*, const char*> cases[] = {
       {0, 2, 5, "30@1000 30@2200 5@3400 0@3560", "1000000000-1000000002, stamp 1000"},
       {1, 1, 30, "30@2200 0@3360", "1000000001-1000000002, stamp 2200"},
       {2, 2, 1, "1@3400 0@3400", "1000000002-1000000002, stamp 3400"},
@@ -82,11 +80,7 @@ class AlarmPreview : public ZebFileClip {
 };
 
 TEST_F(AlarmPreview, ChoosesTheBlockToStartAt) {
-  const struct {
-    std::vector<int> m_frames_of_blocks;
-    DWORD m_blocks;
-    std::vector<int> m_copied;
-  } cases[] = {
+  const std::tuple<std::vector<int>, DWORD, std::vector<int>> cases[] = {
       {{1, 1, 1, 1}, 2, {2, 3}}, {{1, 1, 1, 1}, 9, {0, 1, 2, 3}},
       {{1, 1, 0, 1}, 2, {1, 2}},  // the block before
       {{1, 0, 0, 0, 1}, 3, {}},   // the block behind, or none

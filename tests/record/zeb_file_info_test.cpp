@@ -6,7 +6,6 @@
 #include <tuple>
 
 #include "tests/support/expect_forms.h"
-#include "tests/support/memory_file_system.h"
 
 namespace {
 
@@ -97,15 +96,6 @@ TEST(ZebFileInfo, RT8PortRecordingsHaveSizesOfTheirOwn) {
     EXPECT_NE(ReadFileForm(info, form), 0U);
     EXPECT_EQ(std::pair(info.GetWidth(), info.GetHeight()), std::pair(width, height));
   }
-}
-
-TEST(ZebFileInfo, CreateReadsTheHeaderOfAFile) {
-  MemoryFileSystem disk;
-  CZebFileInfo info;
-  EXPECT_EQ(info.Create("fp"), 0);
-  disk.Put("fp", kFileForm + std::string(12345 - kFileForm.size(), 'b'));
-  EXPECT_EQ(info.Create("fp"), 1);
-  EXPECT_EQ(FileFormOf(info) + BufferForm(info), kFileForm + kBufferForm);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <tuple>
 
 #include "platform/framework/error_report.h"
 #include "platform/os/clock.h"
@@ -45,10 +46,7 @@ class ZebFileReader : public testing::Test {
 TEST_F(ZebFileReader, ReadsFramesInOrderAndAtRandom) {
   ASSERT_EQ(OpenBlocks({3, 0, 2, 1, 0}), 1);
   EXPECT_EQ(Position(), "0:0");
-  const struct {
-    int m_block, m_index;
-    const char *m_found, *m_position, *m_next;
-  } cases[] = {
+  const std::tuple<int, int, const char*, const char*, const char*> cases[] = {
       {-1, 9, "picture 1 at 0:1", "0:2", "picture 2 at 0:2"},
       {0, 0, "picture 0 at 0:0", "0:1", "picture 1 at 0:1"},
       {0, 2, "picture 2 at 0:2", "0:3", "picture 3 at 2:0"},

@@ -44,10 +44,8 @@ class ZebFileWriter : public testing::Test {
 };
 
 TEST_F(ZebFileWriter, StartsBlocksAtTheIFrameBehindEnoughFrames) {
-  const struct {
-    FrameRun m_run;  // one frame a millisecond
-    const char* m_blocks;
-  } cases[] = {
+  const std::pair<FrameRun, const char*> cases[] = {
+      // one frame a millisecond
       {{250, 25, 0}, "125@1000 125@1125 0@500"},
       {{205, 1, 0}, "101@1000 101@1101 3@1202 0@500"},
       {{300, 200, 0}, "200@1000 100@1200 0@500"},
@@ -96,10 +94,7 @@ TEST_F(ZebFileWriter, TheFirstPreAlarmFrameMovesTheBeginBack) {
   m_info.SetEndTime(CTime(6000));
   m_info.SetBeginTimeStamp(10000);
   m_info.SetGmt(11);  // of the alarm's moment: not to be computed anew
-  const struct {
-    DWORD m_stamp;
-    const char *m_header, *m_blocks;
-  } cases[] = {
+  const std::tuple<DWORD, const char*, const char*> cases[] = {
       {4500, "4995-4995, stamp 4500, gmt 11, flags 0", "101@4500 1@4601 0@500"},
       {12000, "5000-6000, stamp 12000, gmt 11, flags 0", "101@12000 1@12101 0@500"},
   };

@@ -3,23 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
-#include <new>
+#include <tuple>
 
+#include "tests/support/counted_memory.h"
 #include "tests/support/expect_forms.h"
-
-static bool is_out_of_memory = false;
-
-[[gnu::noinline]] void* operator new(std::size_t bytes) {
-  void* memory = is_out_of_memory ? nullptr : std::malloc(bytes);
-  return memory != nullptr ? memory : throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace {
 
@@ -77,11 +64,11 @@ TEST(ZebFrameData, TextsAreCutAt255AndEmptyOnesKeepTheOld) {
   CZebFrameData frame;
   EXPECT_EQ(ReadBufferForm(frame, fixed + '\xff' + std::string(255, 'r') + '\0'), 269U);
   EXPECT_EQ(frame.GetFrameRate(), std::string(255, 'r'));
-  is_out_of_memory = true;  // writing needs none
   std::array<BYTE, 300> form;
   BYTE* cursor = form.data();
+  counted_memory::calls_left = 0;  // writing needs none
   const DWORD bytes = frame.Write(cursor);
-  is_out_of_memory = false;
+  counted_memory::calls_left = -1;
   EXPECT_EQ(bytes, 12U + 2U + 255U + 8U);
 }
 
@@ -127,12 +114,8 @@ TEST(ZebFrameData, FlagsAnswerTheirBits) {
 }
 
 TEST(ZebFrameData, RateTextsFollowThePeriod) {
-  const struct {
-    int m_frames;  // in all, the last one after `m_elapsed_ms`
-    DWORD m_elapsed_ms;
-    WORD m_last_type, m_flags;
-    const char* m_rates;
-  } cases[] = {
+  // The frames in all, the last one after so many milliseconds; its type and flags.
+  const std::tuple<int, DWORD, WORD, WORD, const char*> cases[] = {
       {26, 1000, 0, 0, "26f/s 0.10KB/s"},  {31, 1000, 0, 0x8000, "30f/s 0.20KB/s"},
       {11, 10, 1, 0, "30f/s 0.00KB/s"},     // no I-frame: no new code rate
       {10, 1000, 0, 1, "0.00f/s 0.0KB/s"},  // too few frames for a frame rate, and no video

@@ -25,11 +25,7 @@ class RecordingCheck : public testing::Test {
 };
 
 TEST_F(RecordingCheck, NamesTheDamagedFieldAndItsOffset) {
-  struct {
-    std::size_t at;
-    std::size_t reported_at;
-    Kind kind;
-  } const cases[] = {
+  const std::tuple<std::size_t, std::size_t, Kind> cases[] = {
       {1, 0, Kind::kNoMagic},
       {4, 4, Kind::kVersion},
       {8, 8, Kind::kHeaderSize},
@@ -47,14 +43,14 @@ TEST_F(RecordingCheck, NamesTheDamagedFieldAndItsOffset) {
       {m_ends[2] + 10, m_ends[2], Kind::kFrameTooLong},
       {m_ends[2] + 7, m_ends[2], Kind::kStampGoesBack},
   };
-  for (const auto& one : cases) {
-    SCOPED_TRACE(NameOf(one.kind));
+  for (const auto& [at, reported_at, kind] : cases) {
+    SCOPED_TRACE(NameOf(kind));
     std::string broken = m_whole;
-    broken[one.at] = static_cast<char>(broken[one.at] ^ 0xFF);
+    broken[at] = static_cast<char>(broken[at] ^ 0xFF);
     const zebx::RecordingCheck check = Check(broken);
     EXPECT_GT(check.summary.damages, 0U);
     EXPECT_TRUE(std::ranges::any_of(check.findings, [&](const zebx::Finding& finding) {
-      return finding.kind == one.kind && finding.offset == one.reported_at;
+      return finding.kind == kind && finding.offset == reported_at;
     }));
   }
 }
