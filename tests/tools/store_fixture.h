@@ -38,16 +38,12 @@ class StoreFixture : public testing::Test {
   }
 
   // The database on d:\dvr, or on both drives.
-  void Init(const std::vector<std::string>& disk_options = {"--recycle", "--reserved", "1"},
-            bool both = false) {
-    std::vector<std::string> arguments = {"store", "init", "d:\\dvr"};
-    arguments.insert(arguments.end(), disk_options.begin(), disk_options.end());
-    const ToolRun run = Run(arguments);
-    ASSERT_EQ(run.status, 0) << run.err;
-    if (!both) return;
-    arguments[1] = "add";
-    arguments[2] = "e:\\dvr";
-    ASSERT_EQ(Run(arguments).status, 0);
+  void Init(bool both = false) {
+    for (const char letter : both ? std::string("de") : std::string("d")) {
+      const ToolRun run = Run({"store", letter == 'd' ? "init" : "add",
+                               letter + std::string(":\\dvr"), "--recycle", "--reserved", "1"});
+      ASSERT_EQ(run.status, 0) << run.err;
+    }
   }
 
   // A file of a day's directory.

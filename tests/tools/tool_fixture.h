@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/os/clock.h"
+#include "record/mox_file.h"
 #include "tests/support/made_recording.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/temp_dir.h"
@@ -63,4 +64,18 @@ inline std::string MakeY4m(int width, int height, int frames, const std::string&
     video += "FRAME\n" + MakePicture(width, height, number);
   }
   return video;
+}
+
+// A face file of pictures of one grey, 10 brighter and a second later from face to face.
+inline void MakeFaces(const std::string& path, int count) {
+  CMoxFile faces;
+  faces.SetHostName("recorder");
+  faces.SetCameraName("gate");
+  faces.SetCameraIndex(1);
+  faces.Open(path.c_str(), 1);
+  for (int face = 0; face < count; ++face) {
+    const std::vector<BYTE> picture(100 * 120, static_cast<BYTE>(10 * face));
+    faces.Write(picture.data(), kTestBeginSeconds + static_cast<DWORD>(face));
+  }
+  faces.Close();
 }

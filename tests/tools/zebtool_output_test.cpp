@@ -5,7 +5,6 @@
 #include <functional>
 #include <set>
 
-#include "record/mox_file.h"
 #include "tests/tools/tool_fixture.h"
 
 using namespace zebx;
@@ -26,10 +25,7 @@ class ToolOutput : public testing::Test {
     const std::string video = In("video.y4m");
     WriteWholeFile(video, MakeY4m(16, 16, 2));
     EXPECT_EQ(RunTool({"import", video, In("r.zebz")}).status, 0);
-    CMoxFile faces;
-    EXPECT_EQ(faces.Open(In("f.face").c_str(), 1), 1);
-    faces.Write(std::vector<BYTE>(100 * 120).data(), kTestBeginSeconds);
-    faces.Close();
+    MakeFaces(In("f.face"), 1);
     fs::create_directory(m_out);
     const std::string r = In("r.zebz");
     m_jobs = {{{"import", video, Out("o.zebz")}, "o.zebz"},
@@ -91,10 +87,7 @@ TEST_F(ToolOutput, FileThatIsThereIsReplacedByForceAlone) {
 }
 
 TEST_F(ToolOutput, WhatIsNoFileOrProtectedStaysWhatItIs) {
-  const struct {
-    const char* said;
-    std::function<void(const std::string& path)> make;
-  } cases[] = {
+  const std::pair<const char*, std::function<void(const std::string& path)>> cases[] = {
       {"is a directory", [](const std::string& path) { fs::create_directory(path); }},
       {"leads nowhere", [](const std::string& path) { fs::create_symlink("nowhere", path); }},
       {"is a device or a pipe", [](const std::string& path) { mkfifo(path.c_str(), 0600); }},
@@ -105,16 +98,16 @@ TEST_F(ToolOutput, WhatIsNoFileOrProtectedStaysWhatItIs) {
        }},
   };
   for (const Job& job : m_jobs) {
-    for (const auto& one : cases) {
+    for (const auto& [said, make] : cases) {
       // Video is written into a pipe, where somebody has to read it.
-      if (job.output == "o.y4m" && Contains(one.said, "pipe")) continue;
-      SCOPED_TRACE(job.arguments[0] + ' ' + job.output + ' ' + one.said);
+      if (job.output == "o.y4m" && Contains(said, "pipe")) continue;
+      SCOPED_TRACE(job.arguments[0] + ' ' + job.output + ' ' + said);
       Clear();
-      one.make(Out(job.output));
+      make(Out(job.output));
       const auto before = fs::symlink_status(Out(job.output));
       const ToolRun run = Forced(job);
       EXPECT_EQ(run.status, 1);
-      EXPECT_TRUE(Contains(run.err, one.said)) << run.err;
+      EXPECT_TRUE(Contains(run.err, said)) << run.err;
       const auto after = fs::symlink_status(Out(job.output));
       EXPECT_EQ(after.type(), before.type());
       EXPECT_EQ(after.permissions(), before.permissions());

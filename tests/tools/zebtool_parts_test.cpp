@@ -1,10 +1,9 @@
-// The tool's own parts: numbers and moments as text, rates, JSON, suggestions.
+// The tool's own parts: numbers and moments as text, rates, JSON.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
 #include "tools/zebtool/console/json_text.h"
-#include "tools/zebtool/console/nearest_word.h"
 #include "tools/zebtool/console/text.h"
 #include "tools/zebtool/media/frame_rate.h"
 
@@ -26,13 +25,6 @@ TEST(Text, MomentsAreTakenInThreeFormsAndNoOther) {
 TEST(JsonText, TakesWhateverNamesHold) {
   EXPECT_EQ(JsonText({{"a\"\n\x7F\xC3\xBC", Json::array({"\xFF", 1})}}),
             "{\n  \"a\\\"\\n\x7F\xC3\xBC\": [\n    \"\xC3\xBF\",\n    1\n  ]\n}");
-}
-
-TEST(NearestWord, IsTheOneThatWasMeant) {
-  const std::vector<std::string> words = {"import", "info", "verify", "export"};
-  const std::pair<const char*, const char*> cases[] = {
-      {"inof", "info"}, {"imort", "import"}, {"exports", "export"}, {"play", ""}, {"", ""}};
-  for (const auto& [typed, meant] : cases) EXPECT_EQ(NearestWord(typed, words), meant) << typed;
 }
 
 TEST(FrameRate, WellKnownRatesAreFoundBehindWholeMilliseconds) {

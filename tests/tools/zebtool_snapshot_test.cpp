@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "image/image.h"
-#include "record/mox_file.h"
 #include "tests/tools/tool_fixture.h"
 
 using namespace zebx;
@@ -57,17 +56,15 @@ class ZebtoolSnapshot : public testing::Test {
 };
 
 TEST_F(ZebtoolSnapshot, IsThePictureOfTheFrameOrTheMoment) {
-  const struct {
-    std::vector<std::string> options;
-    int number;
-  } cases[] = {{{}, 0},
-               {{"--frame", "0:7"}, 7},
-               {{"--frame", "0:12"}, -1},
-               {{"--at", "+0.999"}, 4},
-               {{"--at", "+1"}, 5},
-               {{"--at", "2024-05-01 08:30:03"}, 11},  // the last one is still to be seen
-               {{"--at", "08:30:04"}, -1},
-               {{"--at", "08:29:59"}, -1}};
+  const std::pair<std::vector<std::string>, int> cases[] = {
+      {{}, 0},
+      {{"--frame", "0:7"}, 7},
+      {{"--frame", "0:12"}, -1},
+      {{"--at", "+0.999"}, 4},
+      {{"--at", "+1"}, 5},
+      {{"--at", "2024-05-01 08:30:03"}, 11},  // the last one is still to be seen
+      {{"--at", "08:30:04"}, -1},
+      {{"--at", "08:29:59"}, -1}};
   for (const auto& [options, number] : cases) {
     EXPECT_EQ(Taken(options), number) << (options.empty() ? "" : options.back());
   }
@@ -97,24 +94,13 @@ TEST_F(ZebtoolSnapshot, WithoutASignalSaysSo) {
 
 class ZebtoolFace : public testing::Test {
  protected:
-  void WriteFaces(int count) {
-    CMoxFile faces;
-    faces.SetCameraName("gate");
-    ASSERT_EQ(faces.Open(m_path.c_str(), 1), 1);
-    for (int face = 0; face < count; ++face) {
-      const std::vector<BYTE> picture(100 * 120, static_cast<BYTE>(10 * face));
-      faces.Write(picture.data(), kTestBeginSeconds + static_cast<DWORD>(face));
-    }
-    faces.Close();
-  }
-
   TempDir m_dir;
   const std::string m_path = m_dir.File("x.face");
   const std::string m_out = m_dir.File("faces");
 };
 
 TEST_F(ZebtoolFace, ListsAndExtractsEveryFaceWithItsTime) {
-  WriteFaces(3);
+  MakeFaces(m_path, 3);
   const std::string json = RunTool({"face", m_path, "list", "--json"}).out;
   EXPECT_EQ(JsonNumber(json.substr(json.find("\"index\": 2")), "time_seconds"),
             kTestBeginSeconds + 2);
@@ -142,15 +128,13 @@ TEST_F(ZebtoolFace, SizesThatNoViewerTakesGrow) {
   EXPECT_EQ(pixels.substr(0, 24), "aaabbbccc\0\0\0dddeeefff\0\0\0"s);
 }
 
-TEST_F(ZebtoolFace, DamageIsSaidAndEverythingElseComes) {
+TEST_F(ZebtoolFace, WhatIsNotThereIsSaid) {
   WriteWholeFile(m_path, "no faces in here");
   const ToolRun run = RunTool({"face", m_path, "list"});
   EXPECT_EQ(run.status, 1);
   EXPECT_TRUE(Contains(run.err, "is no face file")) << run.err;
 
-  WriteFaces(2);
-  WriteWholeFile(m_path, ReadWholeFile(m_path).substr(0, 15000));  // inside the second one
-  EXPECT_TRUE(Contains(RunTool({"face", m_path, "list"}).out, "1 face of"));
+  MakeFaces(m_path, 1);
   EXPECT_EQ(RunTool({"face", m_path, "extract", m_out, "--index", "1"}).status, 1);
 }
 
