@@ -9,11 +9,11 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/framework/file_exception.h"
 #include "platform/framework/file_system.h"
 #include "platform/framework/letter_case.h"
+#include "platform/framework/mem_file.h"
 #include "platform/os/files/drives.h"
 
 // In force from its construction to its end, when the one before it is again. No file opened
@@ -32,12 +32,12 @@ class MemoryFileSystem : public zebx::FileSystem {
     for (std::string at = ParentOf(key); at.size() > kRootBytes; at = ParentOf(at)) {
       m_directories.insert(at);
     }
-    m_files[key] = std::make_shared<Bytes>(bytes.begin(), bytes.end());
+    m_files[key] = std::make_shared<CMemFile>();
+    m_files[key]->Write({reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
   }
   std::string Get(const std::string& path) const {
     const auto found = m_files.find(*KeyOf(path));
-    if (found == m_files.end()) return {};
-    return {found->second->begin(), found->second->end()};
+    return found == m_files.end() ? std::string() : TextOf(*found->second);
   }
   bool Has(const std::string& path) const { return m_files.contains(*KeyOf(path)); }
   void SetFreeBytes(ULONGLONG bytes) { m_free_bytes = bytes; }
@@ -47,7 +47,7 @@ class MemoryFileSystem : public zebx::FileSystem {
   std::map<std::string, std::string> Everything() const {
     std::map<std::string, std::string> all;
     for (const std::string& directory : m_directories) all[directory] = {};
-    for (const auto& [path, bytes] : m_files) all[path].assign(bytes->begin(), bytes->end());
+    for (const auto& [path, bytes] : m_files) all[path] = TextOf(*bytes);
     return all;
   }
 
@@ -61,13 +61,13 @@ class MemoryFileSystem : public zebx::FileSystem {
       if (!mode.m_create) throw CFileException(Cause::kFileNotFound, 0, path);
       if (!IsDirectory(ParentOf(*key))) throw CFileException(Cause::kBadPath, 0, path);
       if (m_are_directories_fixed) throw CFileException(Cause::kAccessDenied, 0, path);
-      found = m_files.emplace(*key, std::make_shared<Bytes>()).first;
+      found = m_files.emplace(*key, std::make_shared<CMemFile>()).first;
     } else if (mode.m_new) {
       throw CFileException(Cause::kGeneric, 0, path);
     } else if (mode.m_exclusive && found->second.use_count() > 1) {
       throw CFileException(Cause::kSharingViolation, 0, path);
     }
-    if (mode.m_truncate) found->second->clear();
+    if (mode.m_truncate) found->second->SetLength(0);
     return std::make_unique<Handle>(found->second, mode.m_exclusive);
   }
   CString FullPath(const CString& path) override { return path; }
@@ -91,7 +91,7 @@ class MemoryFileSystem : public zebx::FileSystem {
     zebx::FileStatus status;
     const auto found = m_files.find(*key);
     if (found != m_files.end()) {
-      status.m_length = found->second->size();
+      status.m_length = found->second->GetLength();
       return status;
     }
     status.m_is_directory = true;
@@ -120,7 +120,7 @@ class MemoryFileSystem : public zebx::FileSystem {
     const auto found = key ? m_files.find(*key) : m_files.end();
     const bool is_open = found != m_files.end() && found->second.use_count() > 1;
     if (found == m_files.end() || is_open || m_are_directories_fixed) return false;
-    if (length_bytes != nullptr) *length_bytes = found->second->size();
+    if (length_bytes != nullptr) *length_bytes = found->second->GetLength();
     m_files.erase(found);
     return true;
   }
@@ -140,11 +140,12 @@ class MemoryFileSystem : public zebx::FileSystem {
   }
 
  private:
-  using Bytes = std::vector<BYTE>;
-
   // A drive's root is such as "//d", and so is everything on it a path of its own.
   static constexpr std::size_t kRootBytes = 3;
 
+  static std::string TextOf(const CMemFile& file) {
+    return {file.GetBytes().begin(), file.GetBytes().end()};
+  }
   static std::optional<std::string> KeyOf(const CString& path) {
     if (path.find('\0') != CString::npos) return std::nullopt;
     if (path.size() < 2 || path[1] != ':') return path;
@@ -168,36 +169,29 @@ class MemoryFileSystem : public zebx::FileSystem {
 
   class Handle final : public zebx::FileHandle {
    public:
-    Handle(std::shared_ptr<Bytes> bytes, bool is_alone)
+    Handle(std::shared_ptr<CMemFile> bytes, bool is_alone)
         : m_bytes(std::move(bytes)), m_is_alone(is_alone) {}
 
     std::size_t ReadAt(ULONGLONG offset, std::span<BYTE> into) override {
-      if (offset >= m_bytes->size()) return 0;
-      const auto rest = std::span(*m_bytes).subspan(static_cast<std::size_t>(offset));
-      const std::size_t count = std::min(into.size(), rest.size());
-      std::copy_n(rest.begin(), count, into.begin());
-      return count;
+      m_bytes->Seek(offset);
+      return m_bytes->Read(into);
     }
     void WriteAt(ULONGLONG offset, std::span<const std::span<const BYTE>> pieces) override {
-      for (const auto& piece : pieces) {
-        if (offset + piece.size() > m_bytes->size()) Resize(offset + piece.size());
-        std::copy(piece.begin(), piece.end(),
-                  m_bytes->begin() + static_cast<std::ptrdiff_t>(offset));
-        offset += piece.size();
-      }
+      m_bytes->Seek(offset);
+      for (const auto& piece : pieces) m_bytes->Write(piece);
     }
     bool IsAlone() override { return m_is_alone; }
-    ULONGLONG Length() override { return m_bytes->size(); }
-    void Resize(ULONGLONG length) override { m_bytes->resize(static_cast<std::size_t>(length)); }
+    ULONGLONG Length() override { return m_bytes->GetLength(); }
+    void Resize(ULONGLONG length) override { m_bytes->SetLength(length); }
     void Close() override {}
 
    private:
-    std::shared_ptr<Bytes> m_bytes;
+    std::shared_ptr<CMemFile> m_bytes;
     bool m_is_alone;
   };
 
   zebx::FileSystem& m_before = zebx::CurrentFileSystem();
-  std::map<std::string, std::shared_ptr<Bytes>> m_files;
+  std::map<std::string, std::shared_ptr<CMemFile>> m_files;
   std::set<std::string> m_directories;
   ULONGLONG m_free_bytes = ULONGLONG{1} << 40;
   bool m_are_directories_fixed = false;
