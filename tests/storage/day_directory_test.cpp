@@ -9,11 +9,11 @@ namespace {
 TEST(DayDirectory, IsADInEitherCaseAndEightDigitsOfABareName) {
   const ScopedTimeZone zone("UTC");
   constexpr DWORD kNone = 77;
-  // 99 December and a month is 9 April 2005.
+  // 99 December and a month is 9 April 2005; what 32 bits of seconds do not hold is 0.
   const std::pair<const char*, DWORD> kCases[] = {
       {"d20040412", 1081728000}, {"D20040412", 1081728000}, {"d20041399", 1113004800},
-      {"d19690101", 0},          {"d2004041", kNone},       {"d200404120", kNone},
-      {"e20040412", kNone},      {"d-0040412", kNone}};
+      {"d19690101", 0},          {"d21060208", 0},          {"d2004041", kNone},
+      {"d200404120", kNone},     {"e20040412", kNone},      {"d-0040412", kNone}};
   for (const auto& [name, expected] : kCases) {
     CTime date(kNone);
     const bool is_day = expected != kNone;

@@ -142,11 +142,8 @@ class StorageFaults : public DiskTest {
 
   static void FailCall(FaultyFileSystem& disk, Plan plan, std::uint64_t n) {
     constexpr std::size_t kPrefixBytes = 5;
-    if (plan == Plan::kFail) {
-      disk.FailCall(FaultyFileSystem::kEveryCall, n, kPrefixBytes);
-    } else {
-      disk.CutPowerAt(FaultyFileSystem::kEveryCall, n, kPrefixBytes);
-    }
+    disk.FailCall(FaultyFileSystem::kEveryCall, n, kPrefixBytes);
+    if (plan == Plan::kCutPower) disk.CutPowerAfter(0);
   }
 
   // Uses storage with the n-th call failing, for every n, and answers how many there are.

@@ -38,7 +38,6 @@ class FaultyFileSystem final : public zebx::FileSystem {
   };
   static constexpr unsigned kAnyCall = 63;
   static constexpr unsigned kEveryCall = 16383;
-  // What changes the disk.
   static constexpr unsigned kChanges =
       kOpen | kWrite | kResize | kMakeDirectory | kRemoveDirectory | kDelete | kReplace;
 
@@ -224,7 +223,6 @@ class FaultyFileSystem final : public zebx::FileSystem {
   void PassOrFail(Call kind) {
     if (ShallFail(kind)) Fail(CFileException::Cause::kHardIo);
   }
-
   bool Passes(Call kind) {
     if (!ShallFail(kind)) return true;
     ++m_failures;

@@ -185,16 +185,6 @@ TEST_F(FileTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
   EXPECT_EQ(CauseOfOpening("q:\\file", kRead), Cause::kBadPath);
 }
 
-TEST_F(FileTest, ThrowsForEveryUseWithoutAFile) {
-  std::array<BYTE, 1> into{};
-  CFile file;
-  const std::function<void()> uses[] = {[&] { file.Read(into); },  [&] { file.Write(into); },
-                                        [&] { file.GetLength(); }, [&] { file.SetLength(0); },
-                                        [&] { file.SeekToEnd(); }, [&] { file.Close(); }};
-  for (const auto& use : uses) EXPECT_EQ(Thrown(use), Cause::kInvalidFile);
-  EXPECT_EQ(file.GetPosition(), 0U);
-}
-
 TEST(CMemFile, StaysAsItWasWhenThereIsNoMemory) {
   CMemFile file;
   file.Write(Bytes("abc"));

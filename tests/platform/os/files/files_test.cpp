@@ -113,18 +113,4 @@ TEST_F(DeleteFile, DeletesALinkAndNotWhatItLeadsTo) {
   EXPECT_EQ(os::IsSymbolicLink("d:\\Cam0.zebz"), 0);
 }
 
-TEST(ReplaceFile, PutsTheNewFileInThePlaceOfTheOldOneOrLeavesBoth) {
-  const TestDrive drive;
-  for (const char* bytes : {"first", "second"}) {
-    drive.MakeFile("dbs.new", bytes);
-    EXPECT_EQ(os::ReplaceFile("d:\\none\\dbs", "d:\\dbs.new"), 0);
-    EXPECT_EQ(os::ReplaceFile("e:\\dbs", "d:\\dbs.new"), 0);
-    EXPECT_EQ(os::ReplaceFile("d:\\dbs", "e:\\dbs.new"), 0);
-    EXPECT_EQ(os::ReplaceFile("d:\\dbs", "d:\\dbs.new"), 1);
-    EXPECT_FALSE(drive.Has("dbs.new"));
-    EXPECT_EQ(os::ReplaceFile("d:\\dbs", "d:\\dbs.new"), 0);
-    EXPECT_EQ(ReadWholeFile(drive.File("dbs")), bytes);
-  }
-}
-
 }  // namespace

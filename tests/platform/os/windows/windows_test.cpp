@@ -1,12 +1,13 @@
 #include "platform/os/windows/windows.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 #include "platform/framework/error_report.h"
+#include "platform/framework/file_exception.h"
 #include "tests/support/window_fixture.h"
 
 using namespace zebx;
@@ -32,22 +33,26 @@ TEST_F(Windows, HaveARectangleAndATitleUntilTheyAreDestroyed) {
   EXPECT_NE(Make(), window);
   EXPECT_EQ(os::IsWindow(window) + os::DestroyWindow(window), 0);
   EXPECT_EQ(os::GetWindowRect(window, &rectangle) + os::MoveWindow(window, {}), 0);
-  EXPECT_EQ(os::SetTimer(window, 1, 1) + os::KillTimer(window, 1), 0);
-  EXPECT_EQ(os::SendMessage(window, os::kWmUser, 1, 1), 0);
-  EXPECT_EQ(os::DispatchMessage({window, os::kWmUser, 1, 1}), 0);
-  EXPECT_EQ(Make(AddParameters, window), nullptr);
   EXPECT_EQ(Make(nullptr), nullptr);
 }
 
+// To the sink, which may replace itself, and without one as a line.
 TEST_F(Windows, ReportTheExceptionsThatTheirProceduresLetOut) {
   std::string report;
-  const ErrorSink before =
-      SetErrorSink([&](const std::exception& error) { report += error.what(); });
-  HWND window = Make([](HWND, UINT, WPARAM, LPARAM) -> LRESULT { throw std::runtime_error("x"); });
+  SetErrorSink([&](const std::exception& error) {
+    report += error.what();
+    SetErrorSink({});
+    report += "!";  // what was captured still lives
+  });
+  HWND window = Make([](HWND, UINT, WPARAM, LPARAM) -> LRESULT {
+    throw CFileException(CFileException::Cause::kAccessDenied, EACCES, "x");
+  });
+  testing::internal::CaptureStderr();
   EXPECT_EQ(os::SendMessage(window, os::kWmUser, 0, 0), 0);
   EXPECT_EQ(os::DestroyWindow(window), 1);
-  EXPECT_EQ(report, "xx");
-  SetErrorSink(before);
+  EXPECT_EQ(report, "x: access is denied (Permission denied)!");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "zebx: x: access is denied (Permission denied)\n");
 }
 
 // Whatever a procedure does when told, every window is told once, a child after its parent.
