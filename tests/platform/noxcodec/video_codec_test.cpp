@@ -104,14 +104,6 @@ TEST(VideoCodec, KeepsMovingPicturesOfAnySizeClose) {
   }
 }
 
-TEST(VideoEncoder, PlacesKeyFramesByGroupAndOnRequest) {
-  const auto picture = StreetPictures(32, 32, 1).front();
-  VideoEncoder encoder({.width = 32, .height = 32, .gop_length = 3});
-  std::string types;
-  for (int i = 0; i < 9; ++i) types += "IP"[encoder.Encode(picture.View(), i == 4).frame_type];
-  EXPECT_EQ(types, "IPPIIPPIP");
-}
-
 TEST(VideoCodec, KeepsItsRateAndQualityOnAStreetClip) {
   const std::string path = MediaFile("street_352x288.y4m.xz");
   if (path.empty()) GTEST_SKIP() << "no street clip in ZEBX_MEDIA_DIR";
