@@ -39,8 +39,8 @@ class ZEBX_API CFile : public CObject {
   // Opens the file and stands at its start. 1, or 0 with `*error` filled when it is not null. The
   // object must not have a file open. While open, the file counts as in use for os::DeleteFile.
   int Open(const CString& path, UINT flags, CFileException* error = nullptr);
-  // Takes over a file that was opened without this object, and stands at its start. The path is what
-  // GetFilePath answers then.
+  // Takes over a file that was opened without this object, and stands at its start. The path is
+  // what GetFilePath answers then.
   void Attach(std::unique_ptr<zebx::FileHandle> handle, const CString& path);
   virtual bool IsOpen() const;
   // True when the last opening made the file: it was not there before.
