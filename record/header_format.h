@@ -106,7 +106,7 @@ struct RecordingHeader {
     writer.Put(m_gmt);
     for (const CString& name : m_names) {
       writer.Put(StoredBytes(name));
-      writer.PutText(std::string_view(name).substr(0, StoredBytes(name)));
+      writer.PutText(std::string_view{name}.substr(0, StoredBytes(name)));
     }
     return std::span(buffer).first(writer.Written());
   }

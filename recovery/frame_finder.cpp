@@ -142,11 +142,11 @@ std::optional<FoundFrame> FrameFinder::Walk::TakeFrameBySigns() {
   }
   if (const auto restored = RestoredFrameAt(m_position, m_last)) {
     // Not when it would swallow frames, among them the one whose time stamp is damaged.
-    const ULONGLONG restored_end = m_position + restored->TotalBytes();
+    const ULONGLONG behind_restored = m_position + restored->TotalBytes();
     const bool swallows =
-        fits && end < restored_end &&
-        (m_bytes.LeadTo(end, restored_end, std::nullopt) ||
-         m_bytes.FindSync(end, restored_end, header->m_time_stamp) < restored_end);
+        fits && end < behind_restored &&
+        (m_bytes.LeadTo(end, behind_restored, std::nullopt) ||
+         m_bytes.FindSync(end, behind_restored, header->m_time_stamp) < behind_restored);
     return Take(swallows ? *header : *restored, !swallows);
   }
   if (fits &&

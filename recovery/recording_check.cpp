@@ -9,6 +9,7 @@
 #include "record/header_format.h"
 #include "recovery/frame_signs.h"
 #include "recovery/header_check.h"
+#include "recovery/open_or_throw.h"
 #include "recovery/stamp_rule.h"
 
 namespace zebx {
@@ -300,8 +301,7 @@ CheckSummary CheckRecording(CFile& file, CheckVisitor& visitor, const ProgressCa
 
 RecordingCheck CheckRecording(const CString& path, const ProgressCallback& progress) {
   CFile file;
-  CFileException error(CFileException::Cause::kGeneric, 0, path);
-  if (file.Open(path, CFile::kModeRead | CFile::kShareDenyNone, &error) == 0) throw error;
+  OpenOrThrow(file, path, CFile::kModeRead | CFile::kShareDenyNone);
   RecordingCheck check;
   FindingCollector collector(check);
   check.summary = CheckRecording(file, collector, progress);

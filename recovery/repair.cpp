@@ -10,6 +10,7 @@
 #include "platform/framework/tree_walk.h"
 #include "record/block_format.h"
 #include "record/zeb_file_info.h"
+#include "recovery/open_or_throw.h"
 #include "recovery/recording_check.h"
 #include "recovery/salvager.h"
 #include "recovery/temporary_file.h"
@@ -63,14 +64,15 @@ class Repair {
     if (status->m_is_link || status->m_is_read_only) return Outcome::kProtected;
     {
       CFile file;
-      Open(file, CFile::kModeRead | CFile::kShareDenyNone);
+      OpenOrThrow(file, m_result.path, CFile::kModeRead | CFile::kShareDenyNone);
       if (IsClosed(file)) return Outcome::kWhole;
     }
     CFile file;
-    CFileException error(CFileException::Cause::kGeneric, 0, m_result.path);
-    if (file.Open(m_result.path, CFile::kModeReadWrite | CFile::kShareExclusive, &error) == 0) {
-      if (error.GetCause() == CFileException::Cause::kSharingViolation) return Outcome::kInUse;
-      throw error;
+    try {
+      OpenOrThrow(file, m_result.path, CFile::kModeReadWrite | CFile::kShareExclusive);
+    } catch (const CFileException& failure) {
+      if (failure.GetCause() == CFileException::Cause::kSharingViolation) return Outcome::kInUse;
+      throw;
     }
     if (!file.IsAlone()) return Outcome::kInUse;
     const Outcome outcome = Finish(file);
@@ -117,11 +119,6 @@ class Repair {
     return is_faithful || !report.failure.empty() ? Outcome::kFailed : Outcome::kDamaged;
   }
 
-  void Open(CFile& file, UINT mode) {
-    CFileException error(CFileException::Cause::kGeneric, 0, m_result.path);
-    if (file.Open(m_result.path, mode, &error) == 0) throw error;
-  }
-
   bool Pass(ULONGLONG done, ULONGLONG total) {
     m_cancelled = m_cancelled || (m_callback && !m_callback(m_result.path, done, total));
     return !m_cancelled;
@@ -134,7 +131,7 @@ class Repair {
 
 bool EndsWith(const CString& path, std::string_view extension) {
   return path.size() >= extension.size() &&
-         EqualsIgnoringCase(std::string_view(path).substr(path.size() - extension.size()),
+         EqualsIgnoringCase(std::string_view{path}.substr(path.size() - extension.size()),
                             extension);
 }
 

@@ -5,6 +5,7 @@
 #include "platform/framework/file.h"
 #include "record/zeb_frame_data.h"
 #include "recovery/header_recovery.h"
+#include "recovery/open_or_throw.h"
 #include "recovery/salvage_output.h"
 #include "recovery/salvager.h"
 #include "recovery/stamp_order.h"
@@ -167,8 +168,7 @@ SalvageReport SalvageRecording(CFile& damaged, const CString& output, bool repla
 SalvageReport SalvageRecording(const CString& damaged, const CString& output, bool replace,
                                const ProgressCallback& progress) {
   CFile file;
-  CFileException error(CFileException::Cause::kGeneric, 0, damaged);
-  if (file.Open(damaged, CFile::kModeRead | CFile::kShareDenyNone, &error) == 0) throw error;
+  OpenOrThrow(file, damaged, CFile::kModeRead | CFile::kShareDenyNone);
   return SalvageRecording(file, output, replace, progress);
 }
 

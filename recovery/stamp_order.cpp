@@ -43,7 +43,7 @@ void StampOrder::LookAhead() {
   while (m_ahead.size() < kFramesAhead) {
     auto frame = m_source();
     if (!frame) return;
-    m_ahead.push_back(std::move(*frame));
+    m_ahead.push_back(*frame);
   }
 }
 

@@ -49,9 +49,10 @@ TEST_F(RecordingCheck, NamesTheDamagedFieldAndItsOffset) {
     broken[at] = static_cast<char>(broken[at] ^ 0xFF);
     const zebx::RecordingCheck check = Check(broken);
     EXPECT_GT(check.summary.damages, 0U);
-    EXPECT_TRUE(std::ranges::any_of(check.findings, [&](const zebx::Finding& finding) {
-      return finding.kind == kind && finding.offset == reported_at;
-    }));
+    EXPECT_TRUE(
+        std::ranges::any_of(check.findings, [offset = reported_at, of = kind](const auto& finding) {
+          return finding.kind == of && finding.offset == offset;
+        }));
   }
 }
 

@@ -91,7 +91,7 @@ TEST_F(Repair, FinishesWhatIsUnfinishedAndLeavesTheRestAlone) {
 
 TEST_F(Repair, AnyCallMayFailOrBeTheLastAndARecordingIsThere) {
   for (const bool is_power_cut : {false, true}) {
-    for (const std::size_t prefix : {0, 7}) {
+    for (const auto prefix : {std::size_t{0}, std::size_t{7}}) {
       std::uint64_t faults = 0;
       for (bool is_done = false; !is_done; ++faults) {
         SCOPED_TRACE(std::to_string(faults) + (is_power_cut ? " power cut" : " failure"));
@@ -129,7 +129,7 @@ TEST_F(Repair, AnyCallMayFailOrBeTheLastAndARecordingIsThere) {
 
 // Between any two of the writes that start and close a block, too.
 TEST_F(Repair, FinishesWhatAWriterLeavesThatDiesAtAnyWrite) {
-  for (const std::size_t prefix : {0, 15, 16}) {
+  for (const auto prefix : {std::size_t{0}, std::size_t{15}, std::size_t{16}}) {
     for (std::uint64_t write = 3;; ++write) {  // the first two make the file
       SCOPED_TRACE(std::to_string(write) + " with " + std::to_string(prefix));
       const MemoryFileSystem disk;

@@ -22,6 +22,7 @@ class ReachablePath {
 
  private:
   CString m_path;
+  // NOLINTNEXTLINE(modernize-use-default-member-init): the value stands in a system header
   int m_directory;  // open, or the call's word for the directory that the process is in
   std::size_t m_name_at = 0;
 };
