@@ -133,24 +133,24 @@ FoundFrame FrameFinder::Walk::Take(const FrameHeader& header, bool is_restored) 
 
 std::optional<FoundFrame> FrameFinder::Walk::TakeFrameBySigns() {
   const auto header = m_bytes.FrameAt(m_position);
-  const ULONGLONG end = header ? m_position + header->TotalBytes() : 0;
+  const ULONGLONG behind = header ? m_position + header->TotalBytes() : 0;
   // One damaged bit explains more than any other guess, so it is tried wherever it may be.
-  const bool fits = header && end <= m_limit;
-  if (fits && (GoesOnAt(end, *header, Proof::kGood) || RestoredFrameAt(end, header))) {
-    const auto shorter = FrameThatSwallowed(end);
+  const bool fits = header && behind <= m_limit;
+  if (fits && (GoesOnAt(behind, *header, Proof::kGood) || RestoredFrameAt(behind, header))) {
+    const auto shorter = FrameThatSwallowed(behind);
     return Take(shorter.value_or(*header), shorter.has_value());
   }
   if (const auto restored = RestoredFrameAt(m_position, m_last)) {
     // Not when it would swallow frames, among them the one whose time stamp is damaged.
-    const ULONGLONG behind_restored = m_position + restored->TotalBytes();
+    const ULONGLONG restored_end = m_position + restored->TotalBytes();
     const bool swallows =
-        fits && end < behind_restored &&
-        (m_bytes.LeadTo(end, behind_restored, std::nullopt) ||
-         m_bytes.FindSync(end, behind_restored, header->m_time_stamp) < behind_restored);
+        fits && behind < restored_end &&
+        (m_bytes.LeadTo(behind, restored_end, std::nullopt) ||
+         m_bytes.FindSync(behind, restored_end, header->m_time_stamp) < restored_end);
     return Take(swallows ? *header : *restored, !swallows);
   }
-  if (fits &&
-      (GoesOnAt(end, *header, Proof::kGoodButForAStamp) || GoesOnAt(end, *header, Proof::kWeak))) {
+  if (fits && (GoesOnAt(behind, *header, Proof::kGoodButForAStamp) ||
+               GoesOnAt(behind, *header, Proof::kWeak))) {
     return Take(*header, false);
   }
   if (header) return TakeDoubtfulFrame(*header);
