@@ -75,10 +75,10 @@ static_assert(sizeof(tag_CHANNELCONFIG) == 36 && offsetof(tag_CHANNELCONFIG, m_q
               offsetof(tag_CHANNELCONFIG, m_watermark) == 32);
 
 // The head of a frame packet. `m_video_bytes` of compressed video follow it, then, when
-// kFrameHasSpeech is set, `m_speech_bytes` of speech.
+// kPacketHasSpeech is set, `m_speech_bytes` of speech.
 struct tag_DEVFRAME {
   BYTE m_reserved_0[12];
-  DWORD m_flags;       // kFrame...
+  DWORD m_flags;       // kPacket...
   DWORD m_time_stamp;  // ticks, ms
   DWORD m_video_bytes;
   DWORD m_speech_bytes;
@@ -88,14 +88,14 @@ struct tag_DEVFRAME {
 namespace zebx::zebdev {
 
 enum : DWORD {
-  kFrameTypeMask = 0x000000FF,
-  kFrameVideoLost = 0x00010000,
-  kFrameVideoAlarm = 0x00020000,
-  kFrameEncoderTypeMask = 0x00F00000,
-  kFrameHasSpeech = 0x80000000,
+  kPacketTypeMask = 0x000000FF,
+  kPacketVideoLost = 0x00010000,
+  kPacketVideoAlarm = 0x00020000,
+  kPacketEncoderTypeMask = 0x00F00000,
+  kPacketHasSpeech = 0x80000000,
 };
 
-inline constexpr int kFrameEncoderTypeShift = 20;
+inline constexpr int kPacketEncoderTypeShift = 20;
 
 }  // namespace zebx::zebdev
 
