@@ -18,6 +18,7 @@
 
 // The operating system: drives and files by name, windows and messages, drawing, the tick counter.
 #include "platform/os/clock.h"
+#include "platform/os/debug_output.h"
 #include "platform/os/files/directories.h"
 #include "platform/os/files/disk_space.h"
 #include "platform/os/files/drives.h"

@@ -15,7 +15,7 @@ class ZEBX_API CFileSearchInfo : public CObList {
  public:
   // Copies the criteria; null for none.
   explicit CFileSearchInfo(CSearchParam* criteria);
-  ~CFileSearchInfo();
+  ~CFileSearchInfo() override;
   CFileSearchInfo(const CFileSearchInfo&) = delete;
 
   // Borrowed; null without criteria.

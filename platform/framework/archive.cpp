@@ -41,6 +41,16 @@ T CArchive::GetInteger() {
   return ByteReader(bytes).Get<T>();
 }
 
+CArchive& CArchive::operator<<(WORD value) {
+  PutInteger(value);
+  return *this;
+}
+
+CArchive& CArchive::operator<<(std::int16_t value) {
+  PutInteger(value);
+  return *this;
+}
+
 CArchive& CArchive::operator<<(DWORD value) {
   PutInteger(value);
   return *this;
@@ -65,6 +75,16 @@ CArchive& CArchive::operator<<(const CString& text) {
     }
   }
   Put(reinterpret_cast<const BYTE*>(text.data()), text.size());
+  return *this;
+}
+
+CArchive& CArchive::operator>>(WORD& value) {
+  value = GetInteger<WORD>();
+  return *this;
+}
+
+CArchive& CArchive::operator>>(std::int16_t& value) {
+  value = GetInteger<std::int16_t>();
   return *this;
 }
 

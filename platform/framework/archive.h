@@ -29,9 +29,13 @@ class ZEBX_API CArchive {
 
   bool IsStoring() const { return m_mode == Mode::kStore; }
 
+  CArchive& operator<<(WORD value);
+  CArchive& operator<<(std::int16_t value);
   CArchive& operator<<(DWORD value);
   CArchive& operator<<(LONG value);
   CArchive& operator<<(const CString& text);
+  CArchive& operator>>(WORD& value);
+  CArchive& operator>>(std::int16_t& value);
   CArchive& operator>>(DWORD& value);
   CArchive& operator>>(LONG& value);
   CArchive& operator>>(CString& text);

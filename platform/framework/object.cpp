@@ -7,3 +7,9 @@ CObject::~CObject() = default;
 const CRuntimeClass* CObject::GetRuntimeClass() const {
   return &classCObject;
 }
+
+void CObject::Serialize(CArchive&) {}
+
+IMPLEMENT_DYNAMIC(CObList, CObject)
+
+CObList::~CObList() = default;

@@ -6,6 +6,7 @@
 
 #include "platform/framework/export.h"
 
+class CArchive;
 class CObject;
 
 // What a class is called and derives from, for tests of an object's class at run time.
@@ -32,6 +33,9 @@ class ZEBX_API CObject {
   bool IsKindOf(const CRuntimeClass* record) const {
     return GetRuntimeClass()->IsDerivedFrom(record);
   }
+  // Stores the object into the archive or loads it from there; nothing, of an object without a form
+  // of its own.
+  virtual void Serialize(CArchive& archive);
 
   static const CRuntimeClass classCObject;
 
@@ -55,8 +59,15 @@ class ZEBX_API CObject {
 #define RUNTIME_CLASS(class_name) (&class_name::class##class_name)
 
 // An ordered list of borrowed objects. It never destroys what it points to; an element may be null.
-class CObList {
+class ZEBX_API CObList : public CObject {
+  DECLARE_DYNAMIC(CObList)
+
  public:
+  CObList() = default;
+  CObList(const CObList&) = default;
+  CObList& operator=(const CObList&) = default;
+  ~CObList() override;
+
   void AddHead(CObject* object) { m_objects.push_front(object); }
   void AddTail(CObject* object) { m_objects.push_back(object); }
   // The list must not be empty.
