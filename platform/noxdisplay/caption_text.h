@@ -1,0 +1,17 @@
+// The rule by which a text becomes a caption: it is taken as a format without arguments.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "platform/framework/types.h"
+
+namespace zebx::noxdisplay {
+
+// Puts the text into `field` with a zero byte behind it and returns how many bytes it has. "%%"
+// becomes "%"; every conversion (flags, width, precision, size and letter) and an unfinished "%" is
+// dropped, as there is nothing to convert. What does not fit into the field is cut off, between two
+// characters of UTF-8. Bytes of the field behind the zero stay as they were. An empty field stays.
+std::size_t PutCaptionText(std::string_view text, std::span<char> field);
+
+}  // namespace zebx::noxdisplay
