@@ -2,11 +2,12 @@
 // fail, and the journal. noxdev.cpp turns it into the functions of the door.
 #pragma once
 
-#include <array>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
+#include "platform/framework/call_script.h"
 #include "platform/zebdev/software/virtual_device_plan.h"
 #include "platform/zebdev/zebdev.h"
 
@@ -19,16 +20,14 @@ struct NoxdevDevice {
 
 namespace zebx::zebdev {
 
-// One per process. Every operation takes the lock for itself and calls nobody while it holds it.
-// Operations that answer an int are those of the door.
+// One per process. Operations that answer an int are those of the door. The lock guards what stands
+// below it; it is held for one look-up or change and nobody is called meanwhile.
 class VirtualDeviceLibrary {
  public:
   static VirtualDeviceLibrary& Instance();
 
   void SetPlan(std::vector<VirtualDevice> devices);
-  void FailCall(Function function, DWORD nth);
-  void StartJournal();
-  std::vector<CString> TakeJournal();
+  CallScript& Script() { return m_script; }
 
   int Initialize(DWORD start_up_word, DWORD reserved);
   int Invalidate();
@@ -44,31 +43,27 @@ class VirtualDeviceLibrary {
   int IsValidChannel(NoxdevHandle device, DWORD channel, int* is_valid);
 
  private:
-  VirtualDeviceLibrary() = default;
+  VirtualDeviceLibrary();
 
-  // One call of the door: `action` unless the call is to fail, and a line in the journal. `action`
+  // One call of the door: `action`, with the lock held, unless the call is to fail. `action`
   // answers whether it succeeded.
-  template <typename Action>
-  int Call(Function function, const CString& arguments, Action action);
+  template <typename Action, typename... Words>
+  int Call(Function function, Action action, Words... words);
   // The same for a call on a device; `action` gets the device and is not run for a void handle.
-  template <typename Action>
-  int CallOn(NoxdevHandle handle, Function function, const CString& arguments, Action action);
+  template <typename Action, typename... Words>
+  int CallOn(NoxdevHandle handle, Function function, Action action, Words... words);
 
+  // The number of the device behind a handle, nothing for a void one.
+  std::optional<DWORD> NumberOf(NoxdevHandle handle);
   // With the lock held.
-  template <typename Action>
-  int Run(Function function, const CString& arguments, Action action);
-  bool IsToFail(Function function);
   NoxdevDevice* Find(NoxdevHandle handle) const;
 
+  CallScript m_script;
   std::mutex m_mutex;
   // Guarded by m_mutex.
   std::vector<VirtualDevice> m_plan;
   bool m_is_ready = false;
   std::vector<std::unique_ptr<NoxdevDevice>> m_created;
-  // For each function, how many calls from now are to fail.
-  std::array<std::vector<DWORD>, kFunctions> m_failures;
-  bool m_keeps_journal = false;
-  std::vector<CString> m_journal;
 };
 
 }  // namespace zebx::zebdev

@@ -21,15 +21,15 @@ void SetDevicePlan(std::vector<VirtualDevice> devices) {
 }
 
 void FailCall(Function function, DWORD nth) {
-  VirtualDeviceLibrary::Instance().FailCall(function, nth);
+  VirtualDeviceLibrary::Instance().Script().FailCall(static_cast<std::size_t>(function), nth);
 }
 
 void StartJournal() {
-  VirtualDeviceLibrary::Instance().StartJournal();
+  VirtualDeviceLibrary::Instance().Script().StartJournal();
 }
 
 std::vector<CString> TakeJournal() {
-  return VirtualDeviceLibrary::Instance().TakeJournal();
+  return VirtualDeviceLibrary::Instance().Script().TakeJournal();
 }
 
 }  // namespace zebx::zebdev
