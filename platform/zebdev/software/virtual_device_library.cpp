@@ -1,7 +1,11 @@
 #include "platform/zebdev/software/virtual_device_library.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
 #include <utility>
+
+#include "platform/framework/error_report.h"
 
 namespace zebx::zebdev {
 namespace {
@@ -32,12 +36,24 @@ VirtualDeviceLibrary& VirtualDeviceLibrary::Instance() {
 void VirtualDeviceLibrary::SetPlan(std::vector<VirtualDevice> devices) {
   const std::lock_guard lock(m_mutex);
   m_plan = std::move(devices);
+  m_has_plan = true;
   m_is_ready = false;
   m_created.clear();
   m_script.Reset();
 }
 
+void VirtualDeviceLibrary::ReadEnvironment() {
+  const char* text = std::getenv("ZEBX_DEVICES");
+  if (text == nullptr || *text == '\0') return;
+  CString fault;
+  auto devices = ParseDevicePlan(text, &fault);
+  if (!devices) ReportError(std::invalid_argument("ZEBX_DEVICES: " + fault));
+  const std::lock_guard lock(m_mutex);
+  if (devices && !m_has_plan) m_plan = std::move(*devices);
+}
+
 int VirtualDeviceLibrary::Initialize(DWORD start_up_word, DWORD reserved) {
+  std::call_once(m_environment_once, [this] { ReadEnvironment(); });
   const auto initialize = [this] {
     m_is_ready = true;
     return true;

@@ -58,10 +58,15 @@ class VirtualDeviceLibrary {
   // With the lock held.
   NoxdevDevice* Find(NoxdevHandle handle) const;
 
+  // Takes the plan from the environment unless one was set.
+  void ReadEnvironment();
+
   CallScript m_script;
+  std::once_flag m_environment_once;
   std::mutex m_mutex;
   // Guarded by m_mutex.
   std::vector<VirtualDevice> m_plan;
+  bool m_has_plan = false;  // set by SetPlan
   bool m_is_ready = false;
   std::vector<std::unique_ptr<NoxdevDevice>> m_created;
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "platform/framework/export.h"
@@ -15,14 +16,26 @@ struct VirtualDevice {
   tag_DEVICECAP m_capability = {};
   // What the device tells about itself while it is open, when that is something else.
   std::optional<tag_DEVICECAP> m_capability_when_open;
+  // Where the films of its cameras are looked for; empty for the directory it is opened with.
+  CString m_directory;
 };
 
 // A device of the type bit with that many channels, and with TV output, watchdog and I/O ports.
+// Devices of type 0x800 have two channels: the two behind them carry their second streams.
 ZEBX_API VirtualDevice MakeVirtualDevice(DWORD device_type, BYTE channels);
 
-// Makes these the devices that are present, in the order of their numbers; without a plan there is
-// none. Everything starts anew: the library is not initialised, the handles of earlier devices are
-// void, the calls that were to fail and the journal are forgotten.
+// The devices that a text such as "6:8,10:4@/srv/clips" names, in order: type code (0 to 11), colon
+// and number of channels, with commas between them; a directory for the films of all of them may
+// follow behind an @. Nothing, with `fault` saying why, for every other text and for more than 16
+// devices. Device types have one bit, 1 << type code.
+ZEBX_API std::optional<std::vector<VirtualDevice>> ParseDevicePlan(std::string_view text,
+                                                                   CString* fault);
+
+// Makes these the devices that are present, in the order of their numbers. Without a plan they are
+// those of the environment variable ZEBX_DEVICES when the library is first initialised; a text that
+// is no plan is reported, and there is none. Everything starts anew: the library is not
+// initialised, the handles of earlier devices are void, the calls that were to fail and the journal
+// are forgotten.
 ZEBX_API void SetDevicePlan(std::vector<VirtualDevice> devices);
 
 // The functions that the virtual devices implement.
