@@ -8,10 +8,11 @@
 
 namespace zebx::noxdisplay {
 
-// Puts the text into `field` with a zero byte behind it and returns how many bytes it has. "%%"
-// becomes "%"; every conversion (flags, width, precision, size and letter) and an unfinished "%" is
-// dropped, as there is nothing to convert. What does not fit into the field is cut off, between two
-// characters of UTF-8. Bytes of the field behind the zero stay as they were. An empty field stays.
+// Puts the text, which ends at a zero byte, into `field` with a zero byte behind it and returns how
+// many bytes it has there. "%%" becomes "%"; every conversion (flags, width, precision, size and
+// letter) is dropped, as there is nothing to convert, and so is a "%" that begins none, with what
+// follows it kept. What does not fit into the field is cut off, between two characters of UTF-8;
+// other bytes are taken as they are. Bytes of the field behind the zero stay. An empty field stays.
 std::size_t PutCaptionText(std::string_view text, std::span<char> field);
 
 }  // namespace zebx::noxdisplay

@@ -1,0 +1,57 @@
+#include "platform/noxdisplay/caption_text.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+
+using namespace zebx;
+using namespace std::string_view_literals;
+
+namespace {
+
+// The text as it stands in a field of that many bytes, in front of bytes that have to stay.
+std::string Caption(std::string_view text, std::size_t field_bytes = 65) {
+  std::array<char, 100> field;
+  field.fill('#');
+  const std::size_t length = noxdisplay::PutCaptionText(text, std::span(field).first(field_bytes));
+  std::string caption(field.data(), field_bytes == 0 ? 0 : length + 1);
+  EXPECT_EQ(std::string(field.data() + caption.size(), field.size() - caption.size()),
+            std::string(field.size() - caption.size(), '#'));
+  if (field_bytes == 0) return "(none)";
+  EXPECT_EQ(caption.back(), '\0');
+  caption.pop_back();
+  return caption;
+}
+
+TEST(CaptionText, IsAFormatWithoutArguments) {
+  constexpr std::string_view kTexts[][2] = {
+      {"100%% of %s%d", "100% of "},
+      {"a%-+ #08.3lfb%*.*hhXc", "abc"},
+      {"a%I64db%I32ub%llxc%zub%Iud", "abbcbd"},
+      {"%", ""},
+      {"Gate 5%", "Gate 5"},
+      {"50% – Tür", "50 – Tür"},
+      {"1%.%%2%5%s%03", "1.%2503"},
+      {"%%%%%%", "%%%"},
+      {"ends\0here"sv, "ends"},
+  };
+  for (const auto& [text, caption] : kTexts) EXPECT_EQ(Caption(text), caption) << text;
+}
+
+TEST(CaptionText, IsCutBetweenTwoCharacters) {
+  EXPECT_EQ(Caption("abc", 4), "abc");
+  EXPECT_EQ(Caption("abcd", 4), "abc");
+  EXPECT_EQ(Caption("ab\u00fc", 4), "ab");
+  EXPECT_EQ(Caption("a\u00fc%s", 4), "a\u00fc");
+  EXPECT_EQ(Caption("a\u20ac", 4), "a");
+  EXPECT_EQ(Caption("\U0001F6AA", 4), "");
+  EXPECT_EQ(Caption("\U0001F6AA", 5), "\U0001F6AA");
+  EXPECT_EQ(Caption("abc%%", 4), "abc");
+  // No UTF-8: bytes inside a character without its first one.
+  EXPECT_EQ(Caption(std::string(90, '\x80'), 65), std::string(64, '\x80'));
+  EXPECT_EQ(Caption("a", 1), "");
+  EXPECT_EQ(Caption("a", 0), "(none)");
+}
+
+}  // namespace
