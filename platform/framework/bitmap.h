@@ -9,8 +9,8 @@
 
 namespace zebx {
 
-// Deletes the operating system's bitmap. 1, or 0 when it is stale or in use. Defined by
-// platform/os.
+// Deletes the operating system's bitmap: one that is in use, as soon as it is not. 1, or 0 when it
+// is stale. Defined by platform/os.
 ZEBX_API int DeletePlatformBitmap(HBITMAP bitmap);
 
 }  // namespace zebx
@@ -31,8 +31,8 @@ class ZEBX_API CBitmap : public CObject {
   }
   // Gives the bitmap to the caller; null when none is held.
   HBITMAP Detach() { return std::exchange(m_bitmap, nullptr); }
-  // Deletes the bitmap and holds none from then on. 1, or 0 when none was held or it is in use:
-  // then nobody owns it any more.
+  // Deletes the bitmap and holds none from then on: one that is selected into a context, as soon as
+  // it is taken out there. 1, or 0 when none was held or it was deleted already.
   int DeleteObject() { return m_bitmap != nullptr ? zebx::DeletePlatformBitmap(Detach()) : 0; }
   // Borrowed; null when none is held.
   HBITMAP GetSafeHandle() const { return m_bitmap; }

@@ -224,7 +224,8 @@ HBITMAP SelectObject(HDC dc, HBITMAP bitmap) {
   if (context->m_picture != nullptr) context->m_picture->m_context = nullptr;
   if (picture != nullptr) picture->m_context = dc;
   context->m_picture = picture;
-  return std::exchange(context->m_bitmap, bitmap);
+  HBITMAP previous = std::exchange(context->m_bitmap, bitmap);
+  return tables.m_bitmaps.contains(previous) ? previous : nullptr;
 }
 
 HBITMAP CreateDIBSection(HDC dc, const BitmapInfoHeader& header, std::span<BYTE>* bits) try {
@@ -262,6 +263,13 @@ int DeleteObject(HBITMAP bitmap) {
   if (picture == nullptr || picture->m_context != nullptr) return 0;
   tables.m_bitmaps.erase(bitmap);
   return 1;
+}
+
+int DeleteObjectWhenFree(HBITMAP bitmap) {
+  Tables& tables = Tables::Get();
+  const std::lock_guard lock(tables.m_mutex);
+  // Its context still owns the picture.
+  return tables.m_bitmaps.erase(bitmap) != 0 ? 1 : 0;
 }
 
 int GetBitmapSize(HBITMAP bitmap, CSize* size) {
@@ -361,5 +369,5 @@ DWORD GetPixel(HDC dc, int x, int y) {
 }  // namespace os
 
 int zebx::DeletePlatformBitmap(HBITMAP bitmap) {
-  return os::DeleteObject(bitmap);
+  return os::DeleteObjectWhenFree(bitmap);
 }

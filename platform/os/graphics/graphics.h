@@ -38,8 +38,8 @@ ZEBX_API HDC CreateCompatibleDC(HDC dc);
 ZEBX_API int DeleteDC(HDC dc);
 
 // Puts a bitmap into a memory context, or takes the present one out for null. The bitmap that was
-// in it, null for none; null also, with nothing changed, for a stale handle, another kind of
-// context and a bitmap that is in a context already.
+// in it, null for none and for one that was deleted meanwhile; null also, with nothing changed, for
+// a stale handle, another kind of context and a bitmap that is in a context already.
 ZEBX_API HBITMAP SelectObject(HDC dc, HBITMAP bitmap);
 
 // A bitmap in the form of a DIB, all pixels and colours 0. `*bits` gets its pixel rows, in the
@@ -53,6 +53,9 @@ ZEBX_API HBITMAP CreateDIBitmap(HDC dc, const BitmapInfoHeader& header, std::spa
                                 std::span<const BYTE> color_table);
 // Deletes a bitmap. 1, or 0 for a stale handle and for one that is selected into a context.
 ZEBX_API int DeleteObject(HBITMAP bitmap);
+// Deletes a bitmap wherever it is: the handle is stale from then on, and one that is selected into
+// a context can be drawn into until it is taken out. 1, or 0 for a stale handle.
+ZEBX_API int DeleteObjectWhenFree(HBITMAP bitmap);
 // 1, or 0 for a stale handle.
 ZEBX_API int GetBitmapSize(HBITMAP bitmap, CSize* size);
 

@@ -6,6 +6,7 @@
 #include <limits>
 #include <random>
 
+#include "platform/framework/bitmap.h"
 #include "tests/support/canvas.h"
 #include "tests/support/window_fixture.h"
 
@@ -130,6 +131,19 @@ TEST(Graphics, RefusesPicturesThatLeadBeyondTheirBytes) {
         os::kGdiError);
   }
   EXPECT_EQ(os::StretchBlt(canvas.m_dc, 0, 0, -2, 1, canvas.m_dc, 0, 0, 2, 1, os::kSrcCopy), 0);
+}
+
+TEST(Graphics, DeletesASelectedBitmapWhenItsContextLetsItGo) {
+  const Canvas canvas(1), other(1);
+  CBitmap owner;
+  owner.Attach(canvas.m_bitmap);
+  EXPECT_EQ(owner.DeleteObject(), 1);
+  EXPECT_EQ(os::DeleteObjectWhenFree(canvas.m_bitmap), 0) << "it is deleted already";
+  canvas.m_bits[0] = 7;
+  EXPECT_EQ(os::StretchBlt(other.m_dc, 0, 0, 1, 1, canvas.m_dc, 0, 0, 1, 1, os::kSrcCopy), 1);
+  EXPECT_EQ(other.Pixels(), Colors{0x070000}) << "blue comes first in a bitmap";
+  EXPECT_EQ(os::SelectObject(canvas.m_dc, nullptr), nullptr) << "a stale handle comes back";
+  EXPECT_EQ(os::GetPixel(canvas.m_dc, 0, 0), os::kNoPixel);
 }
 
 class WindowContext : public WindowTest {};
