@@ -14,9 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const BYTE* data, std::size_t size) {
   try {
     zebtool::InputStream input(zebtool::kStandardStream, console);
     zebtool::Y4mReader reader(input);
-    const zebtool::Y4mHeader& header = reader.Header();
-    const ULONGLONG bytes = zebtool::RawPictureBytes(header.width, header.height);
-    if (bytes == 0 || bytes > zebtool::Y4mReader::kMaxPixels * 3) std::abort();
+    const zebdev::Y4mHeader& header = reader.Header();
+    const ULONGLONG bytes = zebdev::RawPictureBytes(header.width, header.height);
+    if (bytes == 0 || bytes > zebdev::kY4mMaxPixels * 3) std::abort();
     // One whose picture the input cannot hold would cost nothing but the time to clear it.
     if (bytes > size) return 0;
     noxcodec::Picture picture(header.width, header.height);

@@ -31,8 +31,8 @@ TEST(FrameRate, WellKnownRatesAreFoundBehindWholeMilliseconds) {
   constexpr ULONGLONG kFrames = 1000;
   for (const FrameRate& rate : {FrameRate{25, 1}, {30, 1}, {30000, 1001}, {25, 2}, {1, 1}}) {
     const FrameRate found = RateOfIntervals(rate.Begin(kFrames, 1000), kFrames);
-    EXPECT_EQ(found.frames, rate.frames) << rate.ToText();
-    EXPECT_EQ(found.seconds, rate.seconds) << rate.ToText();
+    EXPECT_EQ(found.frames, rate.frames) << RateText(rate);
+    EXPECT_EQ(found.seconds, rate.seconds) << RateText(rate);
   }
   EXPECT_NEAR(RateOfIntervals(1000 * 77, 1000).PerSecond(), 1000.0 / 77, 1e-9);
   EXPECT_EQ(RateOfIntervals(0, 0).frames, 25U);

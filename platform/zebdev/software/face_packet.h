@@ -19,8 +19,10 @@ namespace zebx::zebdev {
 DWORD WriteFacePacket(const noxcodec::PictureView& picture,
                       std::span<const ChannelSource::FaceArea> areas, std::vector<BYTE>& packet);
 
-// So many areas of the picture, evenly placed, for a source that knows no faces. As many as have
-// room are different ones; the others lie over them.
+inline constexpr DWORD kMaxPlacedFaces = 64;
+
+// So many areas of a picture, at most kMaxPlacedFaces, side by side, for a source that knows no
+// faces.
 std::vector<ChannelSource::FaceArea> PlacedFaces(int picture_width, int picture_height,
                                                  DWORD count);
 

@@ -14,6 +14,8 @@ namespace zebx::zebdev {
 // the first picture of a size.
 class MotionDetector {
  public:
+  MotionDetector() { SetSensitivity(kDefaultSensitivity); }
+
   static constexpr DWORD kMaxSensitivity = 16;
   static constexpr DWORD kDefaultSensitivity = 8;
   static constexpr std::size_t kMaxAreas = 32;
@@ -33,18 +35,18 @@ class MotionDetector {
 
  private:
   void MeasureCells(const noxcodec::PlaneView& luma);
-  void CompareCells();
   bool HasMotion(const tag_MASKAREA& area) const;
 
-  DWORD m_sensitivity = kDefaultSensitivity;
+  int m_threshold;  // of the difference of two cells
   bool m_has_picture = false;
-  int m_columns = 0;  // of macroblocks
-  int m_rows = 0;
-  // Sums of luma over cells of 8 x 8 pixels: of the picture before, and of this one.
+  DWORD m_columns = 0;  // of macroblocks
+  DWORD m_rows = 0;
+  // Sums of luma over cells of 8 x 8 pixels, four to a macroblock, in which a camera's noise
+  // cancels out: of the picture before, and of this one.
   std::vector<WORD> m_before;
   std::vector<WORD> m_now;
   std::vector<WORD> m_column_sums;
-  std::vector<BYTE> m_moved;  // by macroblock
+  std::vector<BYTE> m_moved;  // by cell: 1 when the two differ
 };
 
 }  // namespace zebx::zebdev

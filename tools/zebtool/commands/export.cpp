@@ -15,6 +15,7 @@
 #include "tools/zebtool/console/text.h"
 #include "tools/zebtool/files/host_paths.h"
 #include "tools/zebtool/files/input_stream.h"
+#include "tools/zebtool/media/frame_rate.h"
 #include "tools/zebtool/media/picture_decoder.h"
 #include "tools/zebtool/media/picture_sizes.h"
 #include "tools/zebtool/media/sound_track.h"
@@ -179,7 +180,7 @@ class Exporter {
     // The standard output may carry the video.
     std::ostream& out = m_settings.output == kStandardStream ? m_console.err : m_console.out;
     out << m_settings.output << ": " << Plural(m_frames, "picture") << " of " << header.width
-        << " x " << header.height << " at " << header.rate.ToText() << "/s\n";
+        << " x " << header.height << " at " << RateText(header.rate) << "/s\n";
     if (m_settings.wav) out << *m_settings.wav << ": the sound\n";
     if (m_no_signal > 0) {
       out << "  " << Plural(m_no_signal, "frame")

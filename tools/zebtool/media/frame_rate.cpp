@@ -32,32 +32,10 @@ constexpr std::array<FrameRate, 18> kWellKnownRates = {{{25, 1},
 // How far the mean may lie off a well-known rate: capture clocks are not better than this.
 constexpr double kRateTolerance = 0.003;
 
-constexpr DWORD kMaxRatePart = 1 << 24;
-constexpr DWORD kSecondsPerMinute = 60;
-
 }  // namespace
 
-FrameRate FrameRate::Reduced() const {
-  const DWORD divisor = std::gcd(frames, seconds);
-  return {frames / divisor, seconds / divisor};
-}
-
-bool FrameRate::IsUsable() const {
-  return frames <= kMaxRatePart && seconds <= kMaxRatePart &&
-         ULONGLONG{frames} * kSecondsPerMinute >= seconds &&
-         frames <= ULONGLONG{seconds} * kMsPerSecond;
-}
-
-ULONGLONG FrameRate::Begin(ULONGLONG number, DWORD units_per_second) const {
-  // Whole groups of `frames` frames last `seconds` seconds each; only the rest needs a division.
-  const ULONGLONG groups = number / frames;
-  const ULONGLONG rest = number % frames;
-  const ULONGLONG units = ULONGLONG{seconds} * units_per_second;
-  return groups * units + rest * units / frames;
-}
-
-std::string FrameRate::ToText() const {
-  return seconds == 1 ? std::to_string(frames) : FormatDecimals(PerSecond(), 3);
+std::string RateText(const FrameRate& rate) {
+  return rate.seconds == 1 ? std::to_string(rate.frames) : FormatDecimals(rate.PerSecond(), 3);
 }
 
 FrameRate RateOfIntervals(ULONGLONG span_ms, ULONGLONG intervals) {

@@ -1,30 +1,19 @@
-// Frame rates as exact fractions, and the time stamps that belong to them.
+// Frame rates for people, and the rates behind time stamps.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "platform/framework/types.h"
+#include "platform/zebdev/software/frame_rate.h"
 
 namespace zebtool {
 
 inline constexpr DWORD kMsPerSecond = 1000;
 
-// `frames` frames in `seconds` seconds; both positive.
-struct FrameRate {
-  DWORD frames = 25;
-  DWORD seconds = 1;
+using zebx::zebdev::FrameRate;
 
-  FrameRate Reduced() const;
-  // From one frame a minute to one a millisecond, the unit of time stamps, and with parts so small
-  // that Begin is exact.
-  bool IsUsable() const;
-  double PerSecond() const { return double{1} * frames / seconds; }
-  // When frame `number` begins, in units of 1 / `units_per_second` seconds, rounded down: exact for
-  // every frame of a usable rate, so that nothing drifts.
-  ULONGLONG Begin(ULONGLONG number, DWORD units_per_second) const;
-  std::string ToText() const;
-};
+// Frames a second: "25", "29.970".
+std::string RateText(const FrameRate& rate);
 
 // The rate behind time stamps: a well-known rate where one fits, otherwise the mean.
 // `span_ms` is the sum of `intervals` intervals between neighbouring frames. 25 without any.

@@ -4,27 +4,18 @@
 #include <string>
 
 #include "platform/noxcodec/software/picture.h"
+#include "platform/zebdev/software/y4m_format.h"
 #include "tools/zebtool/files/input_stream.h"
 #include "tools/zebtool/files/output_stream.h"
-#include "tools/zebtool/media/frame_rate.h"
 
 namespace zebtool {
 
-struct Y4mHeader {
-  int width = 0;
-  int height = 0;
-  FrameRate rate;
-  DWORD pixel_width = 1;  // the shape of a pixel
-  DWORD pixel_height = 1;
-};
-
-// Bytes of one picture of 4:2:0 in memory, the chroma planes' sizes rounded up.
-ULONGLONG RawPictureBytes(int width, int height);
+using zebx::zebdev::RawPictureBytes;
+using zebx::zebdev::Y4mHeader;
 
 class Y4mReader {
  public:
-  // Reads the header. Throws JobError for anything but 8-bit 4:2:0 of a size up to kMaxSize in each
-  // direction. A rate that is not stated counts as 25.
+  // Reads the header. Throws JobError for one that cannot be played.
   explicit Y4mReader(InputStream& input);
 
   const Y4mHeader& Header() const { return m_header; }
@@ -32,13 +23,7 @@ class Y4mReader {
   // JobError when the input ends inside a picture or goes on with something else.
   bool ReadPicture(zebx::noxcodec::Picture& picture);
 
-  static constexpr int kMaxSize = 16384;
-  static constexpr ULONGLONG kMaxPixels = 1 << 26;
-
  private:
-  void ParseHeader(const std::string& line);
-  void ParseField(char tag, const std::string& value);
-  void CheckHeader() const;
   [[noreturn]] void Fail(const std::string& what) const;
 
   InputStream& m_input;

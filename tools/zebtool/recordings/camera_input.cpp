@@ -188,7 +188,7 @@ double CameraInput::FramesPerSecond() const {
 
 void CameraInput::PrintReport(std::ostream& out, const std::vector<WrittenFile>& files) const {
   out << "  pictures   " << m_settings.encoder.width << " x " << m_settings.encoder.height << " at "
-      << m_rate.ToText() << "/s, frame size " << m_settings.header.GetFrameSize() << ", "
+      << RateText(m_rate) << "/s, frame size " << m_settings.header.GetFrameSize() << ", "
       << Plural(m_report.i_frames, "I-frame") << ", " << FormatCount(m_report.voiced_frames)
       << " with speech\n"
       << "  ratio      " << FormatDecimals(Ratio(files), 1) << " : 1 of "

@@ -8,6 +8,7 @@
 
 #include "platform/noxcodec/software/video_encoder.h"
 #include "record/zeb_frame_data.h"
+#include "tools/zebtool/media/frame_rate.h"
 #include "tools/zebtool/media/y4m.h"
 #include "tools/zebtool/recordings/camera_options.h"
 #include "tools/zebtool/recordings/recording_writer.h"
