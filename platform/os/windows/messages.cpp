@@ -10,13 +10,6 @@
 namespace os {
 namespace {
 
-// Runs and answers one message that another thread sent.
-void RunSent(SentMessage& sent, const MessageQueue& queue) {
-  auto window = std::exchange(sent.m_destroyed_window, nullptr);
-  if (window == nullptr) window = WindowTable::Get().OfThread(sent.m_message.m_window, queue);
-  MessageQueue::Answer(sent, window != nullptr ? CallProcedure(*window, sent.m_message) : 0);
-}
-
 void RunAllSent(MessageQueue& queue) {
   while (const auto sent = queue.TakeSent()) RunSent(*sent, queue);
 }
@@ -45,9 +38,7 @@ LRESULT SendMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     is_sent = found.m_queue->Send(std::move(copy));
   });
   if (!is_sent) return 0;
-  while (!queue->WaitForAnswer(*sent)) {
-    if (const auto incoming = queue->TakeSent()) RunSent(*incoming, *queue);
-  }
+  AwaitAnswer(*sent, *queue);
   return sent->m_answer;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/os/windows/window_thread.h"
 
 #include <exception>
+#include <utility>
 #include <vector>
 
 #include "platform/framework/error_report.h"
@@ -24,6 +25,14 @@ bool BeginDestroying(HWND handle, const MessageQueue& own_queue, bool tell) {
 }
 
 thread_local bool thread_has_ended = false;
+
+// A message that the thread is running for another one, inside another such message.
+struct RunningMessage {
+  SentMessage* m_unanswered;  // null once it is answered
+  RunningMessage* m_outer;
+};
+
+thread_local RunningMessage* running_message = nullptr;
 
 // Ends with its thread.
 struct ThreadWindows {
@@ -60,6 +69,29 @@ LRESULT CallProcedure(const Window& window, const Message& message) noexcept {
   } catch (const std::exception& failure) {
     ReportError(failure);
     return 0;
+  }
+}
+
+void RunSent(SentMessage& sent, const MessageQueue& queue) {
+  auto window = std::exchange(sent.m_destroyed_window, nullptr);
+  if (window == nullptr) window = WindowTable::Get().OfThread(sent.m_message.m_window, queue);
+  RunningMessage running{&sent, running_message};
+  running_message = &running;
+  const LRESULT answer = window != nullptr ? CallProcedure(*window, sent.m_message) : 0;
+  running_message = running.m_outer;
+  if (running.m_unanswered != nullptr) MessageQueue::Answer(sent, answer);
+}
+
+void AnswerEarly() {
+  for (RunningMessage* running = running_message; running != nullptr; running = running->m_outer) {
+    SentMessage* sent = std::exchange(running->m_unanswered, nullptr);
+    if (sent != nullptr) MessageQueue::Answer(*sent, 0);
+  }
+}
+
+void AwaitAnswer(const SentMessage& sent, MessageQueue& queue) {
+  while (!queue.WaitForAnswer(sent)) {
+    if (const auto incoming = queue.TakeSent()) RunSent(*incoming, queue);
   }
 }
 

@@ -15,6 +15,13 @@ std::shared_ptr<MessageQueue> ThisThreadQueue();
 // is reported, and the answer is 0. Not to be called holding a lock.
 LRESULT CallProcedure(const Window& window, const Message& message) noexcept;
 
+// Runs and answers one message that another thread sent.
+void RunSent(SentMessage& sent, const MessageQueue& queue);
+// Answers what the calling thread is running with 0, before it is done.
+void AnswerEarly();
+// Waits until `sent`, by the calling thread, is answered, and answers what is sent to its windows.
+void AwaitAnswer(const SentMessage& sent, MessageQueue& queue);
+
 // Destroys a window and everything below it, in whatever thread; with `tell` its own windows of the
 // calling thread get kWmDestroy. False when it is stale or being destroyed already.
 bool DestroyTree(HWND root, const MessageQueue& own_queue, bool tell);
