@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <new>
+#include <string_view>
 
 #include "platform/framework/byte_order.h"
 #include "platform/framework/error_report.h"
@@ -158,39 +159,72 @@ DWORD CZebFrameData::Read(BYTE*& cursor) {
   return Read(cursor, UnknownEnd(cursor));
 }
 
-DWORD CZebFrameData::Read(BYTE*& cursor, const BYTE* end) {
-  const std::span<const BYTE> bytes(cursor, end);
+// The buffer form taken apart; bytes and texts are borrowed.
+struct CZebFrameData::BufferForm {
+  WORD m_frame_type = 0;
+  WORD m_flags = 0;
+  DWORD m_time_stamp = 0;
+  std::span<const BYTE> m_video;
+  std::span<const BYTE> m_speech;
+  std::string_view m_frame_rate;
+  std::string_view m_code_rate;
+  std::size_t m_bytes = 0;
+};
+
+// Nothing for a form that is not whole or does not fit the buffers, whose sizes therefore bound how
+// far a length leads.
+std::optional<CZebFrameData::BufferForm> CZebFrameData::ParseBufferForm(
+    std::span<const BYTE> bytes) const {
   ByteReader reader(bytes);
-  const auto frame_type = reader.Get<WORD>();
-  const auto flags = reader.Get<WORD>();
-  const auto time_stamp = reader.Get<DWORD>();
+  const auto take_text = [&reader] {
+    const auto text = reader.Take(reader.Get<BYTE>());
+    return std::string_view(reinterpret_cast<const char*>(text.data()), text.size());
+  };
+  BufferForm form;
+  form.m_frame_type = reader.Get<WORD>();
+  form.m_flags = reader.Get<WORD>();
+  form.m_time_stamp = reader.Get<DWORD>();
   const auto video_length = reader.Get<DWORD>();
-  if (video_length > m_video_capacity) return 0;
-  const auto video = reader.Take(video_length);
-  const bool voice = (flags & kFrameVoice) != 0;
-  const DWORD speech_length = voice ? reader.Get<DWORD>() : m_speech_length;
-  if (voice && speech_length > m_speech_capacity) return 0;
-  const auto speech = reader.Take(voice ? speech_length : 0);
+  if (video_length > m_video_capacity) return std::nullopt;
+  form.m_video = reader.Take(video_length);
+  if ((form.m_flags & kFrameVoice) != 0) {
+    const auto speech_length = reader.Get<DWORD>();
+    if (speech_length > m_speech_capacity) return std::nullopt;
+    form.m_speech = reader.Take(speech_length);
+  }
+  form.m_frame_rate = take_text();
+  form.m_code_rate = take_text();
+  if (!reader.Ok()) return std::nullopt;
+  form.m_bytes = bytes.size() - reader.Remaining();
+  return form;
+}
+
+std::size_t CZebFrameData::BufferFormBytes(const BYTE* cursor, const BYTE* end) const {
+  const auto form = ParseBufferForm({cursor, end});
+  return form ? form->m_bytes : 0;
+}
+
+DWORD CZebFrameData::Read(BYTE*& cursor, const BYTE* end) {
+  const auto form = ParseBufferForm({cursor, end});
+  if (!form) return 0;
   try {
-    CString frame_rate = reader.TakeText(reader.Get<BYTE>());
-    CString code_rate = reader.TakeText(reader.Get<BYTE>());
-    if (!reader.Ok()) return 0;
+    CString frame_rate(form->m_frame_rate);
+    CString code_rate(form->m_code_rate);
     if (!frame_rate.empty()) m_frame_rate = std::move(frame_rate);
     if (!code_rate.empty()) m_code_rate = std::move(code_rate);
   } catch (const std::bad_alloc& failure) {
     ReportError(failure);
     return 0;
   }
-  m_frame_type = frame_type;
-  m_flags = flags;
-  m_time_stamp = time_stamp;
-  m_video_length = video_length;
-  m_speech_length = speech_length;
-  std::copy(video.begin(), video.end(), m_video.get());
-  std::copy(speech.begin(), speech.end(), m_speech.get());
-  const std::size_t consumed = bytes.size() - reader.Remaining();
-  cursor += consumed;
-  return static_cast<DWORD>(consumed);
+  m_frame_type = form->m_frame_type;
+  m_flags = form->m_flags;
+  m_time_stamp = form->m_time_stamp;
+  m_video_length = static_cast<DWORD>(form->m_video.size());
+  if (IsVoice()) m_speech_length = static_cast<DWORD>(form->m_speech.size());
+  std::ranges::copy(form->m_video, m_video.get());
+  std::ranges::copy(form->m_speech, m_speech.get());
+  cursor += form->m_bytes;
+  return static_cast<DWORD>(form->m_bytes);
 }
 
 FrameHeader CZebFrameData::GetHeader() const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "platform/framework/export.h"
@@ -118,7 +119,13 @@ class ZEBX_API CZebFrameData {
   CString GetFrameRate() const { return m_frame_rate; }
   CString GetCodeRate() const { return m_code_rate; }
 
+ protected:
+  // Bytes of the buffer form at the cursor; 0 when Read would refuse it.
+  std::size_t BufferFormBytes(const BYTE* cursor, const BYTE* end) const;
+
  private:
+  struct BufferForm;
+  std::optional<BufferForm> ParseBufferForm(std::span<const BYTE> bytes) const;
   void SetBit(WORD bit, int on);
   bool HoldsVideo() const { return m_video_length <= m_video_capacity; }
   bool HoldsSpeech() const { return m_speech_length <= m_speech_capacity; }
