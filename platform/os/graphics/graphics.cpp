@@ -281,6 +281,23 @@ int GetBitmapSize(HBITMAP bitmap, CSize* size) {
   return 1;
 }
 
+int GetBitmapPixels(HBITMAP bitmap, std::span<DWORD> pixels) {
+  Tables& tables = Tables::Get();
+  BitmapPointer picture;
+  {
+    const std::lock_guard lock(tables.m_mutex);
+    picture = tables.BitmapOf(bitmap);
+  }
+  if (picture == nullptr) return 0;
+  const PixelSource source = SourceOf(picture->Target());
+  const auto width = static_cast<std::size_t>(source.m_layout.m_width);
+  if (pixels.size() != width * static_cast<std::size_t>(source.m_layout.m_height)) return 0;
+  for (LONG row = 0; row < source.m_layout.m_height; ++row) {
+    source.ReadRow(row, 0, pixels.subspan(static_cast<std::size_t>(row) * width, width));
+  }
+  return 1;
+}
+
 UINT SetDIBColorTable(HDC dc, UINT first, std::span<const BYTE> colors) try {
   const ContextPointer context = FindContext(dc);
   if (context == nullptr || context->m_picture == nullptr) return 0;

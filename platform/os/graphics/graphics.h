@@ -59,6 +59,11 @@ ZEBX_API int DeleteObjectWhenFree(HBITMAP bitmap);
 // 1, or 0 for a stale handle.
 ZEBX_API int GetBitmapSize(HBITMAP bitmap, CSize* size);
 
+// Reads a bitmap, whether it is selected into a context or not: `pixels` gets 4 bytes for each
+// pixel, blue, green, red and 0, row by row from the top. 1, or 0 with nothing read for a stale
+// handle and when `pixels` has not one word for each pixel.
+ZEBX_API int GetBitmapPixels(HBITMAP bitmap, std::span<DWORD> pixels);
+
 // Replaces colours of the bitmap in a memory context, from index `first` on; `colors` as in a
 // colour table. The number replaced: 0 when the bitmap has no colour table.
 ZEBX_API UINT SetDIBColorTable(HDC dc, UINT first, std::span<const BYTE> colors);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -59,34 +60,43 @@ struct Divisors {
   std::vector<Lane> m_reciprocals;
 };
 
+void CopyUnscaled(const PixelSource& source, const PixelTarget& target, const Axis& rows,
+                  const Axis& columns) {
+  const std::int64_t count = columns.End() - columns.First();
+  for (std::int64_t row = rows.First(); row < rows.End(); ++row) {
+    CopyPixels(source, rows.At(row).m_begin, columns.At(columns.First()).m_begin, target,
+               static_cast<LONG>(row), static_cast<LONG>(columns.First()),
+               static_cast<std::size_t>(count));
+  }
+}
+
+}  // namespace
+
 // Makes rows of some target columns that lie side by side, as many as a strip may have.
-class Strip {
+class Stretcher::Strip {
  public:
-  Strip(const PixelSource& source, StretchMode mode)
-      : m_source(source), m_mode(mode), m_pixel_bytes(source.m_layout.m_bit_count == 24 ? 3 : 4) {}
+  // What the next rows are made of; borrowed.
+  void Use(const PixelSource& source, StretchMode mode) {
+    const std::size_t pixel_bytes = source.m_layout.m_bit_count == 24 ? 3 : 4;
+    if (pixel_bytes != m_pixel_bytes || mode != m_mode) m_axis.reset();
+    m_source = source;
+    m_mode = mode;
+    m_pixel_bytes = pixel_bytes;
+  }
 
   // Takes columns from `first` on, and returns the one behind the last.
   std::int64_t Begin(const Axis& columns, std::int64_t first) {
-    m_left = columns.At(first).m_begin;
-    m_columns.clear();
-    m_widest = 0;
-    std::int64_t column = first;
-    for (; column < std::min(columns.End(), first + kStripColumns); ++column) {
-      const Span span = columns.At(column);
-      if (column != first && span.m_end - m_left > kStripSourceColumns) break;
-      m_columns.push_back({span.m_begin - m_left, span.m_end - m_left});
-      m_widest = std::max(m_widest, span.Size());
-    }
-    m_runs.clear();
-    for (const Span& span : m_columns) {
-      const auto pixel_bytes = static_cast<DWORD>(m_pixel_bytes);
-      m_runs.push_back({static_cast<DWORD>(span.m_begin) * pixel_bytes,
-                        static_cast<DWORD>(span.m_end - 1) * pixel_bytes});
-    }
-    m_mixed.resize(m_columns.size());
-    m_read.resize(static_cast<std::size_t>(std::min(m_columns.back().m_end, kStripSourceColumns)));
-    for (Divisors& divisors : m_divisors) divisors.m_rows = 0;
-    return column;
+    if (m_axis == columns && m_first == first) return m_end;
+    m_axis.reset();
+    m_end = MakeTables(columns, first);
+    m_first = first;
+    m_axis = columns;
+    return m_end;
+  }
+
+  // Of the source pixels that one of the target could be made of, those that it is made of.
+  Span Taken(Span span) const {
+    return m_mode == StretchMode::kDropped ? Span{span.m_begin, span.m_begin + 1} : span;
   }
 
   // A row of the target out of these rows of the source. Valid until the next.
@@ -104,6 +114,29 @@ class Strip {
   }
 
  private:
+  std::int64_t MakeTables(const Axis& columns, std::int64_t first) {
+    m_left = columns.At(first).m_begin;
+    m_columns.clear();
+    m_widest = 0;
+    std::int64_t column = first;
+    for (; column < std::min(columns.End(), first + kStripColumns); ++column) {
+      const Span span = Taken(columns.At(column));
+      if (column != first && span.m_end - m_left > kStripSourceColumns) break;
+      m_columns.push_back({span.m_begin - m_left, span.m_end - m_left});
+      m_widest = std::max(m_widest, span.Size());
+    }
+    m_runs.clear();
+    for (const Span& span : m_columns) {
+      const auto pixel_bytes = static_cast<DWORD>(m_pixel_bytes);
+      m_runs.push_back({static_cast<DWORD>(span.m_begin) * pixel_bytes,
+                        static_cast<DWORD>(span.m_end - 1) * pixel_bytes});
+    }
+    m_mixed.resize(m_columns.size());
+    m_read.resize(static_cast<std::size_t>(std::min(m_columns.back().m_end, kStripSourceColumns)));
+    for (Divisors& divisors : m_divisors) divisors.m_rows = 0;
+    return column;
+  }
+
   bool IsWide() const { return m_widest > 2; }
   bool CanBeSummed(Span rows) const {
     return static_cast<std::size_t>(std::max(m_widest, 2)) *
@@ -196,9 +229,12 @@ class Strip {
                            [this](const PixelMixer& mixer) { return mixer.Mixed(m_mode); });
   }
 
-  const PixelSource& m_source;
-  StretchMode m_mode;
-  std::size_t m_pixel_bytes;
+  PixelSource m_source;
+  StretchMode m_mode = StretchMode::kBlackOnWhite;
+  std::size_t m_pixel_bytes = 0;
+  std::optional<Axis> m_axis;  // whose columns from m_first to m_end - 1 the tables are for
+  std::int64_t m_first = 0;
+  std::int64_t m_end = 0;
   LONG m_left = 0;              // of the source columns
   LONG m_widest = 0;            // of m_columns
   std::vector<Span> m_columns;  // counted from m_left
@@ -212,20 +248,11 @@ class Strip {
   std::vector<Color> m_mixed;
 };
 
-void CopyUnscaled(const PixelSource& source, const PixelTarget& target, const Axis& rows,
-                  const Axis& columns) {
-  const std::int64_t count = columns.End() - columns.First();
-  for (std::int64_t row = rows.First(); row < rows.End(); ++row) {
-    CopyPixels(source, rows.At(row).m_begin, columns.At(columns.First()).m_begin, target,
-               static_cast<LONG>(row), static_cast<LONG>(columns.First()),
-               static_cast<std::size_t>(count));
-  }
-}
+Stretcher::Stretcher() = default;
+Stretcher::~Stretcher() = default;
 
-}  // namespace
-
-void StretchPixels(const PixelSource& source, const Area& from, const PixelTarget& target,
-                   const Area& onto, StretchMode mode) {
+void Stretcher::Stretch(const PixelSource& source, const Area& from, const PixelTarget& target,
+                        const Area& onto, StretchMode mode) {
   if (from.m_width == 0 || from.m_height == 0 || onto.m_width == 0 || onto.m_height == 0) return;
   const Axis rows(onto.m_y, onto.m_height, target.m_layout.m_height, from.m_y, from.m_height,
                   source.m_layout.m_height);
@@ -236,19 +263,26 @@ void StretchPixels(const PixelSource& source, const Area& from, const PixelTarge
     CopyUnscaled(source, target, rows, columns);
     return;
   }
-  Strip strip(source, mode);
+  if (m_strip == nullptr) m_strip = std::make_unique<Strip>();
+  Strip& strip = *m_strip;
+  strip.Use(source, mode);
   for (std::int64_t column = columns.First(); column < columns.End();) {
     const std::int64_t end = strip.Begin(columns, column);
     std::span<const Color> mixed;
     Span mixed_rows;  // the source rows that `mixed` was made of
     for (std::int64_t row = rows.First(); row < rows.End(); ++row) {
-      const Span source_rows = rows.At(row);
+      const Span source_rows = strip.Taken(rows.At(row));
       if (source_rows != mixed_rows) mixed = strip.Mix(source_rows);
       mixed_rows = source_rows;
       target.WriteRow(static_cast<LONG>(row), static_cast<LONG>(column), mixed);
     }
     column = end;
   }
+}
+
+void StretchPixels(const PixelSource& source, const Area& from, const PixelTarget& target,
+                   const Area& onto, StretchMode mode) {
+  Stretcher().Stretch(source, from, target, onto, mode);
 }
 
 }  // namespace os

@@ -34,6 +34,8 @@ class Axis {
                        [this](std::int64_t place) { return BeginAt(place) >= m_source_size; });
   }
 
+  bool operator==(const Axis&) const = default;
+
   // The places that are visible and have source pixels.
   std::int64_t First() const { return m_first; }
   std::int64_t End() const { return m_end; }

@@ -7,6 +7,7 @@ namespace os {
 enum class StretchMode {
   kBlackOnWhite,  // they are ANDed into the pixel that stays: the default
   kHalftone,      // they are averaged
+  kDropped,       // they are left out
 };
 
 }  // namespace os

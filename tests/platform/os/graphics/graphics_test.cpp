@@ -7,6 +7,7 @@
 #include <random>
 
 #include "platform/framework/bitmap.h"
+#include "platform/os/graphics/stretch.h"
 #include "tests/support/canvas.h"
 #include "tests/support/window_fixture.h"
 
@@ -43,6 +44,11 @@ TEST(Graphics, ReadsAndWritesEveryFormOfPixels) {
     EXPECT_EQ(os::SetDIBColorTable(target.m_dc, 0, colors), bit_count <= 8 ? 2U : 0U);
     EXPECT_EQ(os::StretchBlt(target.m_dc, 0, 0, 2, 1, canvas.m_dc, 0, 0, 2, 1, os::kSrcCopy), 1);
     EXPECT_EQ(std::vector<BYTE>(target.m_bits.begin(), target.m_bits.end()), red_green);
+    // Also while it is selected.
+    Colors words(2);
+    EXPECT_EQ(os::GetBitmapPixels(target.m_bitmap, words), 1);
+    EXPECT_EQ(words, (Colors{0xFF0000, 0x00FF00}));
+    EXPECT_EQ(os::GetBitmapPixels(target.m_bitmap, std::span(words).first(1)), 0);
   }
 }
 
@@ -62,6 +68,7 @@ struct Side {
 
 DWORD Combined(const Colors& colors, os::StretchMode mode) {
   DWORD all = 0xFFFFFF, mean = 0;
+  if (mode == os::StretchMode::kDropped) return colors.front();
   for (const DWORD color : colors) all &= color;
   for (const int shift : {0, 8, 16}) {
     std::size_t sum = colors.size() / 2;
@@ -71,20 +78,27 @@ DWORD Combined(const Colors& colors, os::StretchMode mode) {
   return mode == os::StretchMode::kBlackOnWhite ? all : mean;
 }
 
+os::Area AreaOf(const std::array<Side, 2>& sides) {
+  return {sides[0].m_begin, sides[1].m_begin, sides[0].m_size, sides[1].m_size};
+}
+
 TEST(Graphics, StretchesAsIfEachPixelWereMadeByItself) {
   // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp)
   std::minstd_rand random(1);
   const auto pick = [&](int low, int high) {
     return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
   };
+  os::Stretcher kept;
   for (int round = 0; round < 400; ++round) {
     // Some are wide, so that they are made in pieces or of very many pixels.
     const std::array<int, 2> size = {pick(1, round % 10 == 0 ? 6000 : 24), pick(1, 24)};
     const std::array<int, 2> drawn = {pick(1, round % 20 == 0 ? 3000 : 24), pick(1, 24)};
-    const Canvas source(size[0], static_cast<WORD>(8 * pick(2, 4)), size[1]);
-    const Canvas target(drawn[0], static_cast<WORD>(8 * pick(3, 4)), drawn[1]);
+    const auto source_bits = static_cast<WORD>(8 * pick(2, 4));
+    const auto target_bits = static_cast<WORD>(8 * pick(3, 4));
+    const Canvas source(size[0], source_bits, size[1]);
+    const Canvas target(drawn[0], target_bits, drawn[1]);
     for (BYTE& byte : source.m_bits) byte = static_cast<BYTE>(pick(0, 255));
-    const auto mode = static_cast<os::StretchMode>(pick(0, 1));
+    const auto mode = static_cast<os::StretchMode>(pick(0, 2));
     std::array<Side, 2> from{}, onto{};
     for (const std::size_t i : {0U, 1U}) {
       from[i] = {0, size[i]};
@@ -108,12 +122,21 @@ TEST(Graphics, StretchesAsIfEachPixelWereMadeByItself) {
       }
       if (!box.empty()) expected[i] = Combined(box, mode);
     }
+    // From tables of another round, and from those of this one.
+    std::vector<BYTE> once(target.m_bits.begin(), target.m_bits.end()), again = once;
+    for (std::vector<BYTE>* bits : {&once, &again}) {
+      const auto read = os::PixelLayout::Of(HeaderOf(size[0], -size[1], source_bits));
+      const auto written = os::PixelLayout::Of(HeaderOf(drawn[0], -drawn[1], target_bits));
+      kept.Stretch({*read, source.m_bits, {}}, AreaOf(from), {*written, *bits, {}}, AreaOf(onto),
+                   mode);
+    }
     os::SetStretchBltMode(target.m_dc, mode);
     EXPECT_EQ(os::StretchBlt(target.m_dc, onto[0].m_begin, onto[1].m_begin, onto[0].m_size,
                              onto[1].m_size, source.m_dc, from[0].m_begin, from[1].m_begin,
                              from[0].m_size, from[1].m_size, os::kSrcCopy),
               1);
     EXPECT_TRUE(target.Pixels() == expected) << "round " << round;
+    EXPECT_TRUE(std::ranges::equal(once, target.m_bits) && again == once) << "round " << round;
   }
 }
 
