@@ -29,7 +29,9 @@
 
 // The libraries that a host can bring its own of: devices, codec, display.
 #include "platform/noxcodec/noxcodec.h"
+#include "platform/noxdisplay/display_record.h"
 #include "platform/noxdisplay/noxdisplay.h"
+#include "platform/noxdisplay/streams.h"
 #include "platform/zebdev/zebdev.h"
 
 // Picture formats and capture control.

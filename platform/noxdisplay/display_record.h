@@ -14,7 +14,8 @@ inline constexpr std::size_t kDisplayMasks = 5;
 
 }  // namespace zebx::noxdisplay
 
-// A rectangle that is outlined over the picture, in macroblocks of 16 pixels of the encode size.
+// A rectangle that is outlined over the picture, in macroblocks of 16 pixels of the record's encode
+// size.
 struct tag_DISPLAYMASK {
   LONG m_left;
   LONG m_top;
@@ -27,7 +28,11 @@ struct tag_DISPLAYMASK {
 // Colours are 0x00BBGGRR.
 struct tag_DISPLAYINFO {
   DWORD m_flags;  // kShow...
-  DWORD m_reserved_4;
+  // What the masks are counted in: the size at which the channel encodes, in pixels. 0: the
+  // stream's size. A preview of half that size, or a picture decoded at twice of it, has to say.
+  WORD m_encode_width;
+  WORD m_encode_height;
+  // Where in the stream's picture captions go. Empty: anywhere.
   LONG m_caption_left;
   LONG m_caption_top;
   LONG m_caption_right;
@@ -60,22 +65,24 @@ enum : DWORD {
   kShowBoardName = 0x00000004,
   kShowClock = 0x00000008,
   kShowProgramming = 0x00000010,
-  kShowActive = 0x00000020,
+  kShowActive = 0x00000020,  // without a registered picture a frame round the window
   kShowAlarm = 0x00000040,
   kShowMasks = 0x00000080,
-  kShowPlayed = 0x00000100,  // a recording's picture, not a live one
+  kShowPlayed = 0x00000100,  // a recording's picture, not a live one; nothing is drawn for it
   kShowRecord = 0x00000200,
   kShowAudio = 0x00000400,
-  kShowVideoLost = 0x00000800,
+  kShowVideoLost = 0x00000800,  // in the place of the picture and of masks
   kShowBeginTime = 0x00002000,
   kShowEndTime = 0x00004000,
-  kShowSmooth = 0x00040000,  // scaled with means
+  kShowSmooth = 0x00040000,  // made smaller with means; else rows and columns are left out
   kShowReserved19 = 0x00080000,
 };
 
 }  // namespace zebx::noxdisplay
 
 static_assert(sizeof(tag_DISPLAYMASK) == 20 && sizeof(tag_DISPLAYINFO) == 476 &&
+              offsetof(tag_DISPLAYINFO, m_encode_width) == 4 &&
+              offsetof(tag_DISPLAYINFO, m_caption_left) == 8 &&
               offsetof(tag_DISPLAYINFO, m_mask_count) == 24 &&
               offsetof(tag_DISPLAYINFO, m_masks) == 28 &&
               offsetof(tag_DISPLAYINFO, m_camera_name) == 128 &&

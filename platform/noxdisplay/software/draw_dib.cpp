@@ -1,17 +1,17 @@
 // Drawing of single pictures.
 #include <algorithm>
-#include <new>
 #include <span>
 #include <vector>
 
 #include "platform/noxdisplay/noxdisplay.h"
+#include "platform/noxdisplay/software/display_library.h"
 #include "platform/os/graphics/graphics.h"
 #include "platform/os/graphics/pixels.h"
 
+using namespace zebx::noxdisplay;
+
 namespace {
 
-constexpr int kGood = 0;
-constexpr int kFailed = 1;
 constexpr WORD kBitCount = 24;
 constexpr std::size_t kPixelBytes = 3;
 
@@ -29,16 +29,14 @@ std::vector<BYTE> PadRows(const BYTE* picture, const os::PixelLayout& layout) {
   return padded;
 }
 
-}  // namespace
-
-int noxshowDrawDib(const BYTE* picture, const CSize* size, HDC dc, const CRect* target) try {
-  if (picture == nullptr || size == nullptr || target == nullptr) return kFailed;
+bool Draw(const BYTE* picture, const CSize* size, HDC dc, const CRect* target) {
+  if (picture == nullptr || size == nullptr || target == nullptr) return false;
   os::BitmapInfoHeader header;
   header.m_width = size->cx;
   header.m_height = size->cy;
   header.m_bit_count = kBitCount;
   const auto layout = os::PixelLayout::Of(header);
-  if (!layout || layout->m_top_down) return kFailed;
+  if (!layout || layout->m_top_down) return false;
 
   std::vector<BYTE> padded;
   std::span<const BYTE> rows(picture, layout->TotalBytes());
@@ -47,10 +45,13 @@ int noxshowDrawDib(const BYTE* picture, const CSize* size, HDC dc, const CRect* 
     rows = padded;
   }
   os::SetStretchBltMode(dc, os::StretchMode::kHalftone);
-  const int drawn =
-      os::StretchDIBits(dc, target->left, target->top, target->Width(), target->Height(), 0, 0,
-                        size->cx, size->cy, rows, header, {}, os::kSrcCopy);
-  return drawn != os::kGdiError ? kGood : kFailed;
-} catch (const std::bad_alloc&) {
-  return kFailed;
+  return os::StretchDIBits(dc, target->left, target->top, target->Width(), target->Height(), 0, 0,
+                           size->cx, size->cy, rows, header, {}, os::kSrcCopy) != os::kGdiError;
+}
+
+}  // namespace
+
+int noxshowDrawDib(const BYTE* picture, const CSize* size, HDC dc, const CRect* target) {
+  const auto draw = [=] { return Draw(picture, size, dc, target); };
+  return DisplayLibrary::Get().Call(Function::kDrawDib, draw);
 }

@@ -1,8 +1,9 @@
-// A font of 6 x 13 pixels: the characters that font.cpp lists, in its order, after a box for any
-// other one. Each text holds the rows of a glyph from the top, two hexadecimal digits a row, of which
-// the lowest bit is the rightmost pixel.
+// A font of 6 x 13 pixels: a box, then the characters that font.cpp lists, in its order. Each text
+// holds the rows of a glyph from the top, two hexadecimal digits a row, whose lowest bit is the
+// pixel on the right.
 //
-// Taken from the font -Misc-Fixed-Medium-13-... "Public domain font.  Share and enjoy."
+// Made from the bitmap font -Misc-Fixed-Medium-R-SemiCondensed--13, whose own note
+// says: "Public domain font.  Share and enjoy." docs/display.md tells how.
 #include "platform/noxdisplay/software/font.h"
 
 namespace zebx::noxdisplay {

@@ -1,28 +1,19 @@
-// The state of the display's surfaces as a whole.
-#include <atomic>
-
+// The door's functions on the state of the display's surfaces as a whole.
 #include "platform/noxdisplay/noxdisplay.h"
-#include "platform/noxdisplay/software/display_control.h"
+#include "platform/noxdisplay/software/display_library.h"
 
-namespace {
-
-std::atomic<bool> surfaces_lost = false;
-
-}  // namespace
-
-namespace zebx::noxdisplay {
-
-void LoseSurfaces() {
-  surfaces_lost = true;
-}
-
-}  // namespace zebx::noxdisplay
+using namespace zebx::noxdisplay;
 
 int noxshowIsLost() {
-  return surfaces_lost ? 1 : 0;
+  DisplayLibrary& library = DisplayLibrary::Get();
+  return library.Call(Function::kIsLost, [&] { return !library.IsLost(); });
 }
 
 int noxshowRestore() {
-  surfaces_lost = false;
-  return 0;
+  DisplayLibrary& library = DisplayLibrary::Get();
+  const auto restore = [&] {
+    library.Restore();
+    return true;
+  };
+  return library.Call(Function::kRestore, restore);
 }

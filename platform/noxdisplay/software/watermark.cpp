@@ -3,15 +3,13 @@
 #include <utility>
 
 #include "platform/noxdisplay/noxdisplay.h"
-#include "platform/noxdisplay/software/display_control.h"
+#include "platform/noxdisplay/software/display_library.h"
 #include "platform/os/graphics/pixels.h"
 
 using namespace zebx;
 
 namespace {
 
-constexpr int kGood = 0;
-constexpr int kFailed = 1;
 constexpr WORD kBitCount = 24;
 
 struct WatermarkInForce {
@@ -37,17 +35,21 @@ std::optional<Watermark> CurrentWatermark() {
 }  // namespace zebx::noxdisplay
 
 int noxshowSetWatermark(const BYTE* pixels, DWORD bytes, DWORD width, DWORD height) {
-  os::BitmapInfoHeader header;
-  header.m_width = static_cast<LONG>(width);
-  header.m_height = static_cast<LONG>(height);
-  header.m_bit_count = kBitCount;
-  const auto layout = os::PixelLayout::Of(header);
-  if (pixels == nullptr || !layout || layout->m_top_down || layout->TotalBytes() != bytes) {
-    return kFailed;
-  }
-  noxdisplay::Watermark watermark = {width, height, {pixels, pixels + bytes}};
-  WatermarkInForce& in_force = WatermarkInForce::Get();
-  const std::lock_guard lock(in_force.m_mutex);
-  in_force.m_watermark = std::move(watermark);
-  return kGood;
+  const auto set = [=] {
+    os::BitmapInfoHeader header;
+    header.m_width = static_cast<LONG>(width);
+    header.m_height = static_cast<LONG>(height);
+    header.m_bit_count = kBitCount;
+    const auto layout = os::PixelLayout::Of(header);
+    if (pixels == nullptr || !layout || layout->m_top_down || layout->TotalBytes() != bytes) {
+      return false;
+    }
+    noxdisplay::Watermark watermark = {width, height, {pixels, pixels + bytes}};
+    WatermarkInForce& in_force = WatermarkInForce::Get();
+    const std::lock_guard lock(in_force.m_mutex);
+    in_force.m_watermark = std::move(watermark);
+    return true;
+  };
+  return noxdisplay::DisplayLibrary::Get().Call(noxdisplay::Function::kSetWatermark, set, bytes,
+                                                width, height);
 }

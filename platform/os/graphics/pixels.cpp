@@ -124,6 +124,11 @@ std::optional<PixelLayout> PixelLayout::Of(const BitmapInfoHeader& header) {
   return layout;
 }
 
+PixelLayout PixelLayout::OfWords(CSize size) {
+  return {size.cx, size.cy, 8 * sizeof(Color), static_cast<std::size_t>(size.cx) * sizeof(Color),
+          true};
+}
+
 std::vector<Color> ParseColorTable(std::span<const BYTE> table, WORD bit_count) {
   if (bit_count > kByteBits) return {};
   const std::size_t count = std::min(table.size() / kColorBytes, std::size_t{1} << bit_count);

@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "platform/framework/geometry.h"
 #include "platform/framework/types.h"
 #include "platform/os/graphics/dib_format.h"
 
@@ -24,6 +25,8 @@ struct PixelLayout {
   // The layout of a DIB's rows; nothing for a compressed one, another bit count, an empty picture
   // and one of more than kMaxBytes.
   static std::optional<PixelLayout> Of(const BitmapInfoHeader& header);
+  // Pixels of 32 bits, rows from the top without gaps. The size is one of those that fit.
+  static PixelLayout OfWords(CSize size);
   std::size_t TotalBytes() const { return m_pitch_bytes * static_cast<std::size_t>(m_height); }
   std::size_t RowOffset(LONG row) const {
     return m_pitch_bytes * static_cast<std::size_t>(m_top_down ? row : m_height - 1 - row);
