@@ -10,7 +10,11 @@ class Dice {
  public:
   explicit Dice(DWORD seed) : m_state(seed) {}
   // For seeds that are small numbers: their neighbours have nothing in common.
-  static Dice Mixed(DWORD seed) { return Dice(seed * 2654435761U); }
+  static Dice Mixed(DWORD seed) {
+    seed *= 2654435761U;
+    seed = (seed ^ seed >> 15) * 2246822519U;
+    return Dice(seed ^ seed >> 13);
+  }
   // 0 .. sides - 1
   int Roll(int sides) {
     m_state = m_state * 1664525U + 1013904223U;

@@ -146,7 +146,7 @@ Look LookOf(DWORD seed) {
   Look look;
   if (seed == 0) return look;
   Dice dice = Dice::Mixed(seed);
-  look.sky = kSkies.at(static_cast<std::size_t>(dice.Roll(kSkies.size())));
+  look.sky = kSkies.at(seed % kSkies.size());
   for (House& house : look.houses) {
     house.eaves += dice.Roll(21) - 10;
     house.red = 130 + dice.Roll(85);

@@ -1,6 +1,4 @@
 // The source that shows the generated street.
-#include <algorithm>
-#include <cmath>
 #include <optional>
 
 #include "platform/zebdev/software/channel_source.h"
@@ -20,7 +18,7 @@ class StreetSound {
   void Read(const StreetTraffic& traffic, std::span<std::int16_t> samples) {
     constexpr int kSamplesPerFrame = 8000 / StreetScene::kFramesPerSecond;
     constexpr double kQuiet = 0.05;
-    constexpr int kNoise = 32767;
+    constexpr int kNoise = 8000;           // times the greatest loudness, a sample holds it
     constexpr double kLowPart = 1.0 / 16;  // of each sample in the sound
     for (std::int16_t& sample : samples) {
       if (m_rest == 0) {
@@ -31,7 +29,7 @@ class StreetSound {
       --m_rest;
       m_loudness += m_step;
       m_hum += kLowPart * (m_dice.Roll(2 * kNoise + 1) - kNoise - m_hum);
-      sample = static_cast<std::int16_t>(std::clamp<double>(m_hum * m_loudness, -kNoise, kNoise));
+      sample = static_cast<std::int16_t>(m_hum * m_loudness);
     }
   }
 
@@ -68,11 +66,14 @@ class StreetSource final : public ChannelSource {
     const double across = m_scene->Width() / SceneCanvas::kWidth;
     const double down = m_scene->Height() / SceneCanvas::kHeight;
     for (const Box& head : m_traffic.Heads(m_frame)) {
-      if (head.left < 0 || head.right > SceneCanvas::kWidth) continue;
-      const auto left = static_cast<DWORD>(head.left * across);
-      const auto top = static_cast<DWORD>(head.top * down);
-      faces.push_back({left, top, static_cast<DWORD>(std::ceil(head.right * across)) - left,
-                       static_cast<DWORD>(std::ceil(head.bottom * down)) - top});
+      const auto left = static_cast<int>(head.left * across);
+      const auto top = static_cast<int>(head.top * down);
+      // Whole in packets, which round widths down.
+      const int width = (static_cast<int>((head.right - head.left) * across) | 3) + 1;
+      const auto height = static_cast<int>((head.bottom - head.top) * down) + 1;
+      if (left < 0 || left + width > m_scene->Width()) continue;
+      faces.push_back({static_cast<DWORD>(left), static_cast<DWORD>(top), static_cast<DWORD>(width),
+                       static_cast<DWORD>(height)});
     }
     return faces;
   }

@@ -117,9 +117,9 @@ std::vector<Traveller> Reshuffle(std::span<const Traveller> travellers, bool is_
     traveller.start += shift + dice.Roll(is_lane ? 40 : 200);
     traveller.units_per_frame *= pace;
     if (!is_lane && dice.Roll(2) == 0) traveller.units_per_frame = -traveller.units_per_frame;
-    traveller.red = 40 + dice.Roll(170);
-    traveller.green = 40 + dice.Roll(170);
-    traveller.blue = 40 + dice.Roll(170);
+    traveller.red = 50 + dice.Roll(140);
+    traveller.green = std::max(40, traveller.red + dice.Roll(90) - 60);
+    traveller.blue = std::max(40, traveller.green + dice.Roll(90) - 40);
   }
   return shuffled;
 }

@@ -18,7 +18,7 @@ class StreetTraffic {
   void Paint(SceneCanvas& canvas, DWORD frame_number) const;
   // The heads of the people there, in scene units, nearest first; some may be outside the picture.
   std::vector<Box> Heads(DWORD frame_number) const;
-  // How loud the cars are, 0 to about 2.
+  // How loud the cars are: 0 to 1 for each of the four.
   double Loudness(DWORD frame_number) const;
 
   struct Traveller {
