@@ -236,13 +236,32 @@ void MakeSearchSeeds(const fs::path& root) {
   seeds.AddWithDamage(TextOf(bytes));
 }
 
+// Of a few samples in each form, with a chunk that means nothing in front of them.
+void MakeSoundSeeds(const fs::path& root) {
+  Seeds seeds(root, "wav_fuzz");
+  const std::string sound = "sound" + std::string(40, '\x70') + "s";
+  for (const WORD channels : {WORD{1}, WORD{2}}) {
+    for (const WORD bits : {WORD{8}, WORD{16}}) {
+      for (const DWORD rate : {4000U, 8000U, 44100U}) {
+        const std::string chunks = "WAVELIST" + Little(2) + "xx" + "fmt " + Little(16) +
+                                   Little(1, 2) + Little(channels, 2) + Little(rate) + Little(0) +
+                                   Little(0, 2) + Little(bits, 2) + "data" + Little(sound.size()) +
+                                   sound;
+        seeds.AddWithDamage("RIFF" + Little(chunks.size()) + chunks);
+      }
+    }
+  }
+}
+
 void MakeTextSeeds(const fs::path& root) {
   Seeds videos(root, "y4m_fuzz");
+  Seeds played(root, "y4m_loop_fuzz");
   const std::string picture = "FRAME\n" + std::string(4 * 2 + 2 * 2 * 1, 'p');
   for (const char* header : {"W4 H2 F25:1 Ip A1:1 C420jpeg", "W4 H2", "H2 F30000:1001 W4 C420"}) {
     const std::string video = "YUV4MPEG2 " + std::string(header) + '\n' + picture + picture;
     videos.Add(video);
     videos.Add(video.substr(0, video.size() - 1));
+    played.AddWithDamage(video);
   }
   Seeds drives(root, "drive_list_fuzz");
   const std::string paths = "\nd:\\dvr\\x.zebz\nE:/../../etc/./passwd\nd:\n/srv/x\n";
@@ -266,6 +285,7 @@ int main(int argc, char** argv) {
   MakeSnapshotSeeds(root);
   MakeDatabaseSeeds(root);
   MakeSearchSeeds(root);
+  MakeSoundSeeds(root);
   MakeTextSeeds(root);
   return 0;
 }

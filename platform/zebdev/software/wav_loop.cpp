@@ -15,7 +15,6 @@ constexpr int kMaxChunks = 1000;  // before the sound: nobody writes so many
 
 constexpr std::size_t kIdBytes = 4;
 constexpr std::size_t kChunkHeadBytes = 8;
-constexpr std::size_t kFormatBytes = 16;
 constexpr std::size_t kMaxFormatBytes = 40;
 constexpr WORD kPcm = 1;
 constexpr WORD kExtensible = 0xFFFE;  // the format word stands further behind

@@ -1,0 +1,269 @@
+// Motion, colours, pixels and faces of the pictures that channels see.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <tuple>
+#include <vector>
+
+#include "platform/zebdev/software/face_packet.h"
+#include "platform/zebdev/software/motion_detector.h"
+#include "platform/zebdev/software/picture_colour.h"
+#include "platform/zebdev/software/picture_pixels.h"
+#include "record/mox_face.h"
+#include "tests/platform/noxcodec/picture_measures.h"
+
+namespace zebx::zebdev {
+namespace {
+
+using noxcodec::Picture;
+
+Picture Grey(int width, int height, int level, int cb = 128, int cr = 128) {
+  const std::array<int, noxcodec::kPlaneCount> values = {level, cb, cr};
+  return DrawPicture(width, height, [&](int plane, int, int) { return values.at(plane); });
+}
+
+TEST(MotionDetector, FindsPassingCarsAndNoNoiseOnAWall) {
+  const StreetScene scene(352, 288);
+  const tag_MASKAREA areas[] = {{0, 0, 22, 9}, {9, 13, 11, 15}, {0, 13, 22, 17}};
+  MotionDetector detector;
+  Picture picture;
+  std::array<int, 3> moved = {};
+  constexpr int kFrames = 500;
+  for (DWORD frame = 0; frame < kFrames; ++frame) {
+    scene.Render(frame, picture);
+    const DWORD seen = detector.Look(picture.View(), areas);
+    for (std::size_t area = 0; area < moved.size(); ++area) moved.at(area) += seen >> area & 1U;
+  }
+  EXPECT_EQ(moved[0], 0);
+  // Cars are there now and then at one place of the road, and nearly always on all of it.
+  EXPECT_GT(moved[1], kFrames / 10);
+  EXPECT_LT(moved[1], kFrames * 3 / 4);
+  EXPECT_GT(moved[2], kFrames * 9 / 10);
+}
+
+TEST(MotionDetector, SensitivitySaysHowLargeAChangeHasToBe) {
+  const tag_MASKAREA area[] = {{0, 0, 3, 2}};
+  // The change of a cell's mean, and the least sensitivity that finds it.
+  for (const auto& [change, least] : {std::pair(1, 16), {2, 12}, {4, 8}, {15, 1}, {16, 0}}) {
+    for (DWORD sensitivity = 0; sensitivity <= 18; ++sensitivity) {
+      MotionDetector detector;
+      detector.SetSensitivity(sensitivity);
+      detector.Look(Grey(48, 32, 100).View(), area);
+      const DWORD moved = detector.Look(Grey(48, 32, 100 - change).View(), area);
+      EXPECT_EQ(moved, sensitivity >= static_cast<DWORD>(least) ? 1U : 0U)
+          << change << " at " << sensitivity;
+    }
+  }
+  MotionDetector fresh;
+  fresh.Look(Grey(48, 32, 100).View(), area);
+  EXPECT_EQ(fresh.Look(Grey(48, 32, 103).View(), area), 0U);
+  EXPECT_EQ(fresh.Look(Grey(48, 32, 99).View(), area), 1U);
+}
+
+TEST(MotionDetector, LooksInsideTheAreasAndThePictureOnly) {
+  constexpr DWORD kFar = 0xFFFFFFFF;
+  // The cell that changes is the lower right one of the macroblock in column 1 of row 1. The last
+  // half macroblocks of the picture are none.
+  const std::vector<std::pair<tag_MASKAREA, bool>> cases = {
+      {{1, 1, 2, 2}, true},        {{0, 0, 2, 2}, true},        {{0, 0, kFar, kFar}, true},
+      {{0, 0, 1, 2}, false},       {{2, 0, 3, 3}, false},       {{0, 2, 3, 3}, false},
+      {{1, 1, 1, 2}, false},       {{2, 2, 1, 1}, false},       {{kFar, 0, kFar, kFar}, false},
+      {{0, kFar, 3, kFar}, false}, {{5, 5, kFar, kFar}, false}, {{3, 0, 4, 3}, false}};
+  std::vector<tag_MASKAREA> areas;
+  DWORD expected = 0;
+  for (const auto& [area, moves] : cases) {
+    expected |= DWORD{moves} << areas.size();
+    areas.push_back(area);
+  }
+  const auto picture = [](int brightness) {
+    return DrawPicture(56, 56, [&](int plane, int x, int y) {
+      const bool is_cell = x >= 24 && x < 32 && y >= 24 && y < 32;
+      const bool is_edge = x >= 48 || y >= 48;
+      return plane == 0 && (is_cell || is_edge) ? brightness : 60;
+    });
+  };
+  MotionDetector detector;
+  EXPECT_EQ(detector.Look(picture(60).View(), areas), 0U);
+  EXPECT_EQ(detector.Look(picture(90).View(), areas), expected);
+  EXPECT_EQ(detector.Look(picture(90).View(), areas), 0U);
+  EXPECT_EQ(detector.Look(picture(60).View(), std::vector(40, cases[0].first)), kFar);
+  EXPECT_EQ(detector.Look(picture(90).View(), {}), 0U);
+
+  // Nothing to compare with: after Forget, and at another size.
+  detector.Forget();
+  EXPECT_EQ(detector.Look(picture(60).View(), areas), 0U);
+  EXPECT_EQ(detector.Look(Grey(32, 32, 200).View(), areas), 0U);
+  EXPECT_EQ(detector.Look(Grey(32, 32, 100).View(), areas), 0x7U | 1U << 3);
+  EXPECT_EQ(detector.Look(Grey(8, 8, 100).View(), areas), 0U);
+  EXPECT_EQ(detector.Look(Grey(8, 8, 200).View(), areas), 0U);
+}
+
+TEST(PictureColour, DefaultsLeavePicturesAsTheyAre) {
+  for (const DWORD type : {0x0U, 0x3U, 0x1000U, 0x80000000U}) {
+    EXPECT_FALSE(DefaultColour(type, true)) << type;
+  }
+  PictureColour colour;
+  EXPECT_TRUE(colour.IsNeutral());
+  for (DWORD type = 1; type <= 0x800; type <<= 1) {
+    for (const bool is_ntsc : {false, true}) {
+      const auto neutral = DefaultColour(type, is_ntsc);
+      ASSERT_TRUE(neutral);
+      EXPECT_EQ(LimitedColour(*neutral).m_component_3, neutral->m_component_3);
+      colour.Set(*neutral, *neutral);
+      EXPECT_TRUE(colour.IsNeutral());
+    }
+  }
+}
+
+TEST(PictureColour, EachComponentDoesItsPart) {
+  struct Setting {
+    LONG brightness, contrast, hue, saturation;
+    std::array<int, 3> dark, bright;  // what becomes of two pictures' pixels
+  };
+  constexpr LONG kMany = 0x7FFFFFFF;
+  const tag_DEVCOLOR neutral = {128, 64, 50, 0};  // hue comes last in the record
+  const std::array<int, 3> dark = {62, 108, 178}, bright = {190, 140, 128};
+  const Setting settings[] = {
+      {128, 64, 0, 50, dark, bright},
+      {138, 64, 0, 50, {72, 108, 178}, {200, 140, 128}},
+      {0, 64, 0, 50, {0, 108, 178}, {62, 140, 128}},
+      {kMany, 64, 0, 50, {189, 108, 178}, {255, 140, 128}},
+      {128, 32, 0, 50, {94, 108, 178}, {158, 140, 128}},
+      {128, -5, 0, 50, {126, 108, 178}, {126, 140, 128}},
+      {128, kMany, 0, 50, {0, 108, 178}, {253, 140, 128}},
+      {128, 64, 0, 0, {62, 128, 128}, {190, 128, 128}},
+      {128, 64, 0, 100, {62, 88, 228}, {190, 152, 128}},
+      {128, 64, -128, 50, {62, 148, 78}, {190, 116, 128}},
+      {128, 64, -kMany, 50, {62, 148, 78}, {190, 116, 128}},
+      {128, 64, 64, 50, {62, 178, 148}, {190, 128, 116}},
+  };
+  for (const Setting& setting : settings) {
+    PictureColour colour;
+    colour.Set({.m_component_0 = setting.brightness,
+                .m_component_1 = setting.contrast,
+                .m_component_3 = setting.saturation,
+                .m_component_2 = setting.hue},
+               neutral);
+    for (const auto& [from, to] : {std::pair(dark, setting.dark), {bright, setting.bright}}) {
+      Picture picture = Grey(17, 9, from[0], from[1], from[2]);
+      colour.Apply(picture);
+      const Picture expected = Grey(17, 9, to[0], to[1], to[2]);
+      for (int plane = 0; plane < noxcodec::kPlaneCount; ++plane) {
+        EXPECT_EQ(Psnr(picture.Plane(plane), expected.Plane(plane)), 99)
+            << plane << " is " << int{picture.Plane(plane).Row(8 / (plane == 0 ? 1 : 2))[0]}
+            << " at " << setting.brightness << ' ' << setting.contrast << ' ' << setting.hue << ' '
+            << setting.saturation;
+      }
+    }
+  }
+}
+
+// Rows that can be told apart: the lower, the brighter.
+Picture Stripes(int width, int height) {
+  return DrawPicture(width, height,
+                     [](int plane, int, int y) { return plane == 0 ? 40 + 10 * y : 128; });
+}
+
+TEST(PicturePixels, StillPicturesHaveTheSizeAndRowOrderThatIsAskedFor) {
+  const Picture picture = Stripes(6, 4);
+  PicturePixels pixels;
+  std::vector<BYTE> down(3 * 6 * 4), up(3 * 6 * 4);
+  ASSERT_EQ(pixels.WriteBgr(picture.View(), 6, 4, 18, down), 1);
+  ASSERT_EQ(pixels.WriteBgr(picture.View(), 6, 4, -18, up), 1);
+  for (std::size_t row = 0; row < 4; ++row) {
+    for (std::size_t byte = 0; byte < 18; ++byte) {
+      ASSERT_NEAR(down[18 * row + byte], 28 + 11.64 * static_cast<double>(row), 1);
+      ASSERT_EQ(up[18 * row + byte], down[18 * (3 - row) + byte]);
+    }
+  }
+  // Pure blue at another size, in rows with room between them.
+  std::vector<BYTE> padded(40 * 7, 9);
+  ASSERT_EQ(pixels.WriteBgr(Grey(6, 4, 41, 240, 110).View(), 12, 7, -40, padded), 1);
+  for (std::size_t row = 0; row < 7; ++row) {
+    EXPECT_GT(padded[40 * row], 240);
+    EXPECT_LT(padded[40 * row + 34], 20);
+    EXPECT_LT(padded[40 * row + 35], 20);
+    EXPECT_EQ(padded[40 * row + 36], 9);
+  }
+
+  constexpr LONG kLeast = -0x7FFFFFFF - 1;
+  const std::vector<BYTE> before = up;
+  for (const auto& [width, height, step] : {std::tuple(6, 5, 18),
+                                            {6, 4, 17},
+                                            {6, 4, -17},
+                                            {6, 4, 0},
+                                            {0, 4, 18},
+                                            {6, -1, 18},
+                                            {6, 0, 18},
+                                            {6, 4, kLeast},
+                                            {6, 4, 0x7FFFFFFF},
+                                            {20000, 1, 60000},
+                                            {1, 20000, 3}}) {
+    EXPECT_EQ(pixels.WriteBgr(picture.View(), width, height, step, up), 0) << width << ' ' << step;
+  }
+  EXPECT_EQ(up, before);
+}
+
+TEST(PicturePixels, LivePicturesGoToTheirSurface) {
+  PicturePixels pixels;
+  std::vector<BYTE> surface(64 * 4, 9);
+  pixels.WriteBgrx(Stripes(16, 8).View(), 8, 4, surface.data() + std::size_t{3} * 64, -64);
+  for (int row = 0; row < 4; ++row) {
+    const BYTE* const line = surface.data() + static_cast<std::size_t>(3 - row) * 64;
+    const int level = static_cast<int>((40 + 20 * row + 5 - 16) * 1.164 + 0.5);
+    EXPECT_NEAR(line[0], level, 1);
+    EXPECT_NEAR(line[30], level, 1);
+    EXPECT_EQ(line[32], 9);
+  }
+}
+
+TEST(FacePacket, HoldsFacesAsTheRecordingSideReadsThem) {
+  const Picture picture =
+      DrawPicture(64, 48, [](int, int x, int y) { return static_cast<BYTE>(x + 3 * y); });
+  constexpr DWORD kFar = 0xFFFFFFFF;
+  const std::vector<ChannelSource::FaceArea> areas = {
+      {10, 20, 11, 5}, {64, 0, 8, 8}, {61, 0, 8, 8},     {56, 40, kFar, kFar},
+      {0, 0, 3, 8},    {0, 48, 8, 1}, {kFar, kFar, 8, 8}};
+  const std::vector<std::array<int, 4>> found = {{10, 20, 8, 5}, {56, 40, 8, 8}};
+  std::vector<BYTE> packet;
+  ASSERT_EQ(WriteFacePacket(picture.View(), areas, packet), 2U);
+  const tag_FACEPACKET* const head = reinterpret_cast<const tag_FACEPACKET*>(packet.data());
+  EXPECT_EQ(head->m_count, 2U);
+  EXPECT_EQ(head->m_kind, kFacePacket);
+  const BYTE* record = packet.data() + sizeof(tag_FACEPACKET);
+  for (std::size_t index = 0; index < found.size(); ++index) {
+    const auto& [left, top, width, height] = found[index];
+    CMoxFace face;
+    ASSERT_EQ(face.Create(nullptr, record, packet.data() + packet.size(), CTime(1)), 1);
+    EXPECT_EQ(face.GetFacePoint().x, left);
+    EXPECT_EQ(face.GetFacePoint().y, top);
+    ASSERT_EQ(face.GetSize().cx, width);
+    ASSERT_EQ(face.GetSize().cy, height);
+    EXPECT_EQ(face.GetDetectIndex(), static_cast<int>(index));
+    for (int y = 0; y < height; ++y) {  // bottom-up
+      EXPECT_EQ(face.GetYBuf()[y * width + 1], left + 1 + 3 * (top + height - 1 - y));
+    }
+    record += CMoxFace::kRecordHeaderBytes + static_cast<std::size_t>(width * height);
+  }
+  EXPECT_EQ(record, packet.data() + packet.size());
+  EXPECT_EQ(WriteFacePacket(picture.View(), {}, packet), 0U);
+  EXPECT_EQ(packet.size(), sizeof(tag_FACEPACKET));
+}
+
+TEST(FacePacket, PlacedFacesLieSideBySideInsideThePicture) {
+  for (const auto& [asked, placed] : {std::pair(0U, 0U), {1U, 1U}, {5U, 5U}, {0xFFFFFFFFU, 64U}}) {
+    const auto faces = PlacedFaces(352, 288, asked);
+    ASSERT_EQ(faces.size(), placed);
+    Picture taken = Grey(352, 288, 0);
+    for (const auto& face : faces) {
+      ASSERT_LE(face.m_left + face.m_width, 352U);
+      ASSERT_LE(face.m_top + face.m_height, 288U);
+      EXPECT_GE(face.m_width * face.m_height, 16U * 16U);
+      BYTE& corner = taken.Plane(0).Row(static_cast<int>(face.m_top))[face.m_left];
+      EXPECT_EQ(corner++, 0);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zebx::zebdev

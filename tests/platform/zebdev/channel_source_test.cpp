@@ -1,0 +1,348 @@
+#include "platform/zebdev/software/channel_source.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/zebdev/software/motion_detector.h"
+#include "tests/platform/noxcodec/picture_measures.h"
+#include "tests/support/bytes.h"
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/memory_file_system.h"
+#include "tests/support/temp_dir.h"
+
+namespace zebx::zebdev {
+namespace {
+
+using noxcodec::Picture;
+using Samples = std::vector<std::int16_t>;
+
+// Pictures of one grey each, 100 and up. An odd size, so that chroma is rounded up.
+constexpr int kWidth = 5;
+constexpr int kHeight = 3;
+constexpr std::size_t kPictureBytes = 15 + 2 * 6;
+
+std::string Video(int pictures, const std::string& rate,
+                  const std::string& frame_line = "FRAME\n") {
+  std::string bytes = "YUV4MPEG2 W5 H3 F" + rate + " Ip\n";
+  for (int number = 0; number < pictures; ++number) {
+    bytes += frame_line + std::string(kPictureBytes, static_cast<char>(100 + number));
+  }
+  return bytes;
+}
+
+// The number of the picture shown at that time, by its grey; -1 when the video is lost.
+int PictureShown(ChannelSource& source, ULONGLONG time_ms, int width = kWidth,
+                 int height = kHeight) {
+  Picture picture(width, height);
+  if (!source.DrawPicture(time_ms, picture)) return -1;
+  const auto luma = picture.Plane(noxcodec::kLuma);
+  const int corner = luma.Row(0)[0];
+  EXPECT_EQ(luma.Row(height - 1)[width - 1], corner);
+  EXPECT_EQ(picture.Plane(noxcodec::kCr).Row(0)[0], corner);
+  return corner - 100;
+}
+
+TEST(FileSource, PlaysAVideoAtItsOwnPaceOverAndOver) {
+  MemoryFileSystem disk;
+  struct Case {
+    std::string bytes;
+    std::vector<std::pair<ULONGLONG, int>> shown;
+  };
+  const std::string cut = Video(4, "10:1");
+  const Case cases[] = {
+      {Video(3, "25:1"), {{0, 0}, {39, 0}, {40, 1}, {80, 2}, {119, 2}, {120, 0}, {1000000, 1}}},
+      // Slower than the channel and faster; times that skip pictures, also before the end was seen.
+      {Video(2, "1:2"), {{0, 0}, {1999, 0}, {2000, 1}, {2001, 1}, {4000, 0}, {6500, 1}}},
+      {Video(7, "100:1"), {{0, 0}, {40, 4}, {90, 2}, {130, 6}, {140, 0}}},
+      {Video(5, "30000:1001", "FRAME Ixyz\n"), {{0, 0}, {33, 0}, {34, 1}, {200, 0}, {100100, 0}}},
+      {Video(7, "25:1"), {{ULONGLONG{40} * 7000000003, 3}, {ULONGLONG{40} * 7000000004, 4}}},
+      // What lies behind damage is not played.
+      {cut.substr(0, cut.size() - 1), {{0, 0}, {200, 2}, {300, 0}, {700, 1}}},
+      {cut.substr(0, cut.size() - kPictureBytes - 1), {{200, 2}, {300, 0}}},
+      {Video(2, "10:1") + Video(2, "10:1"), {{100, 1}, {200, 0}, {500, 1}}},
+      {Video(1, "10:1"), {{0, 0}, {12345, 0}}},
+  };
+  for (const Case& one : cases) {
+    disk.Put("v", one.bytes);
+    CString fault = "left over";
+    const auto source = OpenFileSource("v", "", &fault);
+    ASSERT_NE(source, nullptr) << fault;
+    EXPECT_EQ(fault, "");
+    for (const auto& [time_ms, number] : one.shown) {
+      EXPECT_EQ(PictureShown(*source, time_ms), number) << one.bytes.substr(0, 20) << time_ms;
+    }
+    EXPECT_EQ(PictureShown(*source, one.shown.front().first, 352, 288), one.shown.front().second);
+    Samples samples(10, 7);
+    EXPECT_FALSE(source->ReadSound(samples));
+    EXPECT_EQ(samples, Samples(10, 7));
+  }
+}
+
+TEST(FileSource, AFileThatShrinksOrFailsWhilePlayedIsNoDisaster) {
+  MemoryFileSystem memory;
+  memory.Put("v", Video(5, "10:1"));
+  FaultyFileSystem disk;
+  const auto source = OpenFileSource("v", "", nullptr);
+  EXPECT_EQ(PictureShown(*source, 400), 4);
+  EXPECT_EQ(PictureShown(*source, 500), 0);
+  CFile file;
+  ASSERT_EQ(file.Open("v", CFile::kModeReadWrite | CFile::kShareDenyNone), 1);
+  file.SetLength(Video(3, "10:1").size() + 2);
+  EXPECT_EQ(PictureShown(*source, 900), 0);  // picture 9 of a video of three
+  disk.FailCall(FaultyFileSystem::kRead, 2);
+  EXPECT_EQ(PictureShown(*source, 1000), -1);
+  EXPECT_EQ(PictureShown(*source, 1000), 1);
+  file.SetLength(0);
+  EXPECT_EQ(PictureShown(*source, 1100), -1);
+  file.Write({reinterpret_cast<const BYTE*>(Video(2, "10:1").data()), Video(2, "10:1").size()});
+  EXPECT_EQ(PictureShown(*source, 1300), 1);
+}
+
+TEST(FileSource, VideosThatCannotBePlayedAreRefusedWithAReason) {
+  const TempDir directory;
+  const std::string path = directory.File("v");
+  ASSERT_EQ(mkfifo(directory.File("pipe").c_str(), 0600), 0);
+  const auto fault_of = [](const std::string& video) {
+    CString fault;
+    EXPECT_EQ(OpenFileSource(video, "", &fault), nullptr) << video;
+    EXPECT_EQ(OpenFileSource(video, "", nullptr), nullptr) << video;
+    return fault;
+  };
+  EXPECT_NE(fault_of(directory.File("pipe")), "");
+  EXPECT_NE(fault_of(directory.Path().string()), "");
+  EXPECT_NE(fault_of(path), "");
+  const std::pair<std::string, const char*> cases[] = {
+      {"", "header line"},
+      {"YUV4MPEG2 W5 H3", "header line"},
+      {"YUV4MPEG2 W5 H3" + std::string(2000, ' ') + "\n", "header line"},
+      {"JPEG2000 W5 H3\n", "no Y4M"},
+      {"YUV4MPEG2 H3\nFRAME\n", "picture size"},
+      {"YUV4MPEG2 W16384 H16384\nFRAME\n", "picture size"},
+      {"YUV4MPEG2 W5 H3 F0:0 C422\n", "C422"},
+      {"YUV4MPEG2 W5 H3 F1:61\n", "frame rate"},
+      {"YUV4MPEG2 W5 H3 F25\n", "F25"},
+      {"YUV4MPEG2 W8192 H8192\nFRAME\n", "first picture"},
+      {Video(0, "25:1") + "FRAM\n" + std::string(kPictureBytes, 'x'), "first picture"},
+      {Video(1, "25:1").substr(0, 50), "first picture"},
+  };
+  for (const auto& [bytes, reason] : cases) {
+    WriteWholeFile(path, bytes);
+    EXPECT_NE(fault_of(path).find(reason), std::string::npos) << fault_of(path) << bytes;
+  }
+}
+
+std::string Chunk(const std::string& id, const std::string& bytes) {
+  return id + Little(bytes.size()) + bytes + std::string(bytes.size() % 2, '\0');
+}
+
+std::string Wav(const std::string& chunks) {
+  return Chunk("RIFF", "WAVE" + chunks);
+}
+
+std::string Format(int kind, int channels, DWORD rate, int bits) {
+  return Chunk("fmt ", Little(kind, 2) + Little(channels, 2) + Little(rate) + Little(0) +
+                           Little(0, 2) + Little(bits, 2));
+}
+
+std::string Values(const Samples& samples) {
+  std::string bytes;
+  for (const std::int16_t sample : samples) bytes += Little(static_cast<WORD>(sample), 2);
+  return bytes;
+}
+
+TEST(FileSource, SoundOfAnyRateAndWidthIsPlayedOverAndOver) {
+  MemoryFileSystem disk;
+  disk.Put("v", Video(1, "25:1"));
+  const std::string extensible =
+      Chunk("fmt ", Format(0xFFFE, 1, 8000, 16).substr(8) + Little(22, 2) + Little(16, 2) +
+                        Little(4) + Little(1, 2) + std::string(14, '\0'));
+  const std::string list = Chunk("LIST", "odd");
+  const std::string mono = Format(1, 1, 8000, 16);
+  Samples ramp(20000);
+  for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<std::int16_t>(i);
+  const std::pair<std::string, Samples> cases[] = {
+      {mono + Chunk("data", Values({1, -2, 3})), {1, -2, 3, 1, -2, 3, 1}},
+      {list + extensible + list + Chunk("data", Values({1, -2})), {1, -2, 1}},
+      {Format(1, 1, 8000, 8) + Chunk("data", Hex("00 80 ff")), {-32768, 0, 32512, -32768}},
+      {Format(1, 2, 8000, 16) + Chunk("data", Values({10, 20, -32768, -32768})), {15, -32768, 15}},
+      {Format(1, 2, 8000, 8) + Chunk("data", Hex("80 82 90 90 00")), {256, 4096, 256}},
+      // Between the last sample and the first lies what is between any two.
+      {Format(1, 1, 4000, 16) + Chunk("data", Values({0, 100})), {0, 50, 100, 50, 0, 50}},
+      {Format(1, 1, 3000, 16) + Chunk("data", Values({0, 800})), {0, 300, 600, 700, 400, 100, 200}},
+      {Format(1, 1, 48000, 16) + Chunk("data", Values(ramp)), {0, 6, 12, 18}},
+      {Format(1, 1, 44100, 16) + Chunk("data", Values(ramp)), {0, 5, 11, 16, 22, 27}},
+      {Format(1, 1, 768000, 16) + Chunk("data", Values({5})), {5, 5, 5}},
+      // A writer that did not finish; a file that was cut.
+      {mono + "data" + Little(0xFFFFFFFF) + Values({7, 8}), {7, 8, 7}},
+      {mono + "data" + Little(100) + Values({7, 8}), {7, 8, 7}},
+  };
+  for (const auto& [chunks, heard] : cases) {
+    disk.Put("w", Wav(chunks));
+    CString fault;
+    const auto source = OpenFileSource("v", "w", &fault);
+    EXPECT_EQ(fault, "");
+    Samples samples(heard.size());
+    EXPECT_TRUE(source->ReadSound(std::span(samples).first(2)));
+    EXPECT_TRUE(source->ReadSound(std::span(samples).subspan(2)));
+    EXPECT_EQ(samples, heard) << chunks.size();
+  }
+
+  // Longer than what is in memory at a time, and cut while it is played.
+  disk.Put("w", Wav(mono + Chunk("data", Values(ramp))));
+  const auto source = OpenFileSource("v", "w", nullptr);
+  Samples samples(ramp.size() + 6000);
+  EXPECT_TRUE(source->ReadSound(samples));
+  for (std::size_t i = 0; i < samples.size(); ++i) ASSERT_EQ(samples[i], ramp[i % ramp.size()]);
+  CFile file;
+  ASSERT_EQ(file.Open("w", CFile::kModeReadWrite | CFile::kShareDenyNone), 1);
+  file.SetLength(12 + 24 + 8 + 2 * 9000);
+  samples.resize(12000);
+  EXPECT_TRUE(source->ReadSound(samples));
+  EXPECT_EQ(samples[2000], 8000);
+  EXPECT_EQ(samples[11000], samples[11001] - 1);
+  file.SetLength(0);
+  EXPECT_TRUE(source->ReadSound(samples));
+  EXPECT_FALSE(source->ReadSound(samples));
+}
+
+TEST(FileSource, SoundThatCannotBePlayedIsLeftOutAndSaid) {
+  MemoryFileSystem disk;
+  disk.Put("v", Video(1, "25:1"));
+  const std::string data = Chunk("data", Values({1, 2, 3}));
+  std::string endless;
+  for (int chunk = 0; chunk < 1100; ++chunk) endless += Chunk("junk", "");
+  const std::string cases[] = {"",
+                               "RIFF",
+                               Chunk("RIFX", "WAVE" + Format(1, 1, 8000, 16) + data),
+                               Wav(""),
+                               Wav(data),
+                               Wav(Format(1, 1, 8000, 16)),
+                               Wav(Format(1, 1, 8000, 16) + Chunk("data", "x")),
+                               Wav(Format(3, 1, 8000, 32) + data),
+                               Wav(Format(1, 0, 8000, 16) + data),
+                               Wav(Format(1, 6, 8000, 16) + data),
+                               Wav(Format(1, 1, 0, 16) + data),
+                               Wav(Format(1, 1, 4000000000, 16) + data),
+                               Wav(Format(1, 1, 8000, 24) + data),
+                               Wav(Format(0xFFFE, 1, 8000, 16) + data),
+                               Wav(Chunk("fmt ", "short") + data),
+                               Wav("junk" + Little(0xFFFFFFFF) + data),
+                               Wav(endless + Format(1, 1, 8000, 16) + data)};
+  for (const std::string& bytes : cases) {
+    disk.Put("w", bytes);
+    CString fault;
+    const auto source = OpenFileSource("v", "w", &fault);
+    ASSERT_NE(source, nullptr);
+    EXPECT_NE(fault, "") << bytes;
+    Samples samples(3);
+    EXPECT_FALSE(source->ReadSound(samples));
+    EXPECT_EQ(PictureShown(*source, 0), 0);
+  }
+}
+
+TEST(FileSource, ARealClipIsPlayedAtAnotherSize) {
+  const std::string path = MediaFile("street_352x288.y4m.xz");
+  if (path.empty()) GTEST_SKIP() << "no street clip in ZEBX_MEDIA_DIR";
+  const TempDir directory;
+  const std::string unpacked = directory.File("camera0.y4m");
+  // NOLINTNEXTLINE(cert-env33-c,concurrency-mt-unsafe): the path is the developer's own
+  ASSERT_EQ(std::system(("xz -dc '" + path + "' > '" + unpacked + "'").c_str()), 0);
+  const auto source = OpenFileSource(unpacked, MediaFile("speech_8khz_mono.wav"), nullptr);
+  Picture first(176, 144), picture(176, 144);
+  ASSERT_TRUE(source->DrawPicture(0, first));
+  // Real people on a real pavement, real noise elsewhere.
+  MotionDetector detector;
+  const tag_MASKAREA whole[] = {{0, 0, 11, 9}};
+  int moved = 0;
+  for (ULONGLONG time_ms = 0; time_ms < 10000; time_ms += 40) {
+    ASSERT_TRUE(source->DrawPicture(time_ms, picture));
+    moved += static_cast<int>(detector.Look(picture.View(), whole));
+  }
+  EXPECT_GT(moved, 20);
+  ASSERT_TRUE(source->DrawPicture(10000, picture));  // 100 pictures later
+  EXPECT_GT(Psnr(picture.Plane(noxcodec::kLuma), first.Plane(noxcodec::kLuma)), 60);
+  Samples samples(80000);
+  EXPECT_TRUE(source->ReadSound(samples));
+  EXPECT_GT(std::set(samples.begin(), samples.end()).size(), 1000U);
+}
+
+TEST(StreetSource, StreetsOfOtherSeedsDifferAndTheSameOneComesAgain) {
+  Picture picture(176, 144), again(176, 144), other(176, 144);
+  const auto street = MakeStreetSource(3);
+  ASSERT_TRUE(street->DrawPicture(1000, picture));
+  ASSERT_TRUE(street->DrawPicture(5000, other));
+  ASSERT_TRUE(MakeStreetSource(3)->DrawPicture(1039, again));
+  const auto psnr = [&](const Picture& with) {
+    return Psnr(picture.Plane(noxcodec::kLuma), with.Plane(noxcodec::kLuma));
+  };
+  EXPECT_EQ(psnr(again), 99);
+  EXPECT_LT(psnr(other), 40);
+  ASSERT_TRUE(MakeStreetSource(4)->DrawPicture(1000, other));
+  EXPECT_LT(psnr(other), 20);
+
+  Samples hum(8000), same(8000);
+  EXPECT_TRUE(street->ReadSound(hum));
+  EXPECT_TRUE(MakeStreetSource(3)->ReadSound(same));
+  EXPECT_EQ(hum, same);
+  EXPECT_TRUE(MakeStreetSource(4)->ReadSound(same));
+  EXPECT_NE(hum, same);
+  double energy = 0;
+  for (const std::int16_t sample : hum) energy += double{1} * sample * sample;
+  const double loudness = std::sqrt(energy / static_cast<double>(hum.size()));
+  EXPECT_GT(loudness, 50);
+  EXPECT_LT(loudness, 5000);
+}
+
+// Skin is redder than anything else at that place of the street.
+TEST(StreetSource, KnowsWhereFacesAre) {
+  const auto street = MakeStreetSource(1);
+  EXPECT_TRUE(street->Faces().empty());
+  std::size_t faces = 0;
+  for (const auto& [width, height] : {std::pair(352, 288), std::pair(704, 240)}) {
+    Picture picture(width, height);
+    for (ULONGLONG time_ms = 0; time_ms < 40000; time_ms += 1000) {
+      ASSERT_TRUE(street->DrawPicture(time_ms, picture));
+      for (const auto& face : street->Faces()) {
+        ++faces;
+        ASSERT_LE(face.m_left + face.m_width, static_cast<DWORD>(width));
+        ASSERT_LE(face.m_top + face.m_height, static_cast<DWORD>(height));
+        EXPECT_EQ(face.m_width % 4, 0U);
+      }
+    }
+    ASSERT_FALSE(street->Faces().empty());
+    const auto nearest = street->Faces().front();
+    const auto reds = picture.Plane(noxcodec::kCr);
+    EXPECT_GT(reds.Row(static_cast<int>(nearest.m_top + nearest.m_height * 2 / 3) /
+                       2)[(nearest.m_left + nearest.m_width / 2) / 2],
+              138);
+  }
+  EXPECT_GT(faces, 80U);
+}
+
+TEST(FrameSource, GivesFramesOverAndOverAndIFramesOnRequest) {
+  const auto frame = [](BYTE type, BYTE number) { return CompressedFrame{type, 2, {number}}; };
+  const auto source =
+      MakeFrameSource({frame(0, 10), frame(1, 11), frame(1, 12), frame(0, 13), frame(1, 14)});
+  EXPECT_TRUE(source->IsCompressed());
+  CompressedFrame got;
+  std::string numbers;
+  for (const char request : std::string("..I..I.")) {
+    ASSERT_TRUE(source->ReadFrame(0, request == 'I', got));
+    numbers += std::to_string(got.m_video.at(0)) + " ";
+  }
+  EXPECT_EQ(numbers, "10 11 13 14 10 13 14 ");
+  EXPECT_EQ(got.m_encoder_type, 2);
+  EXPECT_FALSE(MakeFrameSource({})->ReadFrame(0, false, got));
+  EXPECT_FALSE(MakeFrameSource({frame(1, 1)})->ReadFrame(0, true, got));
+  Picture picture(16, 16);
+  EXPECT_FALSE(source->DrawPicture(0, picture));
+}
+
+}  // namespace
+}  // namespace zebx::zebdev
