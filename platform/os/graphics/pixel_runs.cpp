@@ -69,6 +69,32 @@ void AndRuns(const BYTE* row, std::size_t pixel_bytes, std::span<const Run> runs
   }
 }
 
+void DoubleRow(const BYTE* row, std::span<Color> colors) {
+  Color* const to = colors.data();
+  const std::size_t pairs = colors.size() / 2;
+  for (std::size_t i = 0; i < pairs; ++i) {
+    const Color color = LoadColor(row + sizeof(Color) * i);
+    to[2 * i] = color;
+    to[2 * i + 1] = color;
+  }
+  if (colors.size() % 2 != 0) to[2 * pairs] = LoadColor(row + sizeof(Color) * pairs);
+}
+
+// Blue and red are summed in one word, with room for the sum between them, and green in another.
+void HalveRows(const BYTE* upper, const BYTE* lower, std::span<Color> colors) {
+  constexpr Color kBlueRed = 0xFF00FF, kGreen = 0x00FF00;
+  Color* const to = colors.data();
+  for (std::size_t i = 0; i < colors.size(); ++i) {
+    const std::size_t at = 2 * sizeof(Color) * i;
+    const Color a = LoadColor(upper + at), b = LoadColor(upper + at + sizeof(Color));
+    const Color c = LoadColor(lower + at), d = LoadColor(lower + at + sizeof(Color));
+    const Color blue_red =
+        (a & kBlueRed) + (b & kBlueRed) + (c & kBlueRed) + (d & kBlueRed) + 0x020002;
+    const Color green = (a & kGreen) + (b & kGreen) + (c & kGreen) + (d & kGreen) + 0x000200;
+    to[i] = ((blue_red >> 2) & kBlueRed) | ((green >> 2) & kGreen);
+  }
+}
+
 void AddRows(std::span<Lane> to, const BYTE* bytes, const BYTE* more) {
   for (std::size_t i = 0; i < to.size(); ++i) to[i] = static_cast<Lane>(bytes[i] + more[i]);
 }

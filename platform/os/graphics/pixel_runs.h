@@ -32,6 +32,11 @@ void AndRow(std::span<BYTE> to, const BYTE* bytes);
 void AndRuns(const BYTE* row, std::size_t pixel_bytes, std::span<const Run> runs, bool is_wide,
              Color* colors);
 
+// The most frequent scalings, of pixels of four bytes: every pixel of a row twice, and the rounded
+// means of four pixels each of two rows.
+void DoubleRow(const BYTE* row, std::span<Color> colors);
+void HalveRows(const BYTE* upper, const BYTE* lower, std::span<Color> colors);
+
 // to = bytes + more, and to = to + bytes, for every byte.
 void AddRows(std::span<Lane> to, const BYTE* bytes, const BYTE* more);
 void AddRow(std::span<Lane> to, const BYTE* bytes);

@@ -78,7 +78,8 @@ class Stretcher::Strip {
   // What the next rows are made of; borrowed.
   void Use(const PixelSource& source, StretchMode mode) {
     const std::size_t pixel_bytes = source.m_layout.m_bit_count == 24 ? 3 : 4;
-    if (pixel_bytes != m_pixel_bytes || mode != m_mode) m_axis.reset();
+    const bool is_other = source.m_layout.m_bit_count != m_source.m_layout.m_bit_count;
+    if (is_other || mode != m_mode) m_axis.reset();
     m_source = source;
     m_mode = mode;
     m_pixel_bytes = pixel_bytes;
@@ -103,7 +104,11 @@ class Stretcher::Strip {
   std::span<const Color> Mix(Span rows) {
     const bool is_narrow = m_columns.back().m_end <= kStripSourceColumns;
     const bool is_single = m_widest == 1 && rows.Size() == 1;
-    if (is_narrow && (is_single || m_mode == StretchMode::kBlackOnWhite)) {
+    if (is_single && m_is_doubled) {
+      DoubleRow(ReadRow(rows.m_begin), m_mixed);
+    } else if (m_is_halved && rows.Size() == 2 && m_mode == StretchMode::kHalftone) {
+      HalveRows(ReadRow(rows.m_begin), ReadRow(rows.m_begin + 1), m_mixed);
+    } else if (is_narrow && (is_single || m_mode == StretchMode::kBlackOnWhite)) {
       AndPixels(rows);
     } else if (is_narrow && CanBeSummed(rows)) {
       AveragePixels(rows);
@@ -130,6 +135,12 @@ class Stretcher::Strip {
       const auto pixel_bytes = static_cast<DWORD>(m_pixel_bytes);
       m_runs.push_back({static_cast<DWORD>(span.m_begin) * pixel_bytes,
                         static_cast<DWORD>(span.m_end - 1) * pixel_bytes});
+    }
+    m_is_doubled = m_is_halved = m_source.m_layout.m_bit_count == 32;
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+      const auto place = static_cast<LONG>(i);
+      m_is_doubled = m_is_doubled && m_columns[i] == Span{place / 2, place / 2 + 1};
+      m_is_halved = m_is_halved && m_columns[i] == Span{2 * place, 2 * place + 2};
     }
     m_mixed.resize(m_columns.size());
     m_read.resize(static_cast<std::size_t>(std::min(m_columns.back().m_end, kStripSourceColumns)));
@@ -238,6 +249,8 @@ class Stretcher::Strip {
   LONG m_left = 0;              // of the source columns
   LONG m_widest = 0;            // of m_columns
   std::vector<Span> m_columns;  // counted from m_left
+  bool m_is_doubled = false;    // every column twice
+  bool m_is_halved = false;     // two columns for each
   std::vector<Run> m_runs;      // of m_columns
   std::vector<Color> m_read;
   std::vector<BYTE> m_row;

@@ -9,9 +9,9 @@
 
 namespace {
 
-using Streams = DisplayTest;
+using DisplayStreams = DisplayTest;
 
-TEST_F(Streams, PresentTheLastWholePictureScaled) {
+TEST_F(DisplayStreams, PresentTheLastWholePictureScaled) {
   NoxshowStream stream = MakeStream(4, 2);
   HWND window = MakeWindow(4, 2);
   ASSERT_EQ(noxshowDisplay(stream, window, nullptr), 0);
@@ -53,7 +53,7 @@ TEST_F(Streams, PresentTheLastWholePictureScaled) {
   EXPECT_NE(noxshowDisplay(stream, window, nullptr), 0);
 }
 
-TEST_F(Streams, CopyTheirPictureInto24BitRows) {
+TEST_F(DisplayStreams, CopyTheirPictureInto24BitRows) {
   NoxshowStream stream = MakeStream(2, 2);
   std::vector<BYTE> buffer(16, 0xAA);
   tag_PICTUREDESC wanted = {kPicture24Bits, buffer.data(), {}, 2, 2, -6};
@@ -95,7 +95,7 @@ std::vector<int> CallAll(NoxshowStream stream, HWND window) {
           noxshowDestroyStream(stream)};
 }
 
-TEST_F(Streams, RefuseHandlesThatAreNoneAndSizesThatAreTooLarge) {
+TEST_F(DisplayStreams, RefuseHandlesThatAreNoneAndSizesThatAreTooLarge) {
   HWND window = MakeWindow(4, 4);
   const std::vector<int> good(7, 0), refused(7, 1);
   NoxshowStream stream = MakeStream(4, 4);
@@ -125,7 +125,7 @@ TEST_F(Streams, RefuseHandlesThatAreNoneAndSizesThatAreTooLarge) {
   EXPECT_EQ(noxshowDestroyStream(made), 0);
 }
 
-TEST_F(Streams, KeepLockedPixelsUntilTheyAreUnlocked) {
+TEST_F(DisplayStreams, KeepLockedPixelsUntilTheyAreUnlocked) {
   const DWORD streams = CountStreams();
   NoxshowStream stream = MakeStream(4, 4);
   tag_SURFACELOCK lock = {};
@@ -141,7 +141,7 @@ TEST_F(Streams, KeepLockedPixelsUntilTheyAreUnlocked) {
   EXPECT_EQ(CountStreams(), streams);
 }
 
-TEST_F(Streams, TakeNoPictureWhileTheirSurfaceIsLost) {
+TEST_F(DisplayStreams, TakeNoPictureWhileTheirSurfaceIsLost) {
   NoxshowStream stream = MakeStream(1, 1);
   HWND window = MakeWindow(1, 1);
   BYTE pixel[3];
@@ -164,7 +164,7 @@ TEST_F(Streams, TakeNoPictureWhileTheirSurfaceIsLost) {
   EXPECT_EQ(PictureOf(window), Picture{0x123456});
 }
 
-TEST_F(Streams, FailAsTheyAreToldAndKeepAJournal) {
+TEST_F(DisplayStreams, FailAsTheyAreToldAndKeepAJournal) {
   NoxshowStream stream = MakeStream(2, 2);
   HWND window = MakeWindow(2, 2);
   const std::string number = std::to_string(reinterpret_cast<std::uintptr_t>(stream));
@@ -187,7 +187,7 @@ TEST_F(Streams, FailAsTheyAreToldAndKeepAJournal) {
 }
 
 // Cameras are opened and closed, and windows with them, while others present and copy.
-TEST_F(Streams, CanBePresentedCopiedAndDestroyedByManyThreads) {
+TEST_F(DisplayStreams, CanBePresentedCopiedAndDestroyedByManyThreads) {
   constexpr DWORD kSide = 32;
   constexpr int kRounds = 200;
   HWND window = MakeWindow(20, 20);

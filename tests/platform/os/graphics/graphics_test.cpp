@@ -92,7 +92,10 @@ TEST(Graphics, StretchesAsIfEachPixelWereMadeByItself) {
   for (int round = 0; round < 400; ++round) {
     // Some are wide, so that they are made in pieces or of very many pixels.
     const std::array<int, 2> size = {pick(1, round % 10 == 0 ? 6000 : 24), pick(1, 24)};
-    const std::array<int, 2> drawn = {pick(1, round % 20 == 0 ? 3000 : 24), pick(1, 24)};
+    std::array<int, 2> drawn = {pick(1, round % 20 == 0 ? 3000 : 24), pick(1, 24)};
+    // And many twice or half as large, which has loops of its own.
+    if (round % 4 == 1) drawn = {2 * size[0] - pick(0, 1), 2 * size[1]};
+    if (round % 4 == 2) drawn = {(size[0] + 1) / 2, (size[1] + 1) / 2};
     const auto source_bits = static_cast<WORD>(8 * pick(2, 4));
     const auto target_bits = static_cast<WORD>(8 * pick(3, 4));
     const Canvas source(size[0], source_bits, size[1]);
