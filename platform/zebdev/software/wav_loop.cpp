@@ -92,17 +92,24 @@ CString WavLoop::TakeFormat(std::span<const BYTE> chunk) {
 
 bool WavLoop::Read(std::span<std::int16_t> samples) {
   if (m_count == 0) return false;
-  if (!m_is_begun) {
-    m_is_begun = true;
-    m_here = SampleAt(0);
-    m_next = SampleAt(1);
-    if (m_count == 0) return false;
-  }
-  for (std::int16_t& sample : samples) {
-    const int part = static_cast<int>(m_part);
-    const int rise = (m_next - m_here) * part / static_cast<int>(kSoundRate);
-    sample = static_cast<std::int16_t>(m_here + rise);
-    Advance();
+  auto sample = samples.begin();
+  try {
+    if (!m_is_begun) {
+      m_here = SampleAt(m_index);
+      m_next = SampleAt(m_index + 1);
+      if (m_count == 0) return false;
+      m_is_begun = true;
+    }
+    for (; sample != samples.end(); ++sample) {
+      const int part = static_cast<int>(m_part);
+      const int rise = (m_next - m_here) * part / static_cast<int>(kSoundRate);
+      *sample = static_cast<std::int16_t>(m_here + rise);
+      Advance();
+    }
+  } catch (const CFileException&) {
+    // The disk may get over it: silence until the next call tries again.
+    std::fill(sample, samples.end(), std::int16_t{0});
+    m_is_begun = false;
   }
   return true;
 }
@@ -124,13 +131,9 @@ std::int16_t WavLoop::SampleAt(ULONGLONG index) {
   const std::size_t sample_bytes = m_channels * m_bytes_per_value;
   if (index < m_block_index || index - m_block_index >= m_block_samples) {
     m_block_samples = 0;
-    try {
-      m_file.Seek(m_data_offset + index * sample_bytes);
-      const std::size_t count = m_file.Read(m_block) / sample_bytes;
-      m_block_samples = std::min<ULONGLONG>(count, m_count - index);
-    } catch (const CFileException&) {
-      // As if the file ended here.
-    }
+    m_file.Seek(m_data_offset + index * sample_bytes);
+    const std::size_t count = m_file.Read(m_block) / sample_bytes;
+    m_block_samples = std::min<ULONGLONG>(count, m_count - index);
     m_block_index = index;
     if (m_block_samples == 0) {
       m_count = index;

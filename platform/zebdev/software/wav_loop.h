@@ -21,8 +21,8 @@ class WavLoop {
   // says more than the file holds ends with the file.
   CString Open(const CString& path);
 
-  // Fills `samples` with what goes on where the last call ended. False, with nothing filled in,
-  // when nothing can be read any more.
+  // Fills `samples` with what goes on where the last call ended, with silence from a read that
+  // fails on. False, with nothing filled in, when the file has no samples any more.
   bool Read(std::span<std::int16_t> samples);
 
  private:
@@ -30,6 +30,7 @@ class WavLoop {
   CString TakeFormat(std::span<const BYTE> chunk);
   void Advance();
   // The sample at an index, mixed; 0, with the loop cut there, when the file does not hold it.
+  // Throws when it cannot be read.
   std::int16_t SampleAt(ULONGLONG index);
 
   CFile m_file;

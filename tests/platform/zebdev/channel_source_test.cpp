@@ -211,6 +211,39 @@ TEST(FileSource, SoundOfAnyRateAndWidthIsPlayedOverAndOver) {
   EXPECT_FALSE(source->ReadSound(samples));
 }
 
+TEST(FileSource, AReadThatFailsIsNoEndOfTheFile) {
+  MemoryFileSystem memory;
+  memory.Put("v", Video(2, "10:1"));
+  memory.Put("w", Wav(Format(1, 1, 8000, 16) + Chunk("data", Values(Samples(9000, 7)))));
+  FaultyFileSystem disk;
+  constexpr unsigned kCalls =
+      FaultyFileSystem::kOpen | FaultyFileSystem::kRead | FaultyFileSystem::kLength;
+  int refused = 0, silenced = 0;
+  for (std::uint64_t call = 1;; ++call) {
+    disk.FailCall(kCalls, call);
+    CString fault;
+    const auto source = OpenFileSource("v", "w", &fault);
+    if (source == nullptr) {
+      ++refused;
+      EXPECT_NE(fault, "");
+      continue;
+    }
+    Samples samples(9000), again(9000);
+    if (!fault.empty()) {
+      ++silenced;
+      EXPECT_FALSE(source->ReadSound(samples));
+      continue;
+    }
+    EXPECT_TRUE(source->ReadSound(samples));
+    disk.FailCall(kCalls, 1000);
+    EXPECT_TRUE(source->ReadSound(again));
+    EXPECT_EQ(again, Samples(9000, 7)) << call;
+    if (samples == again) break;
+  }
+  EXPECT_GE(refused, 4);
+  EXPECT_GE(silenced, 4);
+}
+
 TEST(FileSource, SoundThatCannotBePlayedIsLeftOutAndSaid) {
   MemoryFileSystem disk;
   disk.Put("v", Video(1, "25:1"));
