@@ -19,7 +19,9 @@ inline std::atomic<int> calls_left = -1;
 }  // namespace counted_memory
 
 // NOLINTBEGIN(*-no-malloc,misc-definitions-in-headers)
-void* operator new(std::size_t bytes) {
+// Not inlined: where only one of the two is, the compiler takes them for a pair that does not
+// match.
+[[gnu::noinline]] void* operator new(std::size_t bytes) {
   using namespace counted_memory;
   const bool is_refused = calls_left >= 0 && calls_left-- == 0;
   void* const memory = is_refused ? nullptr : std::malloc(bytes);
@@ -28,7 +30,7 @@ void* operator new(std::size_t bytes) {
   peak_bytes = std::max(peak_bytes.load(), live_bytes.load());
   return memory;
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   counted_memory::live_bytes -= malloc_usable_size(memory);
   std::free(memory);
 }

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "platform/os/graphics/pixel_runs.h"
@@ -208,7 +207,8 @@ class Stretcher::Strip {
 
   const Divisors& DivisorsFor(LONG rows) {
     Divisors& divisors = m_divisors[static_cast<std::size_t>(rows % 2)];
-    if (std::exchange(divisors.m_rows, rows) == rows) return divisors;
+    if (divisors.m_rows == rows) return divisors;
+    divisors.m_rows = 0;  // so that running out of memory leaves none that are cut
     divisors.m_counts.clear();
     divisors.m_reciprocals.clear();
     for (const Span& span : m_columns) {
@@ -217,6 +217,7 @@ class Stretcher::Strip {
       divisors.m_reciprocals.insert(divisors.m_reciprocals.end(), kLanes,
                                     static_cast<Lane>(0xFFFF / count));
     }
+    divisors.m_rows = rows;
     return divisors;
   }
 

@@ -1,0 +1,62 @@
+// What the display does of memory: none for the next picture, and nothing left behind when it runs
+// out.
+#include "tests/platform/noxdisplay/display_fixture.h"
+#include "tests/support/counted_memory.h"
+
+namespace {
+
+using DisplayMemory = DisplayTest;
+
+TEST_F(DisplayMemory, IsNotTakenForTheNextPicture) {
+  NoxshowStream stream = MakeStream(64, 48);
+  HWND window = MakeWindow(128, 96);
+  const Canvas mark(8, 24, 8);
+  noxshowSetBitmap(mark.m_bitmap, kNoxshowAlarmPicture);
+  tag_DISPLAYINFO info = {};
+  info.m_flags = 0xFFFFFFFF & ~DWORD{kShowVideoLost};
+  SetText(info.m_camera_name, "T\u00fcr 3 \u2013 Empfang");
+  const auto present = [&] {
+    tag_SURFACELOCK lock;
+    noxshowLock(stream, &lock);
+    noxshowUnlock(stream);
+    EXPECT_EQ(noxshowDisplay(stream, window, &info), 0);
+  };
+  for (int i = 0; i < 3; ++i) present();
+  constexpr int kMany = 1000;
+  counted_memory::calls_left = kMany;
+  for (int i = 0; i < 100; ++i) present();
+  EXPECT_EQ(counted_memory::calls_left.exchange(-1), kMany);
+}
+
+TEST_F(DisplayMemory, ThatRunsOutFailsTheCallAndNothingElse) {
+  const Canvas mark(4);
+  HWND window = MakeWindow(3, 3);  // a third of the size, which takes tables
+  const NoxshowSize size = {9, 9};
+  BYTE pixel[3];
+  const tag_PICTUREDESC picture = {kPicture24Bits, pixel, {}, 1, 1, 3};
+  tag_SURFACELOCK lock;
+  const DWORD streams = CountStreams();
+  NoxshowStream stream = nullptr;
+  const std::vector<std::function<int()>> calls = {
+      [&] { return noxshowCreateStream(&stream, &size, kNoxshowPlainSurface, nullptr); },
+      [&] { return noxshowLock(stream, &lock); },
+      [&] { return noxshowUnlock(stream); },
+      [&] { return noxshowDisplay(stream, window, nullptr); },
+      [&] { return noxshowGetPicture(stream, &picture); },
+      [&] { return noxshowSetBitmap(mark.m_bitmap, kNoxshowAlarmPicture); },
+      [&] { return noxshowBitmap(window, kNoxshowAlarmPicture, 0); },
+      [&] { return noxshowDestroyStream(stream); },
+  };
+  for (const auto& call : calls) {
+    int left = 0;
+    for (int answer = 1; answer != 0; ++left) {
+      ASSERT_LT(left, 20);
+      counted_memory::calls_left = left;
+      answer = call();
+      counted_memory::calls_left = -1;
+      EXPECT_EQ(CountStreams(), stream == nullptr ? streams : streams + (&call != &calls.back()));
+    }
+  }
+}
+
+}  // namespace
