@@ -41,9 +41,12 @@ class CallScript {
 
  private:
   static CString Word(ULONGLONG number) { return " " + std::to_string(number); }
-  static CString Word(std::optional<DWORD> number) { return number ? Word(*number) : " -"; }
-  static CString Word(DWORD number) { return Word(ULONGLONG{number}); }
+  static CString Word(DWORD number) { return " " + std::to_string(number); }
   static CString Word(int number) { return " " + std::to_string(number); }
+  template <typename Number>
+  static CString Word(std::optional<Number> number) {
+    return number ? Word(*number) : " -";
+  }
   static CString Word(const char* text) { return CString(" ") + (text == nullptr ? "-" : text); }
 
   bool IsToFail(std::size_t function);

@@ -36,14 +36,17 @@ static_assert(sizeof(tag_DEVICECAP) == 64 && offsetof(tag_DEVICECAP, m_channels)
               offsetof(tag_DEVICECAP, m_watchdog) == 27 && offsetof(tag_DEVICECAP, m_tv) == 28);
 
 // How a channel runs. Only what the two bytes of bits name is taken over; the rest stays as it was.
+// The bits for what is encoded, for preview audio and for the check for video loss count only with
+// kConfigHasEncoder, the watermark only with kConfigHasWatermark. What changes is taken over with
+// the next frame; a watermark is for devices that draw one, which virtual ones do not.
 struct tag_CHANNELCONFIG {
   BYTE m_valid;    // kConfigHas..., kConfigChecksVideoLoss
   BYTE m_streams;  // kConfigEncodes..., kConfigPreviewsAudio, kConfigHasWatermark
   BYTE m_reserved_2[10];
   DWORD m_quality;
-  DWORD m_speed;
+  DWORD m_speed;  // the host's own; virtual devices take frames a second, 0 for as many as possible
   DWORD m_motion_sensitivity;
-  DWORD m_alarm_frames;
+  DWORD m_alarm_frames;  // frames with motion on end that make an alarm
   DWORD m_reserved_28;
   DWORD m_watermark;  // transparency, 0 to 128; kNoWatermark for none
 };

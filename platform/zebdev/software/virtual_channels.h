@@ -22,21 +22,27 @@ enum class Drive {
 ZEBX_API void SetDrive(Drive drive);
 
 // Makes one frame of a running stepped channel, with everything that belongs to it (live frame,
-// faces, live picture with its caption), on the calling thread. 1, or 0 when no such channel runs.
+// live sound, faces, live picture with its caption), on the calling thread. Time goes on by a frame
+// period; stamps are of the clock in force. 1, or 0 when no such channel runs and while it makes
+// another frame, as inside its callback.
 ZEBX_API int StepChannel(DWORD device, DWORD channel);
 
 // What a channel sees from its next start on. Without one it is `camera<N>.y4m` of the device
-// directory where that exists, N being the channel, else a generated street.
+// directory, with the sound of `camera<N>.wav`, where that exists, else a generated street. N
+// counts the channels of all devices of the plan, so camera0 is the first channel of the first
+// device. A film that cannot be read is reported, and nothing is seen. The library's calls of a
+// source never overlap.
 ZEBX_API void SetSource(DWORD device, DWORD channel, std::shared_ptr<ChannelSource> source);
 
 // Takes the channel its picture, or gives it back, from the next frame on.
 ZEBX_API void LoseVideo(DWORD device, DWORD channel, bool is_lost);
 
-// Lets the channel find so many faces in its next frame.
+// Lets the channel find so many faces in its next frame: the source's own where it knows as many,
+// else parts of the picture.
 ZEBX_API void ShowFaces(DWORD device, DWORD channel, DWORD faces);
 
 // Receives the live sound of channels whose preview audio is on, 8000 samples a second, on the
-// channel's thread. Empty for none.
+// channel's thread; noxdevChStop waits for it as for a callback. Null for none.
 using LiveSound = void (*)(void* user, DWORD device, DWORD channel,
                            std::span<const std::int16_t> samples);
 ZEBX_API void SetLiveSound(LiveSound sink, void* user);

@@ -3,43 +3,94 @@
 #include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
-#include <utility>
 
 #include "platform/framework/error_report.h"
+#include "platform/zebdev/software/open_mode.h"
 
 namespace zebx::zebdev {
 namespace {
 
-constexpr DWORD kOpenModes = 4;
-
 constexpr const char* kFunctionNames[kFunctions] = {
-    "noxdevInitialize",    "noxdevInvalidate",   "noxdevGetDeviceNum", "noxdevCreateDevice",
-    "noxdevDestroyDevice", "noxdevGetDeviceCap", "noxdevOpenDevice",   "noxdevCloseDevice",
-    "noxdevSetTVOut",      "noxdevIOCtl",        "noxdevRestore",      "noxdevChIsValidID",
+    "noxdevInitialize",
+    "noxdevInvalidate",
+    "noxdevGetDeviceNum",
+    "noxdevCreateDevice",
+    "noxdevDestroyDevice",
+    "noxdevGetDeviceCap",
+    "noxdevOpenDevice",
+    "noxdevCloseDevice",
+    "noxdevSetTVOut",
+    "noxdevIOCtl",
+    "noxdevRestore",
+    "noxdevChIsValidID",
+    "noxdevChSetChannelName",
+    "noxdevChSetConfig",
+    "noxdevChStart",
+    "noxdevChStop",
+    "noxdevChRequestIFrame",
+    "noxdevChEnumPreAlarmData",
+    "noxdevChStartPreviewVideo",
+    "noxdevChStartPreviewAudio",
+    "noxdevChStopPreviewAudio",
+    "noxdevChChangeShow",
+    "noxdevChCapturePicture",
+    "noxdevGetDefaultColor",
+    "noxdevChSetVideoColor",
+    "noxdevChGetVideoColor",
+    "noxdevChAddMaskArea",
+    "noxdevChClearMaskArea",
+    "noxdevChGetMaskInfo",
 };
-
-const tag_DEVICECAP& CapabilityOf(const NoxdevDevice& device) {
-  const VirtualDevice& planned = device.m_device;
-  return device.m_is_open && planned.m_capability_when_open ? *planned.m_capability_when_open
-                                                            : planned.m_capability;
-}
 
 }  // namespace
 
 VirtualDeviceLibrary::VirtualDeviceLibrary() : m_script(kFunctionNames) {}
 
 VirtualDeviceLibrary& VirtualDeviceLibrary::Instance() {
-  static VirtualDeviceLibrary instance;
+  // Stays for threads that end after main has; only what runs is ended.
+  static VirtualDeviceLibrary& instance = *new VirtualDeviceLibrary;
+  struct AtExit {
+    AtExit() = default;
+    AtExit(const AtExit&) = delete;
+    AtExit& operator=(const AtExit&) = delete;
+    ~AtExit() { instance.EndAll(); }
+  };
+  static const AtExit at_exit;
   return instance;
 }
 
 void VirtualDeviceLibrary::SetPlan(std::vector<VirtualDevice> devices) {
+  EndAll();
+  m_sound.SetSink(nullptr, nullptr);
+  m_script.Reset();
   const std::lock_guard lock(m_mutex);
   m_plan = std::move(devices);
   m_has_plan = true;
   m_is_ready = false;
-  m_created.clear();
-  m_script.Reset();
+  m_drive = Drive::kPaced;
+  m_controls.clear();
+}
+
+void VirtualDeviceLibrary::SetDrive(Drive drive) {
+  const std::lock_guard lock(m_mutex);
+  m_drive = drive;
+}
+
+std::shared_ptr<ChannelControls> VirtualDeviceLibrary::Controls(DWORD device, DWORD channel) {
+  const std::lock_guard lock(m_mutex);
+  return ControlsOf(device, channel);
+}
+
+std::shared_ptr<ChannelRun> VirtualDeviceLibrary::Running(DWORD device, DWORD channel) {
+  NoxdevHandle handle = nullptr;
+  {
+    const std::lock_guard lock(m_mutex);
+    for (const Device& created : m_devices) {
+      if (created.m_number == device) handle = created.m_handle;
+    }
+  }
+  const auto found = FindChannel(handle, channel);
+  return found == nullptr ? nullptr : found->Running();
 }
 
 void VirtualDeviceLibrary::ReadEnvironment() {
@@ -62,10 +113,15 @@ int VirtualDeviceLibrary::Initialize(DWORD start_up_word, DWORD reserved) {
 }
 
 int VirtualDeviceLibrary::Invalidate() {
-  return Call(Function::kInvalidate, [this] {
-    m_created.clear();
-    return std::exchange(m_is_ready, false);
-  });
+  const auto invalidate = [this] {
+    {
+      const std::lock_guard lock(m_mutex);
+      if (!std::exchange(m_is_ready, false)) return false;
+    }
+    EndAll();
+    return true;
+  };
+  return m_script.Call(static_cast<std::size_t>(Function::kInvalidate), invalidate);
 }
 
 int VirtualDeviceLibrary::GetDeviceNum(DWORD* count) {
@@ -78,28 +134,35 @@ int VirtualDeviceLibrary::GetDeviceNum(DWORD* count) {
 
 int VirtualDeviceLibrary::CreateDevice(NoxdevHandle* device, DWORD number) {
   const auto create = [&] {
-    const bool is_held = std::any_of(m_created.begin(), m_created.end(), [&](const auto& created) {
-      return created->m_number == number;
-    });
+    const bool is_held = std::any_of(m_devices.begin(), m_devices.end(),
+                                     [&](const Device& held) { return held.m_number == number; });
     if (!m_is_ready || device == nullptr || number >= m_plan.size() || is_held) return false;
-    m_created.push_back(std::make_unique<NoxdevDevice>());
-    *device = m_created.back().get();
-    (*device)->m_number = number;
-    (*device)->m_device = m_plan[number];
+    *device = reinterpret_cast<NoxdevHandle>(++m_last_handle);
+    m_devices.push_back({*device, number, m_plan[number], false, {}});
     return true;
   };
   return Call(Function::kCreateDevice, create, number);
 }
 
 int VirtualDeviceLibrary::DestroyDevice(NoxdevHandle device) {
-  return CallOn(device, Function::kDestroyDevice, [this](NoxdevDevice& found) {
-    std::erase_if(m_created, [&](const auto& created) { return created.get() == &found; });
+  const auto destroy = [&] {
+    Channels channels;
+    {
+      const std::lock_guard lock(m_mutex);
+      Device* found = Find(device);
+      if (found == nullptr) return false;
+      channels = std::move(found->m_channels);
+      std::erase_if(m_devices, [&](const Device& held) { return held.m_handle == device; });
+    }
+    End(channels);
     return true;
-  });
+  };
+  return m_script.Call(static_cast<std::size_t>(Function::kDestroyDevice), destroy,
+                       NumberOf(device));
 }
 
 int VirtualDeviceLibrary::GetDeviceCap(NoxdevHandle device, tag_DEVICECAP* capability) {
-  return CallOn(device, Function::kGetDeviceCap, [&](const NoxdevDevice& found) {
+  return CallOn(device, Function::kGetDeviceCap, [&](const Device& found) {
     if (capability == nullptr) return false;
     *capability = CapabilityOf(found);
     return true;
@@ -107,8 +170,9 @@ int VirtualDeviceLibrary::GetDeviceCap(NoxdevHandle device, tag_DEVICECAP* capab
 }
 
 int VirtualDeviceLibrary::OpenDevice(NoxdevHandle device, DWORD mode, const char* directory) {
-  const auto open = [&](NoxdevDevice& found) {
+  const auto open = [&](Device& found) {
     if (found.m_is_open || mode >= kOpenModes || directory == nullptr) return false;
+    found.m_channels = MakeChannels(found, mode, directory);
     found.m_is_open = true;
     return true;
   };
@@ -116,8 +180,18 @@ int VirtualDeviceLibrary::OpenDevice(NoxdevHandle device, DWORD mode, const char
 }
 
 int VirtualDeviceLibrary::CloseDevice(NoxdevHandle device) {
-  return CallOn(device, Function::kCloseDevice,
-                [](NoxdevDevice& found) { return std::exchange(found.m_is_open, false); });
+  const auto close = [&] {
+    Channels channels;
+    {
+      const std::lock_guard lock(m_mutex);
+      Device* found = Find(device);
+      if (found == nullptr || !std::exchange(found->m_is_open, false)) return false;
+      channels = std::exchange(found->m_channels, {});
+    }
+    End(channels);
+    return true;
+  };
+  return m_script.Call(static_cast<std::size_t>(Function::kCloseDevice), close, NumberOf(device));
 }
 
 int VirtualDeviceLibrary::SetTVOut(NoxdevHandle device, DWORD first, DWORD second) {
@@ -133,17 +207,45 @@ int VirtualDeviceLibrary::IOCtl(NoxdevHandle device, BYTE code, DWORD first, DWO
 }
 
 int VirtualDeviceLibrary::Restore(NoxdevHandle device) {
-  return CallOn(device, Function::kRestore, [](const auto&) { return true; });
+  const auto restore = [&] {
+    Channels channels;
+    {
+      const std::lock_guard lock(m_mutex);
+      const Device* found = Find(device);
+      if (found == nullptr) return false;
+      channels = found->m_channels;
+    }
+    for (const auto& [number, channel] : channels) {
+      if (const auto running = channel->Running()) running->DrawAgain();
+    }
+    return true;
+  };
+  return m_script.Call(static_cast<std::size_t>(Function::kRestore), restore, NumberOf(device));
 }
 
 int VirtualDeviceLibrary::IsValidChannel(NoxdevHandle device, DWORD channel, int* is_valid) {
-  const auto look = [&](const auto& found) {
+  const auto look = [&](const Device& found) {
     if (is_valid == nullptr) return false;
     const int channels = CapabilityOf(found).m_channels & kDeviceChannelsMask;
     *is_valid = channel < static_cast<DWORD>(channels) ? 1 : 0;
     return true;
   };
   return CallOn(device, Function::kChIsValidID, look, channel);
+}
+
+int VirtualDeviceLibrary::StartChannel(NoxdevHandle device, DWORD channel, DWORD reserved,
+                                       NoxdevChannelProc callback, void* context) {
+  const auto start = [&](VirtualChannel& found) {
+    if (callback == nullptr) return false;
+    CollectLeft(false);
+    Drive drive = Drive::kPaced;
+    {
+      const std::lock_guard lock(m_mutex);
+      drive = m_drive;
+    }
+    return found.Start(callback, context, drive);
+  };
+  return CallOnChannel(Function::kChStart, device, channel, start, reserved);
 }
 
 template <typename Action, typename... Words>
@@ -159,7 +261,7 @@ template <typename Action, typename... Words>
 int VirtualDeviceLibrary::CallOn(NoxdevHandle handle, Function function, Action action,
                                  Words... words) {
   const auto on_device = [&] {
-    NoxdevDevice* device = Find(handle);
+    Device* device = Find(handle);
     return device != nullptr && action(*device);
   };
   return Call(function, on_device, NumberOf(handle), words...);
@@ -167,14 +269,29 @@ int VirtualDeviceLibrary::CallOn(NoxdevHandle handle, Function function, Action 
 
 std::optional<DWORD> VirtualDeviceLibrary::NumberOf(NoxdevHandle handle) {
   const std::lock_guard lock(m_mutex);
-  const NoxdevDevice* device = Find(handle);
+  const Device* device = Find(handle);
   return device == nullptr ? std::nullopt : std::optional(device->m_number);
 }
 
-NoxdevDevice* VirtualDeviceLibrary::Find(NoxdevHandle handle) const {
-  const auto found = std::find_if(m_created.begin(), m_created.end(),
-                                  [&](const auto& device) { return device.get() == handle; });
-  return found == m_created.end() ? nullptr : found->get();
+std::shared_ptr<VirtualChannel> VirtualDeviceLibrary::FindChannel(NoxdevHandle handle,
+                                                                  DWORD channel) {
+  const std::lock_guard lock(m_mutex);
+  Device* device = Find(handle);
+  if (device == nullptr) return nullptr;
+  const auto found = device->m_channels.find(channel);
+  return found == device->m_channels.end() ? nullptr : found->second;
+}
+
+VirtualDeviceLibrary::Device* VirtualDeviceLibrary::Find(NoxdevHandle handle) {
+  const auto found = std::find_if(m_devices.begin(), m_devices.end(),
+                                  [&](const Device& device) { return device.m_handle == handle; });
+  return found == m_devices.end() ? nullptr : &*found;
+}
+
+const tag_DEVICECAP& VirtualDeviceLibrary::CapabilityOf(const Device& device) {
+  const VirtualDevice& planned = device.m_planned;
+  return device.m_is_open && planned.m_capability_when_open ? *planned.m_capability_when_open
+                                                            : planned.m_capability;
 }
 
 }  // namespace zebx::zebdev

@@ -52,9 +52,26 @@ enum class Function {
   kIOCtl,
   kRestore,
   kChIsValidID,
+  kChSetChannelName,
+  kChSetConfig,
+  kChStart,
+  kChStop,
+  kChRequestIFrame,
+  kChEnumPreAlarmData,
+  kChStartPreviewVideo,
+  kChStartPreviewAudio,
+  kChStopPreviewAudio,
+  kChChangeShow,
+  kChCapturePicture,
+  kGetDefaultColor,
+  kChSetVideoColor,
+  kChGetVideoColor,
+  kChAddMaskArea,
+  kChClearMaskArea,
+  kChGetMaskInfo,
 };
 
-inline constexpr int kFunctions = 12;
+inline constexpr int kFunctions = 29;
 
 // Makes the n-th call of the function from now on fail without any effect; 1 is the next one. Each
 // order stands for itself, so several calls can be told to fail.

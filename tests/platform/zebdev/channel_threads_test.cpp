@@ -1,0 +1,327 @@
+// Channels on threads of their own, and calls from several threads. A paced channel makes its first
+// frame at once, so nothing here waits for a clock unless it is stepped.
+#include <future>
+#include <thread>
+
+#include "platform/noxdisplay/software/display_control.h"
+#include "platform/zebdev/software/frame_schedule.h"
+#include "tests/platform/zebdev/channel_fixture.h"
+
+using namespace zebx;
+
+namespace {
+
+class PacedChannels : public ChannelTest {
+ protected:
+  void SetUp() override {
+    Open(0x040, 2, 0);
+    zebdev::SetDrive(zebdev::Drive::kPaced);
+    zebdev::SetSource(0, 0, m_camera);
+    zebdev::SetSource(0, 1, std::make_shared<TestCamera>());
+  }
+  // Runs `once` in the channel's first callback, on its thread, and waits for it.
+  void StartWith(const std::function<void()>& once) {
+    m_host.m_answer = [this, &once](DWORD, void*) {
+      if (!std::exchange(m_has_called, true)) {
+        once();
+        m_called.set_value();
+      }
+      return 0;
+    };
+    ASSERT_EQ(Start(0), kGood);
+    m_called.get_future().wait();
+  }
+
+ private:
+  bool m_has_called = false;  // used by the channel's thread alone
+  std::promise<void> m_called;
+};
+
+TEST_F(PacedChannels, KeepToTheClockInForce) {
+  std::promise<void> second;
+  std::atomic<int> frames = 0;
+  m_host.m_answer = [&](DWORD, void*) {
+    if (++frames == 2) second.set_value();
+    return 0;
+  };
+  ASSERT_EQ(Start(0), kGood);
+  while (frames < 1) std::this_thread::yield();
+  EXPECT_NE(zebdev::StepChannel(0, 0), 1) << "it has a thread";
+  m_clock.Advance(200);
+  second.get_future().wait();
+  EXPECT_EQ(noxdevChStop(m_device, 0), kGood);
+  const auto calls = m_host.Take();
+  ASSERT_EQ(calls.size(), 2U) << "frames that nobody had time for are left out";
+  EXPECT_EQ(calls[1].Head().m_time_stamp - calls[0].Head().m_time_stamp, 200U);
+  EXPECT_EQ(m_camera->m_time_ms, 200U);
+}
+
+TEST(FrameSchedule, AddsNothingUp) {
+  zebdev::FrameSchedule schedule(0xFFFFFFF0, 30);
+  std::size_t samples = 0;
+  ULONGLONG time_ms = 0;
+  for (int frame = 0; frame <= 3000; ++frame) {
+    const auto taken = schedule.Take();
+    samples += frame == 0 ? 0 : taken.m_samples;
+    time_ms = taken.m_time_ms;
+  }
+  EXPECT_EQ(time_ms, 100'000U);
+  EXPECT_EQ(samples, 800'000U);
+  EXPECT_EQ(schedule.MsToNext(0xFFFFFFF0 + 100'000), 34U);
+  EXPECT_EQ(schedule.MsToNext(0xFFFFFFF0 + 90'000), 34U) << "a clock set back stands still";
+  EXPECT_EQ(schedule.MsToNext(0xFFFFFFF0 + 90'033), 1U);
+  const auto late = schedule.TakeLatest(0xFFFFFFF0 + 3'600'000);
+  EXPECT_EQ(late.m_samples, 8000U) << "a second at most";
+  schedule.SetRate(10);
+  EXPECT_EQ(schedule.Take().m_time_ms, late.m_time_ms + 100);
+}
+
+TEST_F(PacedChannels, StartAndStopAtAnyTime) {
+  for (int round = 0; round < 200; ++round) {
+    ASSERT_EQ(Start(round % 2 == 0 ? 0 : 1), kGood);
+    if (round % 3 == 0) Start(0);
+    if (round % 5 == 0) {
+      while (m_host.Count() == 0) std::this_thread::yield();
+    }
+    ASSERT_EQ(noxdevChStop(m_device, 0) | noxdevChStop(m_device, 1), kGood);
+    m_host.Take();
+    ASSERT_EQ(zebdev::CallChannel(0, 0, 2, 0, 0, nullptr), std::nullopt);
+    ASSERT_EQ(m_host.Count(), 0U);
+  }
+}
+
+TEST_F(PacedChannels, AreStoppedStartedAndClosedFromInsideTheirCallback) {
+  const std::function<void()> cases[] = {
+      [&] { EXPECT_EQ(noxdevChStop(m_device, 0), kGood); },
+      [&] { EXPECT_EQ(Start(0) | noxdevChStop(m_device, 0), kGood); },
+      [&] { EXPECT_EQ(noxdevCloseDevice(m_device), kGood); },
+      [&] { EXPECT_EQ(noxdevDestroyDevice(m_device), kGood); },
+      [&] { EXPECT_EQ(noxdevInvalidate(), kGood); },
+      [&] { zebdev::SetDevicePlan({}); },
+  };
+  for (const auto& end : cases) {
+    SetUp();
+    std::promise<void> ended;
+    std::atomic<int> calls = 0;
+    m_host.m_answer = [&](DWORD, void*) {
+      if (++calls > 1) return 0;
+      end();
+      ended.set_value();
+      return 0;
+    };
+    ASSERT_EQ(Start(0), kGood);
+    ended.get_future().wait();
+    zebdev::SetDevicePlan({});
+    EXPECT_LE(calls, 2) << "the second start alone may have called";
+  }
+}
+
+TEST_F(PacedChannels, MayCallTheDoorFromInsideTheirCallback) {
+  StartWith([&] {
+    tag_MASKSTATE masks = {};
+    tag_CHANNELCONFIG config = {};
+    EXPECT_EQ(noxdevChGetMaskInfo(m_device, 0, &masks) | noxdevChRequestIFrame(m_device, 0) |
+                  noxdevChSetConfig(m_device, 0, &config) |
+                  noxdevChEnumPreAlarmData(m_device, 0, 0, 0) | noxdevRestore(m_device) | Start(1),
+              kGood);
+    std::vector<BYTE> pixels(std::size_t{3} * 16 * 16);
+    const CRect rectangle = {0, 0, 16, 16};
+    EXPECT_EQ(noxdevChCapturePicture(m_device, 0, pixels.data(), &rectangle, -48, 1), kGood);
+    EXPECT_EQ(noxdevChStop(m_device, 1), kGood);
+  });
+}
+
+// The host's main thread stops the channel while the channel's callback sends to its window; and a
+// window's procedure that answers such a message stops the channel which waits for the answer.
+TEST_F(PacedChannels, MaySendToTheThreadThatStopsThem) {
+  std::promise<void> is_inside, may_send;
+  HWND window = Make([&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
+    return message == os::kWmUser ? 42 : noxdevChStop(m_device, 0) + 43;
+  });
+  std::atomic<LRESULT> answer = 0;
+  m_host.m_answer = [&](DWORD, void*) {
+    is_inside.set_value();
+    may_send.get_future().wait();
+    answer = os::SendMessage(window, os::kWmUser, 0, 0);
+    return 0;
+  };
+  ASSERT_EQ(Start(0), kGood);
+  is_inside.get_future().wait();
+  may_send.set_value();
+  EXPECT_EQ(noxdevChStop(m_device, 0), kGood);
+  EXPECT_EQ(answer, 42);
+
+  std::atomic<bool> has_sent = false;
+  m_host.m_answer = [&](DWORD, void*) {
+    answer = os::SendMessage(window, os::kWmUser + 1, 0, 0);
+    has_sent = true;
+    return 0;
+  };
+  ASSERT_EQ(Start(0), kGood);
+  os::Message message;
+  while (!has_sent) {
+    os::PeekMessage(&message);
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(answer, 0) << "answered early";
+  EXPECT_EQ(zebdev::CallChannel(0, 0, 2, 0, 0, nullptr), std::nullopt) << "it is stopped";
+}
+
+// Two callbacks that stop each other's channel, and two threads inside the same one.
+TEST_F(PacedChannels, DoNotWaitForEachOtherInACircle) {
+  std::promise<void> both;
+  std::atomic<int> inside = 0, over = 0;
+  const auto meet = [&] {
+    if (++inside == 2) both.set_value();
+    while (inside < 2) std::this_thread::yield();
+  };
+  ChannelHost other;
+  m_host.m_answer = [&](DWORD, void*) {
+    meet();
+    noxdevChStop(m_device, 1);
+    ++over;
+    return 0;
+  };
+  other.m_answer = [&](DWORD, void*) {
+    meet();
+    noxdevChStop(m_device, 0);
+    ++over;
+    return 0;
+  };
+  ASSERT_EQ(Start(0), kGood);
+  ASSERT_EQ(noxdevChStart(m_device, 1, 0, ChannelHost::Call, &other), kGood);
+  both.get_future().wait();
+  while (over < 2) std::this_thread::yield();
+  EXPECT_EQ(m_host.Count() + other.Count(), 2U);
+
+  inside = over = 0;
+  both = {};
+  zebdev::SetDrive(zebdev::Drive::kStepped);
+  m_host.m_answer = [&](DWORD, void*) {
+    meet();
+    noxdevChStop(m_device, 0);
+    ++over;
+    return 0;
+  };
+  ASSERT_EQ(Start(0), kGood);
+  const auto call = [&] { zebdev::CallChannel(0, 0, 99, 0, 0, nullptr); };
+  std::thread first(call), second(call);
+  first.join();
+  second.join();
+  EXPECT_EQ(over, 2);
+}
+
+// Host calls of all kinds from two threads while frames flow.
+TEST_F(PacedChannels, TakeCallsFromSeveralThreads) {
+  HWND window = Make(AddParameters, nullptr, {0, 0, 32, 32});
+  const auto work = [&](DWORD channel) {
+    std::vector<BYTE> pixels(std::size_t{3} * 16 * 16);
+    const CRect rectangle = {0, 0, 16, 16};
+    const tag_MASKAREA area = {0, 0, 4, 4};
+    for (int round = 0; round < 20; ++round) {
+      Start(channel);
+      noxdevChStartPreviewVideo(m_device, channel, window, 0);
+      noxdevChAddMaskArea(m_device, channel, &area);
+      noxdevChCapturePicture(m_device, channel, pixels.data(), &rectangle, -48, 1);
+      noxdevChEnumPreAlarmData(m_device, channel, 0, 0);
+      noxdevChChangeShow(m_device, channel, static_cast<DWORD>(round) % 3);
+      noxdevRestore(m_device);
+      zebdev::ShowFaces(0, channel, 1);
+      m_clock.Advance(40);
+      if (round % 2 == 0) noxdevChClearMaskArea(m_device, channel);
+      if (round % 4 == 0) noxdevChStop(m_device, channel);
+    }
+  };
+  std::thread other(work, 1), same(work, 0);
+  work(0);
+  other.join();
+  same.join();
+  EXPECT_EQ(noxdevCloseDevice(m_device), kGood);
+  EXPECT_EQ(noxdisplay::CountStreams(), 0U);
+}
+
+// Each function is told to fail once: it does nothing then, and works the next time.
+TEST_F(ChannelTest, FailsTheCallsThatAreToFail) {
+  using zebdev::Function;
+  const tag_MASKAREA area = {1, 2, 3, 4};
+  tag_MASKSTATE masks = {};
+  tag_DEVCOLOR color = {1, 2, 3, 4};
+  tag_CHANNELCONFIG config = {};
+  config.m_valid = zebdev::kConfigHasEncoder;
+  config.m_streams = zebdev::kConfigEncodesVideo;
+  config.m_speed = 7;
+  std::vector<BYTE> pixels(std::size_t{3} * 16 * 16);
+  const CRect rectangle = {0, 0, 16, 16};
+  const struct {
+    Function function;
+    CString line;
+    std::function<int()> call;
+  } cases[] = {
+      {Function::kChSetChannelName, "noxdevChSetChannelName 0 0 door",
+       [&] { return noxdevChSetChannelName(m_device, 0, "door"); }},
+      {Function::kChSetConfig, "noxdevChSetConfig 0 0 2 1 0 7 0 0 0",
+       [&] { return noxdevChSetConfig(m_device, 0, &config); }},
+      {Function::kChStart, "noxdevChStart 0 0 0", [&] { return Start(0); }},
+      {Function::kChRequestIFrame, "noxdevChRequestIFrame 0 0",
+       [&] { return noxdevChRequestIFrame(m_device, 0); }},
+      {Function::kChEnumPreAlarmData, "noxdevChEnumPreAlarmData 0 0",
+       [&] { return noxdevChEnumPreAlarmData(m_device, 0, 1, 2); }},
+      {Function::kChStartPreviewVideo, "noxdevChStartPreviewVideo 0 0 0 0",
+       [&] { return noxdevChStartPreviewVideo(m_device, 0, nullptr, 0); }},
+      {Function::kChStartPreviewAudio, "noxdevChStartPreviewAudio 0 0",
+       [&] { return noxdevChStartPreviewAudio(m_device, 0); }},
+      {Function::kChStopPreviewAudio, "noxdevChStopPreviewAudio 0 0",
+       [&] { return noxdevChStopPreviewAudio(m_device, 0); }},
+      {Function::kChChangeShow, "noxdevChChangeShow 0 0 2",
+       [&] { return noxdevChChangeShow(m_device, 0, 2); }},
+      {Function::kChCapturePicture, "noxdevChCapturePicture 0 0 16 16 -48 1",
+       [&] { return noxdevChCapturePicture(m_device, 0, pixels.data(), &rectangle, -48, 1); }},
+      {Function::kGetDefaultColor, "noxdevGetDefaultColor 64 1",
+       [&] { return noxdevGetDefaultColor(0x040, &color, 1); }},
+      {Function::kChSetVideoColor, "noxdevChSetVideoColor 0 0 1 2 3 4",
+       [&] {
+         color = {1, 2, 3, 4};
+         return noxdevChSetVideoColor(m_device, 0, &color);
+       }},
+      {Function::kChGetVideoColor, "noxdevChGetVideoColor 0 0",
+       [&] { return noxdevChGetVideoColor(m_device, 0, &color); }},
+      {Function::kChAddMaskArea, "noxdevChAddMaskArea 0 0 1 2 3 4",
+       [&] { return noxdevChAddMaskArea(m_device, 0, &area); }},
+      {Function::kChGetMaskInfo, "noxdevChGetMaskInfo 0 0",
+       [&] { return noxdevChGetMaskInfo(m_device, 0, &masks); }},
+      {Function::kChClearMaskArea, "noxdevChClearMaskArea 0 0",
+       [&] { return noxdevChClearMaskArea(m_device, 0); }},
+      {Function::kChStop, "noxdevChStop 0 0", [&] { return noxdevChStop(m_device, 0); }},
+      {Function::kCloseDevice, "noxdevCloseDevice 0", [&] { return noxdevCloseDevice(m_device); }},
+  };
+  zebdev::StartJournal();
+  for (const auto& [function, line, call] : cases) {
+    zebdev::FailCall(function, 1);
+    EXPECT_NE(call(), kGood) << line;
+    EXPECT_EQ(call(), kGood) << line;
+    EXPECT_EQ(zebdev::TakeJournal(), (std::vector{line + " failed", line}));
+    if (function == Function::kChClearMaskArea) {
+      EXPECT_EQ(StepFrame().m_type, kNoxdevLiveFrame);
+    }
+    if (function == Function::kChStop) {
+      EXPECT_EQ(zebdev::StepChannel(0, 0), 0);
+    }
+  }
+  // Nothing of a channel is there without an open device, nor without what it is called with.
+  for (const auto& [function, line, call] : cases) {
+    if (function == Function::kGetDefaultColor) continue;
+    EXPECT_NE(call(), kGood) << line;
+  }
+  EXPECT_EQ(noxdevOpenDevice(m_device, 0, ""), kGood);
+  EXPECT_EQ(noxdevChSetChannelName(m_device, 0, nullptr) * noxdevChSetConfig(m_device, 0, nullptr) *
+                noxdevChStart(m_device, 0, 0, nullptr, nullptr) *
+                noxdevChSetVideoColor(m_device, 0, nullptr) *
+                noxdevChGetVideoColor(m_device, 0, nullptr) *
+                noxdevChAddMaskArea(m_device, 0, nullptr) *
+                noxdevChGetMaskInfo(m_device, 0, nullptr) * noxdevGetDefaultColor(1, nullptr, 0) *
+                noxdevChSetChannelName(m_device, 9, "none"),
+            1)
+      << "each has failed";
+}
+
+}  // namespace
