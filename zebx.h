@@ -32,6 +32,7 @@
 #include "platform/noxdisplay/display_record.h"
 #include "platform/noxdisplay/noxdisplay.h"
 #include "platform/noxdisplay/streams.h"
+#include "platform/zebdev/channels.h"
 #include "platform/zebdev/zebdev.h"
 
 // Picture formats and capture control.
