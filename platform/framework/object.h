@@ -81,6 +81,7 @@ class ZEBX_API CObList : public CObject {
   // Takes out the entry that an iterator of this list stands at.
   void RemoveAt(std::list<CObject*>::const_iterator entry) { m_objects.erase(entry); }
   void RemoveAll() { m_objects.clear(); }
+  void Swap(CObList& other) noexcept { m_objects.swap(other.m_objects); }
   bool IsEmpty() const { return m_objects.empty(); }
   std::size_t GetCount() const { return m_objects.size(); }
   auto begin() const { return m_objects.begin(); }
