@@ -1,0 +1,35 @@
+// Masks as tests make them and look at them.
+#pragma once
+
+#include <string>
+
+#include "capture/mask_info.h"
+#include "capture/mask_list.h"
+
+inline std::string TextOf(const CRect& rect) {
+  return std::to_string(rect.left) + ' ' + std::to_string(rect.top) + ' ' +
+         std::to_string(rect.right) + ' ' + std::to_string(rect.bottom);
+}
+
+// Both rectangles, in thousandths and in macroblocks, and what the device saw in them.
+inline std::string TextOf(const CMaskInfo& mask) {
+  return TextOf(*mask.GetMaskRect()) + " = " + TextOf(mask.GetMBRect()) +
+         (mask.IsMove() != 0 ? " moves" : "") + (mask.IsAlarm() != 0 ? " alarm" : "");
+}
+
+// A mask with that left side in thousandths.
+inline CMaskInfo* NewMask(LONG left) {
+  auto* mask = new CMaskInfo;
+  mask->SetMaskRect({0, 0, 1000, 1000}, {left, 250, 500, 500}, tag_FRAMESIZE{130}, 3);
+  return mask;
+}
+
+// The left sides of the masks, and - for null.
+inline std::string LeftsOf(const CMaskList& list) {
+  std::string lefts;
+  for (const CObject* entry : list) {
+    const auto* mask = static_cast<const CMaskInfo*>(entry);
+    lefts += mask == nullptr ? "- " : std::to_string(mask->GetMaskRect()->left) + ' ';
+  }
+  return lefts;
+}
