@@ -83,7 +83,7 @@ class ZEBX_API CHddObj : public CObject {
 
   // Stores or loads, as the archive goes, all but the plain name, the alarm space and the dates.
   // Throws CFileException.
-  void Serialize(CArchive& archive);
+  void Serialize(CArchive& archive) override;
 
   // Today's directory under "Local", "Remote" and "Picture", made when it does not exist; its date
   // then joins the local, remote or picture dates. Empty when a level is a file or cannot be made.

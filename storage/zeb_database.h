@@ -31,7 +31,7 @@ class CZebDatabase : public CObject {
   // Appends to `info` what every disk finds. 1, or 0 for null.
   virtual int SearchFile(CFileSearchInfo* info);
   // Stores and loads nothing: the list lives in the database file.
-  void Serialize(CArchive& archive);
+  void Serialize(CArchive& archive) override;
 
   // Loads the disk list from the database file. A disk that cannot be made from its record drops
   // out; a file cut short gives the records that are whole. When no disk is left but the data
