@@ -35,9 +35,14 @@
 #include "platform/zebdev/channels.h"
 #include "platform/zebdev/zebdev.h"
 
-// Picture formats and capture control.
+// Picture formats and capture control: what cameras are opened with, and what they hand over.
+#include "capture/encode_param.h"
+#include "capture/mask_info.h"
+#include "capture/mask_list.h"
 #include "capture/notify.h"
 #include "capture/picture_formats.h"
+#include "capture/video_color.h"
+#include "capture/video_data.h"
 #include "capture/zebx.h"
 
 // Pictures and snapshots.

@@ -12,9 +12,13 @@
 #include <string>
 #include <vector>
 
+#include "capture/mask_info.h"
+#include "capture/mask_list.h"
+#include "capture/video_data.h"
 #include "fuzz/sparse_disk.h"
 #include "image/dib_obj.h"
 #include "image/image.h"
+#include "platform/framework/archive.h"
 #include "platform/noxcodec/software/speech_encoder.h"
 #include "platform/noxcodec/software/video_encoder.h"
 #include "platform/os/files/drives.h"
@@ -131,6 +135,26 @@ void MakeRecordingSeeds(const fs::path& root, const std::string& target) {
   file.Close();
   seeds.AddWithDamage(disk.Get("r"));
   seeds.AddWithDamage(RawRecording({3, 1, 2, 0}));
+}
+
+// A live frame with speech and masks, its masks alone, and both forms of those.
+void MakeLiveDataSeeds(const fs::path& root) {
+  Seeds seeds(root, "live_data_fuzz");
+  CVideoData data({1, 2}, kPictureSide, kPictureSide);
+  FillFrame(data, 0, 1000, "video", "speech");
+  for (const LONG left : {2, 4}) {
+    auto mask = std::make_unique<CMaskInfo>();
+    mask->SetMaskRect({0, 0, 22, 18}, {left, 4, 11, 9}, tag_FRAMESIZE{130}, 6);
+    mask->SetMove(1, 1);
+    data.GetMaskList()->AddMaskInfo(mask.release());
+  }
+  seeds.AddWithDamage(BufferFormOf(data, data.GetSize()));
+  seeds.AddWithDamage(BufferFormOf(*data.GetMaskList(), data.GetMaskList()->GetSize()));
+  CMemFile file;
+  CArchive archive(file, CArchive::Mode::kStore);
+  data.GetMaskList()->Serialize(archive);
+  archive.Close();
+  seeds.AddWithDamage(TextOf(file.GetBytes()));
 }
 
 void MakeFaceSeeds(const fs::path& root) {
@@ -280,6 +304,7 @@ int main(int argc, char** argv) {
   Seeds(root, "noxcodec_speech_fuzz").AddWithDamage(SpeechPacket());
   MakeRecordingSeeds(root, "recording_fuzz");
   MakeRecordingSeeds(root, "salvage_fuzz");
+  MakeLiveDataSeeds(root);
   MakeFaceSeeds(root);
   MakeBitmapSeeds(root);
   MakeSnapshotSeeds(root);
