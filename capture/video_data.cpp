@@ -24,6 +24,7 @@ CVideoData::CVideoData(const CVideoData&) = default;
 CVideoData::~CVideoData() = default;
 
 int CVideoData::operator=(const CVideoData& other) {
+  if (this == &other) return 1;
   if (CZebFrameData::operator=(other) == 0) return 0;
   m_is_yuv = other.m_is_yuv;
   return 1;

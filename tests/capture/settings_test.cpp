@@ -28,7 +28,7 @@ namespace {
 
 // Limits the settings.
 std::string WrittenFormOf(CEncodeParam& param) {
-  std::string form(param.GetSize(), '\0');
+  std::string form(CEncodeParam::GetSize(), '\0');
   auto* cursor = reinterpret_cast<BYTE*>(form.data());
   EXPECT_EQ(param.Write(cursor), form.size());
   EXPECT_EQ(reinterpret_cast<char*>(cursor), form.data() + form.size());
@@ -130,7 +130,7 @@ TEST(VideoColor, HasOneFormInBytesAndArchivesAndLimitsNothingThatItReads) {
   EXPECT_EQ(TextOf(color), "0/0 2/2 -4/-4 3/3 0/0 ");
   EXPECT_EQ(ReadBufferForm(color, form), 8U);
   EXPECT_EQ(TextOf(color), "32767/0 -256/2 -32768/-4 -1/3 0/0 ");
-  EXPECT_EQ(BufferFormOf(color, color.GetSize()), form);
+  EXPECT_EQ(BufferFormOf(color, CVideoColor::GetSize()), form);
   CMemFile file;
   CArchive store(file, CArchive::Mode::kStore);
   CObject& object = color;
