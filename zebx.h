@@ -41,6 +41,7 @@
 #include "capture/mask_list.h"
 #include "capture/notify.h"
 #include "capture/picture_formats.h"
+#include "capture/show_param.h"
 #include "capture/video_color.h"
 #include "capture/video_data.h"
 #include "capture/zebx.h"
