@@ -78,8 +78,10 @@ inline constexpr int kFunctions = 29;
 ZEBX_API void FailCall(Function function, DWORD nth);
 
 // Starts an empty journal: from now on every call is one line of the function's name, its device
-// number and the arguments that go in, as in `noxdevOpenDevice 0 3 d:\dev\`, with ` failed` behind
-// a call that was refused. A handle that is none is `-`.
+// number, its channel and the numbers and texts that go in, as in `noxdevOpenDevice 0 3 d:\dev\`,
+// with ` failed` behind a call that was refused. A handle or a text that is none is `-`, and so is
+// each number of a record that is null; callbacks, their contexts and the two words of pre-alarm
+// frames are left out. Lines stand in the order in which the calls ended.
 ZEBX_API void StartJournal();
 // The lines since the last call or the start. Empty without a journal.
 ZEBX_API std::vector<CString> TakeJournal();

@@ -211,6 +211,16 @@ TEST_F(PacedChannels, DoNotWaitForEachOtherInACircle) {
   EXPECT_EQ(over, 2);
 }
 
+TEST_F(PacedChannels, EndWithTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto exit_while_running = [&] {
+    StartWith([] {});
+    noxdevChStart(m_device, 1, 0, ChannelHost::Call, &m_host);
+    std::exit(0);
+  };
+  EXPECT_EXIT(exit_while_running(), testing::ExitedWithCode(0), "");
+}
+
 // Host calls of all kinds from two threads while frames flow.
 TEST_F(PacedChannels, TakeCallsFromSeveralThreads) {
   HWND window = Make(AddParameters, nullptr, {0, 0, 32, 32});
