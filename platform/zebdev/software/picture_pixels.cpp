@@ -48,7 +48,8 @@ int PicturePixels::WriteBgr(const noxcodec::PictureView& picture, int width, int
   if (width <= 0 || height <= 0 || width > kMaxSide || height > kMaxSide) return 0;
   const bool bottom_up = row_step_bytes < 0;
   const std::int64_t step = bottom_up ? -std::int64_t{row_step_bytes} : row_step_bytes;
-  if (step < kBgrPixelBytes * width || std::uint64_t(step * height) > pixels.size()) return 0;
+  if (step < kBgrPixelBytes * width || static_cast<std::uint64_t>(step * height) > pixels.size())
+    return 0;
   const noxcodec::PictureView fitted = Fitted(picture, width, height);
   m_row.resize(static_cast<std::size_t>(width) * noxcodec::kBgrxPixelBytes);
   for (int y = 0; y < height; ++y) {

@@ -57,7 +57,7 @@ CString WavLoop::FindChunks() {
       std::array<BYTE, kMaxFormatBytes> format;
       const std::size_t asked = std::min<std::size_t>(size, format.size());
       const std::size_t count = m_file.Read({format.data(), asked});
-      const CString fault = TakeFormat({format.data(), count});
+      CString fault = TakeFormat({format.data(), count});
       if (!fault.empty()) return fault;
     } else if (id == "data") {
       if (m_rate == 0) return "its sound comes before its format";

@@ -80,7 +80,8 @@ bool Y4mLoop::ReadPicture() {
   for (int index = 0; index < noxcodec::kPlaneCount; ++index) {
     // Without a border the rows of a plane follow each other at once.
     const noxcodec::MutablePlaneView plane = m_picture.Plane(index);
-    const auto bytes = static_cast<std::size_t>(plane.stride) * std::size_t(plane.height);
+    const auto bytes =
+        static_cast<std::size_t>(plane.stride) * static_cast<std::size_t>(plane.height);
     if (m_file.Read({plane.pixels, bytes}) < bytes) return false;
   }
   ++m_next;

@@ -19,7 +19,9 @@ using noxcodec::Picture;
 
 Picture Grey(int width, int height, int level, int cb = 128, int cr = 128) {
   const std::array<int, noxcodec::kPlaneCount> values = {level, cb, cr};
-  return DrawPicture(width, height, [&](int plane, int, int) { return values.at(plane); });
+  return DrawPicture(width, height, [&](int plane, int, int) {
+    return values.at(static_cast<std::size_t>(plane));
+  });
 }
 
 TEST(MotionDetector, FindsPassingCarsAndNoNoiseOnAWall) {
@@ -27,14 +29,14 @@ TEST(MotionDetector, FindsPassingCarsAndNoNoiseOnAWall) {
   const tag_MASKAREA areas[] = {{0, 0, 22, 9}, {9, 13, 11, 15}, {0, 13, 22, 17}};
   MotionDetector detector;
   Picture picture;
-  std::array<int, 3> moved = {};
-  constexpr int kFrames = 500;
+  std::array<DWORD, 3> moved = {};
+  constexpr DWORD kFrames = 500;
   for (DWORD frame = 0; frame < kFrames; ++frame) {
     scene.Render(frame, picture);
     const DWORD seen = detector.Look(picture.View(), areas);
     for (std::size_t area = 0; area < moved.size(); ++area) moved.at(area) += seen >> area & 1U;
   }
-  EXPECT_EQ(moved[0], 0);
+  EXPECT_EQ(moved[0], 0U);
   // Cars are there now and then at one place of the road, and nearly always on all of it.
   EXPECT_GT(moved[1], kFrames / 10);
   EXPECT_LT(moved[1], kFrames * 3 / 4);
@@ -210,7 +212,7 @@ TEST(PicturePixels, LivePicturesGoToTheirSurface) {
   pixels.WriteBgrx(Stripes(16, 8).View(), 8, 4, surface.data() + std::size_t{3} * 64, -64);
   for (int row = 0; row < 4; ++row) {
     const BYTE* const line = surface.data() + static_cast<std::size_t>(3 - row) * 64;
-    const int level = static_cast<int>((40 + 20 * row + 5 - 16) * 1.164 + 0.5);
+    const double level = (40 + 20 * row + 5 - 16) * 1.164;
     EXPECT_NEAR(line[0], level, 1);
     EXPECT_NEAR(line[30], level, 1);
     EXPECT_EQ(line[32], 9);
@@ -227,7 +229,7 @@ TEST(FacePacket, HoldsFacesAsTheRecordingSideReadsThem) {
   const std::vector<std::array<int, 4>> found = {{10, 20, 8, 5}, {56, 40, 8, 8}};
   std::vector<BYTE> packet;
   ASSERT_EQ(WriteFacePacket(picture.View(), areas, packet), 2U);
-  const tag_FACEPACKET* const head = reinterpret_cast<const tag_FACEPACKET*>(packet.data());
+  const auto* const head = reinterpret_cast<const tag_FACEPACKET*>(packet.data());
   EXPECT_EQ(head->m_count, 2U);
   EXPECT_EQ(head->m_kind, kFacePacket);
   const BYTE* record = packet.data() + sizeof(tag_FACEPACKET);

@@ -145,7 +145,7 @@ std::string Wav(const std::string& chunks) {
   return Chunk("RIFF", "WAVE" + chunks);
 }
 
-std::string Format(int kind, int channels, DWORD rate, int bits) {
+std::string Format(WORD kind, WORD channels, DWORD rate, WORD bits) {
   return Chunk("fmt ", Little(kind, 2) + Little(channels, 2) + Little(rate) + Little(0) +
                            Little(0, 2) + Little(bits, 2));
 }
