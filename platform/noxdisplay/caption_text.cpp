@@ -22,7 +22,8 @@ std::size_t ConversionLength(std::string_view format) {
   const bool has_bits = size.starts_with("I64") || size.starts_with("I32");
   at = has_bits ? at + 3 : SkipAll(format, at, "hlLwIqjzt");
   constexpr std::string_view kConversions = "diouxXeEfFgGaAcCsSpnZ";
-  const bool is_whole = at < format.size() && kConversions.find(format[at]) != kConversions.npos;
+  const bool is_whole =
+      at < format.size() && kConversions.find(format[at]) != std::string_view::npos;
   return is_whole ? at + 1 : 1;
 }
 

@@ -1,6 +1,6 @@
-// The display library: drawing of pictures, the watermark, and surfaces that can be lost. Its streams
-// are in streams.h. The library links against these functions only; any display that implements them
-// can stand in for the software one.
+// The display library: drawing of pictures, the watermark, and surfaces that can be lost. Its
+// streams are in streams.h. The library links against these functions only; any display that
+// implements them can stand in for the software one.
 //
 // Every function answers 0 for success and another value for failure, unless it says otherwise.
 #pragma once

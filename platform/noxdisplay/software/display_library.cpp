@@ -26,7 +26,7 @@ DisplayLibrary& DisplayLibrary::Get() {
 NoxshowStream DisplayLibrary::Add(std::shared_ptr<Stream> stream) {
   const std::lock_guard lock(m_mutex);
   // NOLINTNEXTLINE(performance-no-int-to-ptr): a number in the place of an address
-  const auto handle = reinterpret_cast<NoxshowStream>(++m_last_handle);
+  auto* const handle = reinterpret_cast<NoxshowStream>(++m_last_handle);
   m_streams.emplace(handle, std::move(stream));
   return handle;
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <span>
+#include <stdexcept>
 #include <string_view>
 
 #include "platform/framework/types.h"
@@ -38,7 +39,7 @@ consteval std::array<Glyph, count> ParseGlyphs(const std::string_view (&texts)[c
   constexpr std::size_t kDigits = (width + 3) / 4;
   std::array<Glyph, count> glyphs = {};
   for (std::size_t i = 0; i < count; ++i) {
-    if (texts[i].size() != kDigits * height) throw "a glyph of another size";
+    if (texts[i].size() != kDigits * height) throw std::length_error("a glyph of another size");
     for (std::size_t at = 0; at < texts[i].size(); ++at) {
       const char digit = texts[i][at];
       const int value = digit <= '9' ? digit - '0' : digit - 'A' + 10;

@@ -1,6 +1,8 @@
 // What is drawn over pictures.
 #include "tests/platform/noxdisplay/display_fixture.h"
 
+using namespace zebx::noxdisplay;
+
 namespace {
 
 constexpr DWORD kPicture = 0x406080;

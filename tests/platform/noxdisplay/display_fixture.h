@@ -17,15 +17,13 @@
 #include "tests/support/canvas.h"
 #include "tests/support/window_fixture.h"
 
-using namespace zebx::noxdisplay;
-
 using Picture = std::vector<DWORD>;  // 0x00RRGGBB, the top row first
 
 class DisplayTest : public WindowTest {
  protected:
   void TearDown() override {
     for (NoxshowStream stream : m_streams) noxshowDestroyStream(stream);
-    ResetDisplay();
+    zebx::noxdisplay::ResetDisplay();
     WindowTest::TearDown();
   }
 
@@ -68,6 +66,6 @@ inline DWORD PixelOf(HWND window, LONG x, LONG y) {
   return PictureOf(window).at(static_cast<std::size_t>(y * rectangle.Width() + x));
 }
 
-inline void SetText(char (&field)[kDisplayTextBytes], const std::string& text) {
+inline void SetText(char (&field)[zebx::noxdisplay::kDisplayTextBytes], const std::string& text) {
   std::ranges::copy(text.substr(0, sizeof(field)), field);
 }

@@ -3,6 +3,8 @@
 #include "tests/platform/noxdisplay/display_fixture.h"
 #include "tests/support/counted_memory.h"
 
+using namespace zebx::noxdisplay;
+
 namespace {
 
 using DisplayMemory = DisplayTest;

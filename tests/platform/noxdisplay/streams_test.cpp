@@ -7,6 +7,8 @@
 
 #include "tests/platform/noxdisplay/display_fixture.h"
 
+using namespace zebx::noxdisplay;
+
 namespace {
 
 using DisplayStreams = DisplayTest;
