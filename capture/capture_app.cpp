@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "capture/capture_board.h"
+#include "capture/capture_camera.h"
 #include "capture/capture_device.h"
 #include "platform/zebdev/zebdev.h"
 
@@ -52,15 +53,22 @@ CCaptureBoard* CCaptureApp::FindBoard(DWORD board) const {
   return device == nullptr ? nullptr : device->FindBoard(board);
 }
 
+CCaptureCamera* CCaptureApp::FindCamera(const tag_ZEBCAMERAID* id) const {
+  const CCaptureBoard* board = id == nullptr ? nullptr : FindBoard(id->m_board);
+  return board == nullptr ? nullptr : board->FindCamera(CameraIdWord(*id));
+}
+
 void CCaptureApp::RestoreDevices() const {
   for (const auto& device : m_devices) {
     if (device != nullptr && device->GetHandle() != nullptr) noxdevRestore(device->GetHandle());
   }
 }
 
-DWORD CCaptureApp::Notify(DWORD code, std::uintptr_t first, std::uintptr_t second) const {
+std::optional<DWORD> CCaptureApp::CallHost(DWORD code, std::uintptr_t first,
+                                           std::uintptr_t second) const {
   const ZEBX_NOTIFY_PROC notify = m_notify;
-  return notify == nullptr ? kNotNotified : notify(code, m_user_data, first, second);
+  if (notify == nullptr) return std::nullopt;
+  return notify(code, m_user_data, first, second);
 }
 
 int CCaptureApp::GetWaterMark(DWORD* transparency) const {

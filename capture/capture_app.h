@@ -5,13 +5,16 @@
 #include <array>
 #include <atomic>
 #include <memory>
+#include <optional>
 
 #include "capture/notify.h"
 #include "platform/framework/types.h"
 
 class CCaptureBoard;
+class CCaptureCamera;
 class CCaptureDevice;
 class CZebDatabase;
+struct tag_ZEBCAMERAID;
 
 // The one application object of a loaded library. The host's thread uses it without a lock; Notify
 // and GetWaterMark may run on any thread meanwhile.
@@ -36,6 +39,8 @@ class CCaptureApp {
   // The device that covers a board and the board itself, or null. Borrowed; valid until Close.
   CCaptureDevice* FindDevice(DWORD board) const;
   CCaptureBoard* FindBoard(DWORD board) const;
+  // The camera of an open board, or null, also for null. Borrowed; valid until its board closes.
+  CCaptureCamera* FindCamera(const tag_ZEBCAMERAID* id) const;
   // Lets every device draw again after the display surfaces were restored.
   void RestoreDevices() const;
 
@@ -47,7 +52,11 @@ class CCaptureApp {
   void SetDatabase(CZebDatabase* database) { m_database = database; }
 
   // Calls the host's callback and returns its answer; kNotNotified when there is none.
-  DWORD Notify(DWORD code, std::uintptr_t first, std::uintptr_t second) const;
+  DWORD Notify(DWORD code, std::uintptr_t first, std::uintptr_t second) const {
+    return CallHost(code, first, second).value_or(zebx::kNotNotified);
+  }
+  // The same for who has to know whether there was a callback that took the arguments.
+  std::optional<DWORD> CallHost(DWORD code, std::uintptr_t first, std::uintptr_t second) const;
 
   // The enabled flag as it was set; writes the transparency, 0 to kMaxTransparency, or
   // kNoTransparency when none was ever set.

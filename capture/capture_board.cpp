@@ -1,5 +1,8 @@
 #include "capture/capture_board.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "capture/capture_camera.h"
 
 CCaptureBoard::CCaptureBoard(BYTE board_type, DWORD board_index, DWORD channel_base,
@@ -24,13 +27,27 @@ int CCaptureBoard::Open(const CCaptureDevice* device, DWORD frame_size, DWORD sp
   return 1;
 }
 
-void CCaptureBoard::Close() {
+void CCaptureBoard::Close(std::vector<std::unique_ptr<CCaptureCamera>>& left) {
   m_device = nullptr;
   for (auto& camera : m_cameras) {
     if (camera == nullptr) continue;
     camera->ResetBinding();
+    if (camera->MayBeCalled()) left.push_back(std::move(camera));
     camera.reset();
   }
+}
+
+void CCaptureBoard::SetSpeed(DWORD speed) {
+  if (speed == m_speed) return;
+  m_speed = speed;
+  for (const auto& camera : m_cameras) {
+    if (camera != nullptr) camera->SetSpeed(speed);
+  }
+}
+
+bool CCaptureBoard::IsAnyCameraOpen() const {
+  return std::any_of(m_cameras.begin(), m_cameras.end(),
+                     [](const auto& camera) { return camera != nullptr && camera->IsOpen(); });
 }
 
 CCaptureCamera* CCaptureBoard::FindCamera(DWORD id_word) const {

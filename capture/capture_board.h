@@ -31,14 +31,17 @@ class CCaptureBoard {
   // Creates the cameras and binds them. The device is borrowed until Close. 0, with nothing
   // changed, when the board is open already.
   int Open(const CCaptureDevice* device, DWORD frame_size, DWORD speed);
-  // Destroys the cameras. Channels that still run are not stopped: close the cameras first.
-  void Close();
+  // Destroys the cameras. Channels that still run are not stopped: close the cameras first. Cameras
+  // that such channels may call are unbound and handed over.
+  void Close(std::vector<std::unique_ptr<CCaptureCamera>>& left);
   bool IsOpen() const { return m_device != nullptr; }
 
   // The camera with that identity (CameraIdWord), or null. Borrowed; valid until Close.
   CCaptureCamera* FindCamera(DWORD id_word) const;
 
-  void SetSpeed(DWORD speed) { m_speed = speed; }
+  // Gives the speed to every camera, unless it is the speed already.
+  void SetSpeed(DWORD speed);
+  bool IsAnyCameraOpen() const;
 
   // Null while closed.
   const CCaptureDevice* GetDevice() const { return m_device; }

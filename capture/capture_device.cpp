@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "capture/capture_board.h"
+#include "capture/capture_camera.h"
 
 using namespace zebx;
 
@@ -34,6 +35,13 @@ std::optional<DWORD> OpenMode(DWORD frame_size) {
     if (entry.m_frame_size == frame_size) return entry.m_mode;
   }
   return std::nullopt;
+}
+
+using Cameras = std::vector<std::unique_ptr<CCaptureCamera>>;
+
+void KeepForever(Cameras& cameras) {
+  static auto& kept = *new Cameras;
+  std::move(cameras.begin(), cameras.end(), std::back_inserter(kept));
 }
 
 }  // namespace
@@ -70,8 +78,11 @@ void CCaptureDevice::Close() {
   for (DWORD i = 0; i < m_board_count; ++i) CloseBoard(m_first_board + i);
   for (auto& board : m_boards) board.reset();
   if (m_handle == nullptr) return;
-  noxdevDestroyDevice(m_handle);
+  const bool is_destroyed = noxdevDestroyDevice(m_handle) == 0;
   m_handle = nullptr;
+  // A device that could not be destroyed may call for ever.
+  if (!is_destroyed) KeepForever(m_left_cameras);
+  m_left_cameras.clear();
 }
 
 int CCaptureDevice::OpenBoard(DWORD board, DWORD frame_size, DWORD speed,
@@ -89,7 +100,7 @@ int CCaptureDevice::CloseBoard(DWORD board) {
   CCaptureBoard* found = FindBoard(board);
   if (!Covers(board) || found == nullptr) return 0;
   if (IsAnyBoardOpen()) {
-    found->Close();
+    found->Close(m_left_cameras);
     if (!IsAnyBoardOpen()) noxdevCloseDevice(m_handle);
   }
   return 1;

@@ -3,13 +3,16 @@
 
 #include <array>
 #include <memory>
+#include <vector>
 
 #include "platform/zebdev/zebdev.h"
 
 class CCaptureBoard;
+class CCaptureCamera;
 
 // Owned by CCaptureApp. Owns its boards and its handle; the device runs while at least one of its
-// boards is open. The host's thread only.
+// boards is open. Cameras that were open when their board closed belong to it until its handle is
+// given back, since their channels may call them until then. The host's thread only.
 //
 //   no handle --Create--> closed --OpenBoard, first board--> running (1 board)
 //       ^                  ^   ^                               |       |  ^
@@ -61,4 +64,5 @@ class CCaptureDevice {
   std::array<std::unique_ptr<CCaptureBoard>, 2> m_boards;
   NoxdevHandle m_handle = nullptr;
   tag_DEVICECAP m_capability = {};
+  std::vector<std::unique_ptr<CCaptureCamera>> m_left_cameras;
 };

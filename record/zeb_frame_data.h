@@ -53,6 +53,10 @@ class ZEBX_API CZebFrameData {
   // Replaces both buffers, contents undefined, lengths unchanged.
   // 1, or 0 with nothing changed when either size is 0. Throws std::bad_alloc, nothing changed.
   int CreateBuffer(DWORD video_size, DWORD speech_size);
+  // True when the buffers hold so many bytes.
+  bool HasRoomFor(DWORD video_bytes, DWORD speech_bytes) const {
+    return video_bytes <= m_video_capacity && speech_bytes <= m_speech_capacity;
+  }
   // Replaces each buffer that is too small for the frame of `header`. Throws std::bad_alloc.
   void Reserve(const zebx::FrameHeader& header);
   // Copies everything but the texts and the rate statistics; bytes only where both buffers exist
