@@ -79,6 +79,28 @@ class Seeds {
   int m_count = 0;
 };
 
+// What a channel may call for, as channel_callback_fuzz takes it apart: frames, a caption, frames
+// from before an alarm and faces, with the camera named and then closed and opened in between.
+void MakeChannelCallSeeds(const fs::path& root) {
+  Seeds seeds(root, "channel_callback_fuzz");
+  const auto call = [](char what, char words, const std::string& bytes) {
+    return std::string{what, words} + Little(bytes.size(), 2) + bytes;
+  };
+  const auto frame = [](DWORD flags, DWORD video_bytes, DWORD speech_bytes) {
+    return std::string(12, '\0') + Little(flags) + Little(1000) + Little(video_bytes) +
+           Little(speech_bytes) + Little(0) + "video speech";
+  };
+  const std::string faces = std::string(8, '\0') + Little(2) + '\x80' + std::string(19, '\0') +
+                            Little(0) + Little(0x00030002) + std::string(8, '\0') + "6 byte" +
+                            Little(0) + Little(0x00010001) + std::string(8, '\0') + "1";
+  const std::string calls = call(4, 1, "100%% %s") + call(0, 1, frame(0x80230000, 5, 6)) +
+                            call(1, 1, "") + call(2, 4, frame(0, 5, 0)) +
+                            call(2, 4, frame(0x80000001, 614400, 65536)) + call(3, 1, faces) +
+                            call(5, 0, "") + call(0, 1, frame(0, 5, 0)) + call(6, 0, "") +
+                            call(0, 1, frame(0, 0xFFFFFFFF, 0)) + call(7, 1, "");
+  seeds.AddWithDamage(calls);
+}
+
 // Packets of a street scene, an I-frame first.
 std::vector<std::string> VideoPackets() {
   constexpr DWORD kPackets = 3;
@@ -305,6 +327,7 @@ int main(int argc, char** argv) {
   MakeRecordingSeeds(root, "recording_fuzz");
   MakeRecordingSeeds(root, "salvage_fuzz");
   MakeLiveDataSeeds(root);
+  MakeChannelCallSeeds(root);
   MakeFaceSeeds(root);
   MakeBitmapSeeds(root);
   MakeSnapshotSeeds(root);
