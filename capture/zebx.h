@@ -110,6 +110,15 @@ ZEBX_API int zebxGetPicture(const tag_ZEBCAMERAID* id, CImage* image);
 // Frames too large for a frame record are left out. 1 also when the file takes none of them.
 ZEBX_API int zebxGetAlarmData(const tag_ZEBCAMERAID* id, CZebFile* file);
 
+// How large a live picture a camera previews, on boards that have to share the room for them: 0, 1
+// or 2, as docs/capture.md says. The device gets the number as it is, and its answer is not looked
+// at.
+ZEBX_API int zebxSetShowType(const tag_ZEBCAMERAID* id, DWORD show_type);
+// Chooses the show types of all cameras anew by the sizes of their windows, given the camera that
+// has the focus. Call it when a window changes its size or the focus moves. The type of the last
+// board decides for all boards; 0 also when that has none. Without any board this is 1.
+ZEBX_API int zebxRefreshShow(const tag_ZEBCAMERAID* focus);
+
 // The watermark takes effect when a camera is opened or set up anew. These two are always 1. Of the
 // transparency only the low byte counts; more than 128 is 128.
 ZEBX_API int zebxEnableWaterMark(int is_enabled);
