@@ -32,3 +32,11 @@ execute_process(COMMAND ${WORK}/build/list_recording ${WORK}/copy.zebz OUTPUT_VA
 if(NOT listed MATCHES "block 0 frame 0 at .* I-frame\n  decoded.*block 0 frame 1 at ")
   message(FATAL_ERROR "the example printed:\n${listed}")
 endif()
+
+# The cameras are virtual ones.
+set(ENV{ZEBX_DEVICES} 7:2)
+execute_process(COMMAND ${WORK}/build/live_cameras 2 OUTPUT_VARIABLE counted
+                COMMAND_ERROR_IS_FATAL ANY)
+if(NOT counted MATCHES "camera 0: [1-9][0-9]* frames, .*camera 1: [1-9][0-9]* frames, ")
+  message(FATAL_ERROR "the example printed:\n${counted}")
+endif()
