@@ -73,13 +73,15 @@ TEST(ShowParam, SetsAndClearsEachFlagAlone) {
                 {&Show::SetRecord, &Show::IsRecord}};
   CShowParam none, all;
   for (const auto& flag : kFlags) (all.*flag.m_set)(-2);
-  for (int i = 0; i < 9; ++i) {
+  DWORD bit = 1;
+  for (const auto& flag : kFlags) {
     CShowParam one(none), others(all);
-    (one.*kFlags[i].m_set)(1);
-    (others.*kFlags[i].m_set)(0);
-    EXPECT_EQ((one.*kFlags[i].m_query)(), 1 << i);
-    EXPECT_EQ(one.GetFlags(), 1U << i);
-    EXPECT_EQ(others.GetFlags(), 0x1FFU & ~(1U << i));
+    (one.*flag.m_set)(1);
+    (others.*flag.m_set)(0);
+    EXPECT_EQ((one.*flag.m_query)(), static_cast<int>(bit));
+    EXPECT_EQ(one.GetFlags(), bit);
+    EXPECT_EQ(others.GetFlags(), 0x1FF - bit);
+    bit *= 2;
   }
 }
 
