@@ -14,6 +14,7 @@
 class CDibObj;
 class CEncodeParam;
 class CImage;
+class CMaskInfo;
 class CMaskList;
 class CShowParam;
 class CVideoColor;
@@ -118,6 +119,17 @@ ZEBX_API int zebxSetShowType(const tag_ZEBCAMERAID* id, DWORD show_type);
 // has the focus. Call it when a window changes its size or the focus moves. The type of the last
 // board decides for all boards; 0 also when that has none. Without any board this is 1.
 ZEBX_API int zebxRefreshShow(const tag_ZEBCAMERAID* focus);
+// Lets an open camera look for motion in one more mask, which then belongs to the library. 0 for a
+// closed camera and when the device refuses the mask, which stays the host's then. One that equals
+// a mask of the camera stays the host's, too, although the answer is 1: ask
+// CMaskList::IsMaskInfo first.
+ZEBX_API int zebxAddMask(const tag_ZEBCAMERAID* id, CMaskInfo* mask);
+// Removes and destroys all masks of an open camera; a closed one is no failure.
+ZEBX_API int zebxDeleteAllMask(const tag_ZEBCAMERAID* id);
+// Gives a camera's channel a colour, or asks the channel for its colour, limited as
+// CVideoColor::SetValue does. The camera may be closed.
+ZEBX_API int zebxSetVideoColor(const tag_ZEBCAMERAID* id, const CVideoColor* color);
+ZEBX_API int zebxGetVideoColor(const tag_ZEBCAMERAID* id, CVideoColor* color);
 
 // The watermark takes effect when a camera is opened or set up anew. These two are always 1. Of the
 // transparency only the low byte counts; more than 128 is 128.

@@ -143,6 +143,58 @@ TEST_F(Camera, TakesPicturesOfTheShowSize) {
   EXPECT_EQ(TakeCalls(), Lines{});
 }
 
+TEST_F(Camera, MasksComeAndGoWhileItRuns) {
+  OpenBoard();
+  CMaskInfo unplaced;
+  EXPECT_EQ(zebxAddMask(&m_id, &unplaced), 0) << "closed";
+  CMaskList masks;
+  AddMask(masks, 3);
+  EXPECT_EQ(Open(&masks), 1);
+  TakeCalls();
+  EXPECT_EQ(zebxAddMask(&m_id, nullptr), 0);
+  EXPECT_EQ(zebxAddMask(&m_id, &unplaced), 0) << "an area without size, which the device refuses";
+  auto added = std::make_unique<CMaskInfo>();
+  const CRect blocks{4, 5, 6, 7};
+  added->SetMBRect(&blocks, tag_FRAMESIZE{kPalHalf});
+  EXPECT_EQ(zebxAddMask(&m_id, added.get()), 1);
+  EXPECT_EQ(zebxAddMask(&m_id, added.release()), 1) << "known to the list already";
+  EXPECT_EQ(TakeCalls(),
+            (Lines{"noxdevChAddMaskArea 0 0 0 0 0 0 failed", "noxdevChAddMaskArea 0 0 4 5 6 7",
+                   "noxdevChAddMaskArea 0 0 4 5 6 7"}));
+  BringFrame(Packet(0, 1000, "I"));
+  EXPECT_EQ(m_frame->GetMaskList()->GetCount(), 2U);
+  EXPECT_EQ(zebxDeleteAllMask(&m_id) & zebxDeleteAllMask(&m_id), 1);
+  EXPECT_EQ(TakeCalls(), Lines{"noxdevChClearMaskArea 0 0"});
+  EXPECT_TRUE(m_frame->GetMaskList()->IsEmpty());
+}
+
+TEST_F(Camera, ColoursReachTheChannelInItsOrderAndComeBackInTheirOwn) {
+  OpenBoard();
+  CVideoColor color(6, kVideoStandardPal);
+  CVideoColor read(6, kVideoStandardPal);
+  for (const DWORD component : {0U, 1U, 2U, 3U}) {
+    color.SetValue(static_cast<std::int16_t>(component + 10), tag_VCLR{component});
+  }
+  TakeCalls();
+  EXPECT_EQ(zebxSetVideoColor(&m_id, &color) & zebxGetVideoColor(&m_id, &read), 1);
+  EXPECT_EQ(TakeCalls(),
+            (Lines{"noxdevChSetVideoColor 0 0 10 11 13 12", "noxdevChGetVideoColor 0 0"}));
+  zebdev::FailCall(Function::kChGetVideoColor, 1);
+  zebdev::FailCall(Function::kChSetVideoColor, 1);
+  EXPECT_EQ(zebxSetVideoColor(&m_id, &color) + zebxGetVideoColor(&m_id, &read), 0);
+  for (const DWORD component : {0U, 1U, 2U, 3U}) {
+    EXPECT_EQ(read.GetValue(tag_VCLR{component}), static_cast<int>(component + 10));
+  }
+  const tag_ZEBCAMERAID nowhere{0, 9};
+  CMaskInfo mask;
+  TakeCalls();
+  EXPECT_EQ(zebxSetVideoColor(&nowhere, &color) + zebxGetVideoColor(&nowhere, &color) +
+                zebxSetVideoColor(&m_id, nullptr) + zebxGetVideoColor(&m_id, nullptr) +
+                zebxAddMask(&nowhere, &mask) + zebxDeleteAllMask(&nowhere),
+            0);
+  EXPECT_EQ(TakeCalls(), Lines{});
+}
+
 // Every call of a session fails once. Whatever it was, no areas are left behind at the device, and
 // the camera opens the next time and brings frames.
 TEST_F(Camera, OpensAgainAfterAnyCallFailed) {
