@@ -4,19 +4,18 @@
 
 namespace zebx {
 
-CallScript::CallScript(std::span<const char* const> names)
-    : m_names(names), m_failures(names.size()) {}
+CallScript::CallScript(std::span<const char* const> names) noexcept : m_names(names) {}
 
 void CallScript::Reset() {
   const std::lock_guard lock(m_mutex);
-  for (auto& calls_left : m_failures) calls_left.clear();
+  m_failures.clear();
   m_keeps_journal = false;
   m_journal.clear();
 }
 
 void CallScript::FailCall(std::size_t function, DWORD nth) {
   const std::lock_guard lock(m_mutex);
-  m_failures.at(function).push_back(nth);
+  m_failures.push_back({function, nth});
 }
 
 void CallScript::StartJournal() {
@@ -33,9 +32,10 @@ std::vector<CString> CallScript::TakeJournal() {
 bool CallScript::IsToFail(std::size_t function) {
   const std::lock_guard lock(m_mutex);
   bool is_to_fail = false;
-  std::vector<DWORD>& calls_left = m_failures.at(function);
-  for (DWORD& calls : calls_left) is_to_fail |= --calls == 0;
-  std::erase(calls_left, DWORD{0});
+  for (Failure& failure : m_failures) {
+    if (failure.m_function == function) is_to_fail |= --failure.m_calls_left == 0;
+  }
+  std::erase_if(m_failures, [](const Failure& failure) { return failure.m_calls_left == 0; });
   return is_to_fail;
 }
 

@@ -16,8 +16,9 @@ namespace zebx {
 // constructor. The lock guards the orders and the lines; it is not held while an action runs.
 class CallScript {
  public:
-  // `names` is borrowed for good.
-  explicit CallScript(std::span<const char* const> names);
+  // `names` is borrowed for good. Takes no memory, so that a library can be used first when there
+  // is none.
+  explicit CallScript(std::span<const char* const> names) noexcept;
 
   // Forgets every order and the journal.
   void Reset();
@@ -40,6 +41,11 @@ class CallScript {
   }
 
  private:
+  struct Failure {
+    std::size_t m_function;
+    DWORD m_calls_left;  // 1: the next one
+  };
+
   static CString Word(ULONGLONG number) { return " " + std::to_string(number); }
   static CString Word(DWORD number) { return " " + std::to_string(number); }
   static CString Word(int number) { return " " + std::to_string(number); }
@@ -57,7 +63,7 @@ class CallScript {
   std::atomic<bool> m_keeps_journal = false;
   std::mutex m_mutex;
   // Guarded by m_mutex.
-  std::vector<std::vector<DWORD>> m_failures;  // for each function, how many calls from now
+  std::vector<Failure> m_failures;
   std::vector<CString> m_journal;
 };
 

@@ -18,8 +18,10 @@ constexpr const char* kFunctionNames[kFunctions] = {
 DisplayLibrary::DisplayLibrary() : m_script(kFunctionNames) {}
 
 DisplayLibrary& DisplayLibrary::Get() {
-  // Never destroyed: a host's threads may end after main has.
-  static DisplayLibrary& library = *new DisplayLibrary;
+  // Never destroyed: a host's threads may end after main has. It takes no memory, so that its first
+  // call does not fail in another way than the later ones.
+  alignas(DisplayLibrary) static std::byte place[sizeof(DisplayLibrary)];
+  static DisplayLibrary& library = *new (place) DisplayLibrary;
   return library;
 }
 
