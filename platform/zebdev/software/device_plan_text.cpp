@@ -26,7 +26,8 @@ std::optional<DWORD> Number(std::string_view digits) {
 std::optional<VirtualDevice> ParseDevice(std::string_view text, CString& fault) {
   const std::size_t colon = text.find(':');
   const auto type_code = Number(text.substr(0, colon));
-  const auto channels = colon == text.npos ? std::nullopt : Number(text.substr(colon + 1));
+  const auto channels =
+      colon == std::string_view::npos ? std::nullopt : Number(text.substr(colon + 1));
   if (!type_code || !channels) {
     fault = "a device is its type code, a colon and its number of channels, as in 6:8";
   } else if (*type_code > kMaxTypeCode) {
@@ -48,8 +49,8 @@ std::optional<std::vector<VirtualDevice>> ParseDevicePlan(std::string_view text,
   CString ignored;
   CString& said = fault != nullptr ? *fault : ignored;
   const std::size_t at = text.find('@');
-  const CString directory(at == text.npos ? "" : text.substr(at + 1));
-  if (at != text.npos && directory.empty()) {
+  const CString directory(at == std::string_view::npos ? "" : text.substr(at + 1));
+  if (at != std::string_view::npos && directory.empty()) {
     said = "no directory stands behind the @";
     return std::nullopt;
   }
@@ -61,7 +62,7 @@ std::optional<std::vector<VirtualDevice>> ParseDevicePlan(std::string_view text,
     if (!device) return std::nullopt;
     device->m_directory = directory;
     devices.push_back(std::move(*device));
-    is_more = comma != rest.npos;
+    is_more = comma != std::string_view::npos;
     if (is_more) rest.remove_prefix(comma + 1);
   }
   if (devices.size() > kMaxDevices) {

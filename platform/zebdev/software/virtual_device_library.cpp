@@ -137,6 +137,7 @@ int VirtualDeviceLibrary::CreateDevice(NoxdevHandle* device, DWORD number) {
     const bool is_held = std::any_of(m_devices.begin(), m_devices.end(),
                                      [&](const Device& held) { return held.m_number == number; });
     if (!m_is_ready || device == nullptr || number >= m_plan.size() || is_held) return false;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): a number in the place of an address
     *device = reinterpret_cast<NoxdevHandle>(++m_last_handle);
     m_devices.push_back({*device, number, m_plan[number], false, {}});
     return true;
