@@ -24,7 +24,9 @@ class ShowTypes : public CaptureLibrary {
     Plan(std::move(devices));
     zebdev::SetDrive(zebdev::Drive::kStepped);
     ASSERT_EQ(Initialize(), 1);
-    for (WORD board = 0; board < zebxGetBoardNum(); ++board) zebxOpenBoard(board, 3, 25);
+    for (DWORD board = 0; board < zebxGetBoardNum(); ++board) {
+      zebxOpenBoard(static_cast<WORD>(board), 3, 25);
+    }
   }
 
   // Opens a camera in a window of that size, which it answers.
