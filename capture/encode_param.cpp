@@ -63,7 +63,7 @@ DWORD CEncodeParam::GetBitStreamThreshold() const {
   return StepOf(m_quality).m_bit_stream_threshold;
 }
 
-// On purpose from the quality: better pictures have less noise to pass for motion.
+// From the quality and not from the motion sensitivity, on purpose.
 DWORD CEncodeParam::GetMotionDetectSen() const {
   return kMotionThresholdBase - kThresholdStep * m_quality;
 }

@@ -9,8 +9,8 @@
 
 // Keeps the rectangle in thousandths of the picture's width and height, and derives from it the one
 // in macroblocks of 16 pixels of the encode size of a frame size, which is what the device takes.
-// Without a frame size there is no macroblock rectangle. A value without a copy constructor. Used
-// by one thread at a time.
+// A mask with frame size 0xFF has none, and IsValid answers 0. A value without a copy constructor.
+// Used by one thread at a time.
 class ZEBX_API CMaskInfo : public CObject {
   DECLARE_DYNAMIC(CMaskInfo)
 
@@ -20,21 +20,22 @@ class ZEBX_API CMaskInfo : public CObject {
   CMaskInfo(const CMaskInfo&) = delete;
   // Copies everything but motion and alarm, which start anew as after Reset.
   CMaskInfo& operator=(const CMaskInfo& other);
-  // Of the rectangles in thousandths alone.
+  // Compare the rectangles in thousandths and nothing else.
   int operator==(const CMaskInfo& other) const;
   int operator!=(const CMaskInfo& other) const;
 
-  // A mask drawn in a window, for pictures of the frame size on a board of the type, whose bits are
-  // added to those of the status. The window is expected to start at (0, 0): its origin is not
-  // taken off. 1, or 0 with nothing changed when mask or window have no width or no height.
+  // Takes a mask drawn in a window, for pictures of that frame size on a board of that type, whose
+  // bits are added to the status; none is taken away. The window is expected to start at (0, 0): its
+  // origin is not subtracted. A frame size of 0xFF keeps the macroblock rectangle as it was. 1, or 0
+  // with nothing changed when mask or window have no width or no height.
   int SetMaskRect(const CRect& window, const CRect& mask, tag_FRAMESIZE frame_size,
                   BYTE board_type);
-  // In thousandths. Borrowed; follows the mask.
+  // In thousandths. Borrowed; valid as long as the mask, and changes with it.
   const CRect* GetMaskRect() const { return &m_relative; }
   // The mask in a window, whose origin counts here. Always 1.
   int GetMaskRect(const CRect& window, CRect& mask) const;
 
-  // A mask in macroblocks of the frame size. 1, or 0 with nothing changed for null, an unknown
+  // Takes a mask in macroblocks of the frame size. 1, or 0 with nothing changed for null, an unknown
   // frame size and a rectangle that is empty or reaches into the last whole column or row of
   // macroblocks. Sides below 0 are not refused.
   int SetMBRect(const CRect* macroblocks, tag_FRAMESIZE frame_size);

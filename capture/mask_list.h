@@ -9,9 +9,9 @@
 
 class CMaskInfo;
 
-// Owns its entries, all of them CMaskInfo. An entry that is null is passed over everywhere, also
-// where masks are counted. Used by one thread at a time; the list of an open camera belongs to the
-// library (see CVideoData).
+// Owns its entries, all of them CMaskInfo; one that is taken out with an operation of the base class
+// is the caller's. An entry that is null is passed over everywhere, also where masks are counted.
+// Used by one thread at a time; the list of an open camera belongs to the library (see CVideoData).
 class ZEBX_API CMaskList : public CObList {
   DECLARE_DYNAMIC(CMaskList)
 
@@ -20,7 +20,7 @@ class ZEBX_API CMaskList : public CObList {
   ~CMaskList() override;
   CMaskList(const CMaskList&) = delete;
   // Replaces the masks by copies of the other list's. 1, also for the list itself, which stays as
-  // it is; 0, with the masks as they were, without the memory, which is reported.
+  // it is; 0, with the masks as they were, when memory runs out, which is reported.
   int operator=(const CMaskList& other);
 
   // Appends a mask and takes ownership. 1, also for one that equals a mask of the list: that is not
@@ -37,10 +37,10 @@ class ZEBX_API CMaskList : public CObList {
   void Swap(CMaskList& other) noexcept { CObList::Swap(other); }
 
   // Byte form: a 32-bit count, then the byte forms of the masks. The cursor advances; the answer is
-  // the bytes moved. Write needs GetSize() bytes. Read replaces the masks, equal ones among them
-  // too. It answers 0 with no mask and the cursor where it was without the memory, which is
-  // reported, and, in the form with `end`, when a mask is not whole before `end`; the form without
-  // trusts the count.
+  // the bytes moved. Write needs GetSize() bytes. Read replaces the masks, and takes equal
+  // ones too. It answers 0, with an empty list and the cursor where it was, when memory runs out,
+  // which is reported, and when the bytes before `end` are too few. Without `end` the count is
+  // trusted.
   DWORD GetSize() const;
   DWORD Write(BYTE*& cursor) const;
   DWORD Read(BYTE*& cursor);

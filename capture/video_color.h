@@ -29,7 +29,7 @@ class ZEBX_API CVideoColor : public CObject {
   // Asks the device library for the defaults again, and leaves the values alone. All 0 when it
   // fails.
   void GetDefaultColor();
-  // Makes the defaults of another standard the values.
+  // Stores the standard, asks for its defaults and makes them the values.
   void Reset(tag_VIDEOSTANDARD standard);
 
   // Stored limited to GetMin and GetMax of the component.
