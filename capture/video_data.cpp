@@ -32,6 +32,10 @@ int CVideoData::operator=(const CVideoData& other) {
 
 int CVideoData::SetFile(CZebFile* file) {
   if (file == m_file.get()) return 1;
+  if (file == nullptr) {
+    m_file = nullptr;  // a file can be finished without memory for another
+    return 1;
+  }
   // The owner is made before it owns anything: without the memory the file stays the caller's.
   auto owner = std::make_shared<std::unique_ptr<CZebFile>>();
   owner->reset(file);

@@ -38,7 +38,7 @@ class ZEBX_API CVideoData : public CZebFrameData {
   // Lets go of the attached file and takes over another, or null. A file that no copy holds any
   // more is closed and destroyed; an error of the disk is reported. The attached file given again
   // stays attached; one that another object holds must not be given. Always 1. Throws
-  // std::bad_alloc, with nothing changed.
+  // std::bad_alloc for a new file, with nothing changed and the file still the caller's.
   int SetFile(CZebFile* file);
   // Borrowed; null without a file.
   CZebFile* GetFile() const { return m_file.get(); }

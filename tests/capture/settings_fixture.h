@@ -1,10 +1,41 @@
-// Masks as tests make them and look at them.
+// What the tests of settings, masks and live frames share: archive forms, and masks as text.
 #pragma once
-
-#include <string>
 
 #include "capture/mask_info.h"
 #include "capture/mask_list.h"
+#include "platform/framework/archive.h"
+#include "platform/framework/error_report.h"
+#include "tests/support/expect_forms.h"
+
+// Counts the errors that are reported while it lives.
+struct Reports {
+  Reports() {
+    zebx::SetErrorSink([this](const std::exception&) { ++m_count; });
+  }
+  ~Reports() { zebx::SetErrorSink({}); }
+
+  int m_count = 0;
+};
+
+template <typename Record>
+std::string FormOf(Record& record) {
+  return BufferFormOf(record, record.GetSize());
+}
+
+inline std::string ArchiveFormOf(CObject& object) {
+  CMemFile file;
+  CArchive archive(file, CArchive::Mode::kStore);
+  object.Serialize(archive);
+  archive.Close();
+  return {file.GetBytes().begin(), file.GetBytes().end()};
+}
+inline void LoadArchive(CObject& object, const std::string& form) {
+  CMemFile file;
+  file.Write({reinterpret_cast<const BYTE*>(form.data()), form.size()});
+  file.SeekToBegin();
+  CArchive archive(file, CArchive::Mode::kLoad);
+  object.Serialize(archive);
+}
 
 inline std::string TextOf(const CRect& rect) {
   return std::to_string(rect.left) + ' ' + std::to_string(rect.top) + ' ' +

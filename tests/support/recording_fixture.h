@@ -39,7 +39,7 @@ inline void FillFrame(CZebFrameData& data, WORD type, DWORD time_stamp, const st
 
 // The buffer form of a frame or a header of `size` bytes, and reading one back, with the answer.
 template <typename Record>
-std::string BufferFormOf(const Record& record, DWORD size) {
+std::string BufferFormOf(Record& record, DWORD size) {
   std::string form(size, '\0');
   auto* cursor = reinterpret_cast<BYTE*>(form.data());
   form.resize(record.Write(cursor));
