@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "capture/zebx.h"
 #include "platform/framework/archive.h"
 #include "platform/framework/file.h"
 #include "platform/framework/file_system.h"
@@ -10,15 +9,12 @@
 #include "platform/os/files/drives.h"
 #include "storage/database_format.h"
 #include "storage/dbs.h"
-#include "storage/storage_messages.h"
 #include "tools/zebtool/console/command_line.h"
 
 using namespace zebx;
 
 namespace zebtool {
 namespace {
-
-constexpr DWORD kNoStartUpWord = 0;
 
 bool Exists(const std::string& path) {
   return CurrentFileSystem().Status(path).has_value();
@@ -49,9 +45,14 @@ void RefuseMissingDisks(const std::string& path) {
 
 }  // namespace
 
-void AddDatabaseOptions(const Command& command, DatabaseOptions& options) {
+void AddDatabaseOptions(const Command& command, DatabaseOptions& options, DatabaseNeed need) {
+  constexpr char kFileHelp[] = "the database file";
   command.Heading("database");
-  command.RequiredOption("--db", "FILE", options.file, "the database file");
+  if (need == DatabaseNeed::kAlways) {
+    command.RequiredOption("--db", "FILE", options.file, kFileHelp);
+  } else {
+    command.Option("--db", "FILE", options.file, kFileHelp);
+  }
   command.Option("--data", "DIR", options.data_directory,
                  "the data directory, for a database without disks");
   command.Option("--host", "NAME", options.host, "this recorder's name; default: recorder");
@@ -65,24 +66,19 @@ void AddDatabaseOptions(const Command& command, DatabaseOptions& options) {
 }
 
 DatabaseSession::DatabaseSession(DatabaseOptions options, Start start,
-                                 DeletedDayReporter report_deleted_day)
+                                 LibrarySession::DeletedDayReporter report_deleted_day)
+    : m_options(std::move(options)),
+      m_library(std::make_unique<LibrarySession>(std::move(report_deleted_day))) {
+  Open(start);
+}
+
+DatabaseSession::DatabaseSession(DatabaseOptions options, const LibrarySession&)
     : m_options(std::move(options)) {
-  const auto procedure = [report = std::move(report_deleted_day)](HWND, UINT message, WPARAM,
-                                                                  LPARAM day) -> LRESULT {
-    if (message == ZEBX_MSG_DATE_DELETED && report) report(CTime(static_cast<DWORD>(day)));
-    return 0;
-  };
-  m_window = os::CreateWindow(nullptr, "zebtool", CRect(), procedure);
-  try {
-    Open(start);
-  } catch (...) {
-    Close();
-    throw;
-  }
+  Open(Start::kExisting);
 }
 
 DatabaseSession::~DatabaseSession() {
-  Close();
+  dbsCloseDatabase();
 }
 
 void DatabaseSession::Open(Start start) {
@@ -95,21 +91,12 @@ void DatabaseSession::Open(Start start) {
   } else if (Exists(file)) {
     throw JobError("'" + file + "' is there already; 'zebtool store add' adds a disk to it");
   }
-  if (zebxInitZebx(kNoStartUpWord, nullptr, 0, m_window, "") == 0) {
-    throw JobError("the library cannot be initialised");
-  }
   if (dbsOpenDatabase(m_options.data_directory, file, m_options.host) == 0) {
     throw JobError(start == Start::kExisting
                        ? "no disk of '" + file + "' can be used"
                        : "no disk can be made under '" + m_options.data_directory +
                              "'; it has to be a directory on a fixed or network drive");
   }
-}
-
-void DatabaseSession::Close() {
-  dbsCloseDatabase();
-  zebxCloseZebx();
-  os::DestroyWindow(m_window);
 }
 
 // Of the one database that is open, of which this class is the owner.

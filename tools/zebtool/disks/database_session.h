@@ -1,12 +1,12 @@
 // An open database for as long as a subcommand works with it, and the options that name it.
 #pragma once
 
-#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "platform/framework/time.h"
 #include "storage/hdd_obj.h"
+#include "tools/zebtool/disks/library_session.h"
 
 namespace zebtool {
 
@@ -19,22 +19,26 @@ struct DatabaseOptions {
   std::string host = "recorder";
 };
 
-// Drives of --drive are mounted as the line is read, for good.
-void AddDatabaseOptions(const Command& command, DatabaseOptions& options);
+enum class DatabaseNeed { kAlways, kMayBeAbsent };
 
-// Initialises the library without devices and opens the database; the destructor closes both, which
-// writes the database file anew. One at a time, in the thread that made it.
+// Drives of --drive are mounted as the line is read, for good.
+void AddDatabaseOptions(const Command& command, DatabaseOptions& options,
+                        DatabaseNeed need = DatabaseNeed::kAlways);
+
+// Opens the database; the destructor closes it, which writes the database file anew. One at a time,
+// in the thread that made it.
 class DatabaseSession {
  public:
   enum class Start { kExisting, kNew };
-  // Called with the midnight of each day that recycling deletes, as it happens.
-  using DeletedDayReporter = std::function<void(CTime day)>;
 
-  // Throws JobError: for kExisting when there is no such file, when it holds no disk, or when the
-  // directory of a disk in it is not there, for that disk would be lost with the next save; for
-  // kNew when there is such a file or no disk can be made under the data directory.
+  // With a library of its own. Throws JobError: for kExisting when there is no such file, when it
+  // holds no disk, or when the directory of a disk in it is not there, for that disk would be lost
+  // with the next save; for kNew when there is such a file or no disk can be made under the data
+  // directory.
   explicit DatabaseSession(DatabaseOptions options, Start start = Start::kExisting,
-                           DeletedDayReporter report_deleted_day = {});
+                           LibrarySession::DeletedDayReporter report_deleted_day = {});
+  // The existing database of a library that is initialised already and outlives this.
+  DatabaseSession(DatabaseOptions options, const LibrarySession& library);
   ~DatabaseSession();
   DatabaseSession(const DatabaseSession&) = delete;
   DatabaseSession& operator=(const DatabaseSession&) = delete;
@@ -53,10 +57,9 @@ class DatabaseSession {
 
  private:
   void Open(Start start);
-  void Close();
 
   DatabaseOptions m_options;
-  HWND m_window = nullptr;
+  std::unique_ptr<LibrarySession> m_library;  // null when it is another's
 };
 
 }  // namespace zebtool

@@ -25,8 +25,6 @@ class DiskPlace final : public RecordingPlace {
   bool IsFileDue(ULONGLONG elapsed_ms) override;
 
  private:
-  void RefuseExisting(const CZebFileInfo& header) const;
-
   const DatabaseSession& m_database;
   const Plan m_plan;
   ULONGLONG m_elapsed_ms = 0;  // of the frame in hand
