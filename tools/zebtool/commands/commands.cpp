@@ -26,6 +26,7 @@ int RunZebtool(Arguments arguments, Console& console) {
   AddStore(root);
   AddRecord(root);
   AddSearch(root);
+  AddLive(root);
   AddDemo(root);
   return line.Run(arguments, console);
 }

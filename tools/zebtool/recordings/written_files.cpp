@@ -12,7 +12,7 @@ ULONGLONG TotalBytes(const std::vector<WrittenFile>& files) {
   return bytes;
 }
 
-void PrintFiles(std::ostream& out, const std::vector<WrittenFile>& files) {
+void PrintFiles(std::ostream& out, std::span<const WrittenFile> files) {
   for (const WrittenFile& file : files) {
     out << file.path << ": " << Plural(file.frames, "frame") << " in "
         << Plural(static_cast<ULONGLONG>(file.blocks), "block") << ", "

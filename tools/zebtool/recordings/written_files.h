@@ -2,6 +2,7 @@
 #pragma once
 
 #include <ostream>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,7 @@ struct WrittenFile {
 
 ULONGLONG TotalBytes(const std::vector<WrittenFile>& files);
 // A line each.
-void PrintFiles(std::ostream& out, const std::vector<WrittenFile>& files);
+void PrintFiles(std::ostream& out, std::span<const WrittenFile> files);
 // The array "files".
 void PutFiles(Json& json, const std::vector<WrittenFile>& files);
 
