@@ -28,6 +28,7 @@ namespace {
 constexpr int kWidth = 352;
 constexpr int kHeight = 288;
 constexpr DWORD kSeconds = 10;
+constexpr DWORD kLiveSeconds = 4;
 constexpr DWORD kRate = zebdev::StreetScene::kFramesPerSecond;
 
 void WriteVideo(const std::string& path, Console& console) {
@@ -107,6 +108,7 @@ class Demo {
     Cut();
     Repair();
     KeepOnDisk();
+    Watch();
     SavePictures("street-back.y4m", "street", {0, 125, 249});
     SavePictures("clip.y4m", "clip", {0});
     SavePictures("saved.y4m", "saved", {0});
@@ -143,13 +145,19 @@ class Demo {
     Step({"export", Path("saved.zebz"), Path("saved.y4m")});
   }
 
+  // Mounts a directory of the demo's own; `quota` is ":4M" or nothing.
+  void Mount(char letter, const std::string& name, const std::string& quota) {
+    const std::string disk = std::filesystem::absolute(ToHostPath(Path(name))).string();
+    std::filesystem::create_directories(disk);
+    const std::string drive = letter + ('=' + disk) + quota;
+    Say("\n$ export ZEBX_DRIVES=\"" + drive + '"');
+    if (os::MountDrives(drive) == 0) throw JobError("cannot mount '" + disk + "'");
+  }
+
   // Days on a disk with room for two of them.
   void KeepOnDisk() {
-    const std::string disk = std::filesystem::absolute(ToHostPath(Path("demo-disk"))).string();
     const std::string database = Path("disks.db");
-    std::filesystem::create_directories(disk);
-    Say("\n$ export ZEBX_DRIVES=\"d=" + disk + ":4M\"");
-    if (os::MountDrives("d=" + disk + ":4M") == 0) throw JobError("cannot mount '" + disk + "'");
+    Mount('d', "demo-disk", ":4M");
     Step({"store", "init", "d:\\dvr", "--db", database, "--recycle", "--reserved", "1"});
     for (const std::string day : {"2024-05-01", "2024-05-02", "2024-05-03"}) {
       Step({"record", Path("street.y4m"), "--db", database, "--audio", Path("street.wav"),
@@ -161,6 +169,20 @@ class Demo {
     Step({"search", "--db", database, "--from", "2024-05-01 00:00:00", "--camera", "0,3"});
     Step({"snapshot", R"(d:\dvr\d20240503\recorder\video\c0003240503083000.zebz)",
           Path("street.bmp"), "--at", "08:30:05"});
+  }
+
+  // Four live cameras, one of them on the street's film.
+  void Watch() {
+    const std::string database = Path("live.db");
+    Mount('e', "live-disk", "");
+    for (const std::string type : {".y4m", ".wav"}) {
+      std::filesystem::create_symlink("street" + type, ToHostPath(Path("camera0" + type)));
+    }
+    Step({"store", "init", "e:\\dvr", "--db", database, "--reserved", "1"});
+    Step({"live", "--device-dir", m_folder, "--seconds", std::to_string(kLiveSeconds), "--record",
+          "--alarm-on-motion", "--db", database, "--mask", "1:0,55,100,100", "--name",
+          "3=Tür 3 – Empfang", "--sheet", Path("live.png")});
+    Step({"search", "--db", database, "--from", "2000-01-01 00:00:00"});
   }
 
   std::string Path(const std::string& name) const { return m_folder + '/' + name; }
@@ -207,7 +229,9 @@ void AddDemo(const Command& root) {
   command.Describe(
       "Generates 10 seconds of a street with sound and shows on it what the tool does: import, "
       "info, verify, clip, export of both, salvage of a recording that was cut off in the middle, "
-      "and a small disk that records for days, deletes the oldest and is searched.");
+      "a small disk that records for days, deletes the oldest and is searched, and a few seconds "
+      "of "
+      "live cameras that are recorded with their alarms.");
   command.OptionalArgument("DIR", *folder,
                            "where the files and the disk are left, default ./demo; an empty "
                            "directory or none yet; about 110 MB are needed");
