@@ -22,12 +22,8 @@ CShowParam::CShowParam(const CShowParam& other) {
 
 CShowParam& CShowParam::operator=(const CShowParam& other) {
   if (this == &other) return *this;
-  m_draw_stream = other.m_draw_stream.load();
-  m_flags = other.m_flags.load();
-  m_scale = other.m_scale.load();
-  m_window = other.m_window.load();
-  m_create_word = other.m_create_word.load();
-  // One after the other: two objects copied into each other on two threads must not wait for ever.
+  // One lock after the other: two objects copied into each other on two threads must not wait for
+  // ever. The texts come first, since they may take memory.
   CaptionTexts texts;
   CTime current_time;
   {
@@ -35,6 +31,11 @@ CShowParam& CShowParam::operator=(const CShowParam& other) {
     texts = other.m_texts;
     current_time = other.m_current_time;
   }
+  m_draw_stream = other.m_draw_stream.load();
+  m_flags = other.m_flags.load();
+  m_scale = other.m_scale.load();
+  m_window = other.m_window.load();
+  m_create_word = other.m_create_word.load();
   const std::lock_guard lock(m_mutex);
   std::swap(m_texts, texts);
   m_current_time = current_time;

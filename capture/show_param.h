@@ -32,7 +32,8 @@ struct CaptionTexts {
 
 // Plain data until Create gives it a window. The host owns it and keeps it alive for as long as a
 // camera or player has it; window and draw stream are borrowed. A copy has every value of the
-// original, window and draw stream included.
+// original, window and draw stream included. What takes a text throws std::bad_alloc, with nothing
+// changed.
 //
 // Any thread may use it at any time except to destroy it: devices read captions while the host
 // changes them. One lock of each object guards its texts, its colour and the current time; the
@@ -100,7 +101,7 @@ class ZEBX_API CShowParam {
 
   DWORD GetCaptionColor() const;
   // All texts and the colour of one moment. Texts that fit into what `texts` has reserved already
-  // need no memory.
+  // need no memory; those that do may be half copied when std::bad_alloc is thrown.
   void GetCaptionTexts(zebx::CaptionTexts* texts) const;
 
   // In percent.

@@ -20,33 +20,28 @@ constexpr CameraShow kOpenWithoutWindow = {true, true, std::nullopt};
 constexpr CameraShow kOpenWithoutSettings = {true, false, CRect{0, 0, 640, 480}};
 
 TEST(DisplayBalance, WantsAPictureThatFitsTheWindow) {
-  const struct {
-    CameraShow m_camera;
-    BYTE m_two, m_one, m_wished;  // on boards of types 6 and 8, 10, 7 and 11
-  } rows[] = {
-      {kOpenWithoutSettings, 2, 2, 2},
-      {kOpenWithoutWindow, 2, 1, 2},
-      {Open(230, 201), 2, 1, 2},
-      {Open(231, 200), 2, 1, 2},
-      {Open(231, 201), 1, 0, 2},
-      {Open(270, 200), 2, 1, 1},
-      {Open(269, 300), 1, 0, 2},
-      {Open(300, 199), 2, 1, 2},
-      {Open(600, 450), 1, 0, 0},
-      {Open(599, 450), 1, 0, 1},
-      {Open(600, 449), 1, 0, 1},
-      {{true, true, CRect{300, 300, 0, 0}}, 2, 1, 2},
-      {{true, true, CRect{-kFar, -kFar, kFar, kFar}}, 1, 0, 0},
+  const std::pair<CameraShow, const char*> rows[] = {
+      // On boards of types 6, 8, 10, 7, 11 and 9.
+      {kOpenWithoutSettings, "222222"},
+      {kOpenWithoutWindow, "221222"},
+      {Open(230, 201), "221222"},
+      {Open(231, 200), "221222"},
+      {Open(231, 201), "110222"},
+      {Open(270, 200), "221112"},
+      {Open(269, 300), "110222"},
+      {Open(300, 199), "221222"},
+      {Open(600, 450), "110002"},
+      {Open(599, 450), "110112"},
+      {Open(600, 449), "110112"},
+      {{true, true, CRect{300, 300, 0, 0}}, "221222"},
+      {{true, true, CRect{-kFar, -kFar, kFar, kFar}}, "110002"},
   };
-  for (const auto& row : rows) {
-    const auto line = testing::PrintToString(&row - rows);
-    for (const BYTE type : {BYTE{6}, BYTE{8}})
-      EXPECT_EQ(WantedShowType(type, row.m_camera), row.m_two) << line;
-    for (const BYTE type : {BYTE{7}, BYTE{11}}) {
-      EXPECT_EQ(WantedShowType(type, row.m_camera), row.m_wished) << line;
+  for (const auto& [camera, expected] : rows) {
+    CString wanted;
+    for (const BYTE type : std::initializer_list<BYTE>{6, 8, 10, 7, 11, 9}) {
+      wanted += static_cast<char>('0' + WantedShowType(type, camera));
     }
-    EXPECT_EQ(WantedShowType(10, row.m_camera), row.m_one) << line;
-    EXPECT_EQ(WantedShowType(9, row.m_camera), 2) << line;
+    EXPECT_EQ(wanted, expected);
   }
 }
 

@@ -12,6 +12,7 @@
 #include "platform/framework/bitmap.h"
 #include "platform/os/graphics/bitmap_resources.h"
 #include "tests/support/canvas.h"
+#include "tests/support/counted_memory.h"
 #include "tests/support/scoped_time_zone.h"
 
 using namespace zebx;
@@ -71,17 +72,17 @@ TEST(ShowParam, SetsAndClearsEachFlagAlone) {
                 {&Show::SetMonitor, &Show::IsMonitor},
                 {&Show::SetPreviewAudio, &Show::IsPreviewAudio},
                 {&Show::SetRecord, &Show::IsRecord}};
-  CShowParam none, all;
-  for (const auto& flag : kFlags) (all.*flag.m_set)(-2);
-  DWORD bit = 1;
+  CShowParam show;
+  DWORD flags = 0;
   for (const auto& flag : kFlags) {
-    CShowParam one(none), others(all);
-    (one.*flag.m_set)(1);
-    (others.*flag.m_set)(0);
-    EXPECT_EQ((one.*flag.m_query)(), static_cast<int>(bit));
-    EXPECT_EQ(one.GetFlags(), bit);
-    EXPECT_EQ(others.GetFlags(), 0x1FF - bit);
-    bit *= 2;
+    (show.*flag.m_set)(-2);
+    const DWORD others = std::exchange(flags, flags * 2 + 1);
+    EXPECT_EQ(show.GetFlags(), flags);
+    EXPECT_EQ((show.*flag.m_query)(), static_cast<int>(flags - others));
+  }
+  for (const auto& flag : kFlags) {
+    (show.*flag.m_set)(0);
+    EXPECT_EQ(show.GetFlags(), flags &= flags - 1);
   }
 }
 
@@ -92,8 +93,10 @@ TEST(ShowParam, KeepsAndCopiesEveryValue) {
   show.SetHostName("h");
   show.SetBoardName("b");
   show.SetCameraName("c");
-  show.SetTimeBegin(CTime(1));
   show.SetTimeEnd(CTime(86399));
+  show.SetTimeBegin("from");
+  EXPECT_EQ(show.GetTimeBegin(), "from");
+  show.SetTimeBegin(CTime(1));
   show.SetTimeCur(CTime(100));
   EXPECT_EQ(show.GetTimeCur(), "03:01:40");
   show.SetTimeCur("soon");
@@ -107,22 +110,23 @@ TEST(ShowParam, KeepsAndCopiesEveryValue) {
   const CShowParam& itself = show;
   show = itself;
 
-  CShowParam copy(show);
-  EXPECT_EQ(copy.GetImage(&image), 0);
-  EXPECT_EQ(copy.GetImage(nullptr), 0);
+  CShowParam copy, fresh;
+  copy.SetHostName(CString(100, 'x'));
+  copy.SetScale(7);
+  counted_memory::calls_left = 0;
+  EXPECT_THROW(fresh = copy, std::bad_alloc);
+  counted_memory::calls_left = -1;
+  EXPECT_EQ(fresh.GetScaleName(), "100%") << "nothing is copied in part";
+  copy = show;
+  EXPECT_EQ(copy.GetImage(&image) + copy.GetImage(nullptr), 0);
   EXPECT_EQ(image.GetTimeStamp(), 100U) << "whatever the text says";
-  CaptionTexts texts;
-  copy.GetCaptionTexts(&texts);
-  EXPECT_EQ((Lines{texts.m_host_name, texts.m_board_name, texts.m_camera_name, texts.m_time_begin,
-                   texts.m_time_end, texts.m_time_cur, copy.GetScaleName()}),
-            (Lines{"h", "b", "c", "03:00:01", "02:59:59", "soon", "50%"}));
-  EXPECT_EQ(texts.m_color, 0x123456U);
-  copy.SetTimeBegin("from");
+  EXPECT_EQ(image.GetHostName() + image.GetBoardName() + image.GetCameraName(), "hbc");
   copy.SetTimeEnd("to");
-  EXPECT_EQ((Lines{copy.GetHostName() + copy.GetBoardName() + copy.GetCameraName(),
-                   image.GetHostName() + image.GetBoardName() + image.GetCameraName(),
-                   copy.GetTimeBegin() + copy.GetTimeEnd(), show.GetTimeBegin()}),
-            (Lines{"hbc", "hbc", "fromto", "03:00:01"}));
+  EXPECT_EQ(
+      (Lines{copy.GetHostName(), copy.GetBoardName(), copy.GetCameraName(), copy.GetTimeBegin(),
+             show.GetTimeEnd(), copy.GetTimeEnd(), copy.GetTimeCur(), copy.GetScaleName()}),
+      (Lines{"h", "b", "c", "03:00:01", "02:59:59", "to", "soon", "50%"}));
+  EXPECT_EQ(copy.GetCaptionColor(), 0x123456U);
 
   copy.SetDrawStream(nullptr);
   copy.SetRecord(1);
