@@ -36,16 +36,14 @@ std::size_t CharacterBytes(std::string_view text) {
   return bytes;
 }
 
-}  // namespace
-
-std::size_t PutCaptionText(std::string_view text, std::span<char> field) {
+std::size_t Put(std::string_view text, std::span<char> field, bool is_format) {
   if (field.empty()) return 0;
   text = text.substr(0, text.find('\0'));
   const std::size_t room = field.size() - 1;
   std::size_t length = 0;
   while (!text.empty()) {
-    const bool is_percent = text.starts_with("%%");
-    if (text.front() == '%' && !is_percent) {
+    const bool is_percent = is_format && text.starts_with("%%");
+    if (is_format && text.front() == '%' && !is_percent) {
       text.remove_prefix(ConversionLength(text));
       continue;
     }
@@ -57,6 +55,16 @@ std::size_t PutCaptionText(std::string_view text, std::span<char> field) {
   }
   field[length] = '\0';
   return length;
+}
+
+}  // namespace
+
+std::size_t PutCaptionText(std::string_view text, std::span<char> field) {
+  return Put(text, field, true);
+}
+
+std::size_t PutPlainText(std::string_view text, std::span<char> field) {
+  return Put(text, field, false);
 }
 
 }  // namespace zebx::noxdisplay

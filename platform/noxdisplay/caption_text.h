@@ -15,4 +15,7 @@ namespace zebx::noxdisplay {
 // other bytes are taken as they are. Bytes of the field behind the zero stay. An empty field stays.
 std::size_t PutCaptionText(std::string_view text, std::span<char> field);
 
+// The same for a text that is no format any more: only cut.
+std::size_t PutPlainText(std::string_view text, std::span<char> field);
+
 }  // namespace zebx::noxdisplay

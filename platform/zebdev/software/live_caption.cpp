@@ -1,13 +1,16 @@
 #include "platform/zebdev/software/live_caption.h"
 
 #include <algorithm>
-#include <cstring>
 #include <span>
+#include <string_view>
 
 #include "platform/framework/time.h"
+#include "platform/noxdisplay/caption_text.h"
 
 namespace zebx::zebdev {
 namespace {
+
+using noxdisplay::PutPlainText;
 
 // Captions have the display record's bits for the same things.
 static_assert(kCaptionMonitor == DWORD{noxdisplay::kShowMonitor} &&
@@ -26,30 +29,19 @@ constexpr DWORD kCaptionBits = kCaptionMonitor | kCaptionShows | kCaptionProgram
 static_assert(kMaskMotion == DWORD{noxdisplay::kMaskSeesMotion} &&
               kMaskAlarm == DWORD{noxdisplay::kMaskIsInAlarm});
 
-constexpr bool ContinuesCharacter(char byte) {
-  return (static_cast<BYTE>(byte) & 0xC0U) == 0x80U;
-}
-
-// Texts are cut to the shorter field between two characters of UTF-8.
-void CopyText(std::span<const char> text, std::span<char> field) {
-  std::size_t length =
-      static_cast<std::size_t>(std::find(text.begin(), text.end(), '\0') - text.begin());
-  if (length >= field.size()) {
-    length = field.size() - 1;
-    while (length > 0 && ContinuesCharacter(text[length])) --length;
-  }
-  std::memcpy(field.data(), text.data(), length);
-  field[length] = '\0';
+// A field of the caption, which may lack its zero byte.
+std::string_view TextOf(std::span<const char> field) {
+  return {field.data(), field.size()};
 }
 
 void CopyCaption(const tag_CAPTIONINFO& caption, tag_DISPLAYINFO& record) {
   record.m_flags = caption.m_bits & kCaptionBits;
-  CopyText(caption.m_camera_name, record.m_camera_name);
+  PutPlainText(TextOf(caption.m_camera_name), record.m_camera_name);
   record.m_camera_name_color = caption.m_camera_name_color;
-  CopyText(caption.m_board_name, record.m_board_name);
+  PutPlainText(TextOf(caption.m_board_name), record.m_board_name);
   record.m_board_name_color = caption.m_board_name_color;
   record.m_clock_color = caption.m_time_color;
-  CopyText(caption.m_begin_time, record.m_begin_time);
+  PutPlainText(TextOf(caption.m_begin_time), record.m_begin_time);
 }
 
 }  // namespace
@@ -59,9 +51,13 @@ tag_DISPLAYINFO LiveDisplayRecord(const tag_CAPTIONINFO* caption, const MaskArea
   tag_DISPLAYINFO record = {};
   if (caption != nullptr) CopyCaption(*caption, record);
   const CString clock = CTime::GetCurrentTime().Format("%H:%M:%S");
-  CopyText(clock, record.m_clock);
+  PutPlainText(clock, record.m_clock);
   if (marks.m_is_lost) record.m_flags |= noxdisplay::kShowVideoLost;
   if (marks.m_has_sound) record.m_flags |= noxdisplay::kShowAudio;
+
+  // Fields that are stretched to a window would mix with what is not theirs.
+  const bool is_field = marks.m_encode_width > 2 * marks.m_encode_height;
+  if (!is_field) record.m_flags |= noxdisplay::kShowSmooth;
 
   record.m_encode_width = static_cast<WORD>(marks.m_encode_width);
   record.m_encode_height = static_cast<WORD>(marks.m_encode_height);
