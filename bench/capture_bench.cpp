@@ -155,7 +155,7 @@ void SixteenCameras(benchmark::State& state) {
   };
   second();
   std::vector<double> seconds;
-  seconds.reserve(state.max_iterations);
+  seconds.reserve(static_cast<std::size_t>(state.max_iterations));
   const std::size_t before_bytes = counted_memory::live_bytes;
   for ([[maybe_unused]] auto _ : state) {
     const auto begin = std::chrono::steady_clock::now();
