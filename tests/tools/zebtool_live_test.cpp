@@ -70,11 +70,11 @@ void ExpectPicturesOn(const std::string& path) {
   png.version = PNG_IMAGE_VERSION;
   ASSERT_NE(png_image_begin_read_from_file(&png, path.c_str()), 0) << png.message;
   png.format = PNG_FORMAT_GRAY;
-  EXPECT_EQ(png.width, 1280U);
-  EXPECT_EQ(png.height, 720U);
+  EXPECT_EQ(png.width, 1600U);
+  EXPECT_EQ(png.height, 900U);
   std::vector<BYTE> pixels(PNG_IMAGE_SIZE(png));
   ASSERT_NE(png_image_finish_read(&png, nullptr, pixels.data(), 0, nullptr), 0) << png.message;
-  for (const std::size_t middle : {360 * 1280 + 480, 120 * 1280 + 1120, 360 * 1280 + 1120}) {
+  for (const std::size_t middle : {450 * 1600 + 600, 150 * 1600 + 1400, 450 * 1600 + 1400}) {
     EXPECT_GT(*std::max_element(&pixels[middle - 100], &pixels[middle + 100]), 0x40) << middle;
   }
 }

@@ -5,7 +5,7 @@
 namespace zebtool {
 namespace {
 
-constexpr LONG kScreenWidth = 1280;
+constexpr LONG kScreenWidth = 1600;
 constexpr LONG kGap = 2;
 
 struct Form {
