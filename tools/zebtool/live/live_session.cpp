@@ -176,6 +176,7 @@ LiveCamera::Settings LiveSession::SettingsOfCamera(const LiveCamera::Identity& w
   settings.host_name = m_options.database.host;
   if (m_options.quality) settings.encoder.SetQuarity(*m_options.quality);
   if (m_options.sensitivity) settings.encoder.SetMoveSen(*m_options.sensitivity);
+  settings.encoder.SetAlarmFrameNum(m_options.alarm_frames.value_or(1));
   const bool has_sound =
       zebxIsVoice(&who.id) != 0 || zebxIsAudioSupport(who.board_type, who.id.m_camera) != 0;
   settings.encoder.EnableAudio(has_sound && !m_options.is_silent ? 1 : 0);

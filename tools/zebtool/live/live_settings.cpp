@@ -17,6 +17,7 @@ constexpr Bounds kMinutes = {1, 1440};
 constexpr Bounds kSpeed = {1, 30};
 constexpr Bounds kQuality = {0, 10};
 constexpr Bounds kSensitivity = {0, 16};
+constexpr Bounds kAlarmFrames = {1, 1000};
 constexpr DWORD kPercent = 100;
 constexpr std::size_t kMostMasks = noxdisplay::kDisplayMasks;
 
@@ -112,6 +113,10 @@ void AddLiveOptions(const Command& command, LiveOptions& options) {
   command.Option("--quality", "N", options.quality, kQuality, "0 to 10, the best; default 5");
   command.Option("--sensitivity", "N", options.sensitivity, kSensitivity,
                  "of the search for motion, 0 to 16; default 8");
+  command.Option(
+      "--alarm-frames", "N", options.alarm_frames, kAlarmFrames,
+      "so many pictures with motion on end are an alarm, 1 to 1000; default 1, as a film "
+      "of fewer pictures than the camera sends stands still in between");
   command.Flag("--no-sound", options.is_silent, "no sound, also where a camera has any");
   command.Options(
       "--name", "N=TEXT", [&options](const std::string& text) { TakeName(text, options.names); },
@@ -125,9 +130,10 @@ void AddLiveOptions(const Command& command, LiveOptions& options) {
 
   AddDatabaseOptions(command, options.database, DatabaseNeed::kMayBeAbsent);
   command.Flag("--record", options.records, "records every camera onto the working disk");
-  command.Flag("--alarm-on-motion", options.records_alarms,
-               "makes an alarm file when motion in a camera's masks lasts, with the seconds before "
-               "it; without --mask the whole picture is one");
+  command.Flag(
+      "--alarm-on-motion", options.records_alarms,
+      "makes an alarm file when motion begins in a camera's masks, with the seconds before "
+      "it; without --mask the whole picture is one");
   command.Option("--minutes", "N", options.minutes, kMinutes,
                  "a new file every N minutes, 1 to 1440; default: as many as fit");
   AddForceOption(command, options.replaces_sheet);

@@ -22,6 +22,7 @@ struct LiveOptions {
   std::optional<DWORD> speed;
   std::optional<DWORD> quality;
   std::optional<DWORD> sensitivity;
+  std::optional<DWORD> alarm_frames;
   bool is_silent = false;
   std::map<DWORD, std::string> names;
   // In percent of the picture's width and height; those of number 0 are for every camera.
