@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <span>
 #include <vector>
@@ -31,12 +32,17 @@ class CallScript {
   std::vector<CString> TakeJournal();
 
   // One call: 0, or 1 when it was to fail, which leaves `action` out, or `action` answered false.
-  // The line is the function's name, then each argument behind a space, then ` failed` behind a
-  // call that answered 1. An argument is a number, a text, or an optional number: null is `-`.
+  // The line, left out where memory does not suffice for it, is the function's name, then each
+  // argument behind a space, then ` failed` behind a call that answered 1. An argument is a number,
+  // a text, or an optional number: null is `-`.
   template <typename Action, typename... Arguments>
   int Call(std::size_t function, Action action, const Arguments&... arguments) {
     const bool is_good = !IsToFail(function) && action();
-    if (m_keeps_journal) Write(function, (CString() + ... + Word(arguments)), is_good);
+    try {
+      if (m_keeps_journal) Write(function, (CString() + ... + Word(arguments)), is_good);
+    } catch (const std::bad_alloc&) {
+      // The call is done, and its answer holds.
+    }
     return is_good ? 0 : 1;
   }
 

@@ -77,7 +77,7 @@ ZEBX_API int noxshowGetPicture(NoxshowStream stream, const tag_PICTUREDESC* pict
 // is not among those above, and for a window that is gone or has no area.
 ZEBX_API int noxshowBitmap(HWND window, DWORD picture_number, DWORD flags);
 // Registers a picture under its number, replacing what was there. The pixels are copied: the bitmap
-// stays the caller's and may be selected into a context. Fails for another number and a stale
-// bitmap; null takes no picture back.
+// stays the caller's and may be selected into a context. Fails for another number, a stale
+// bitmap, and one of more than 16384 pixels a side; null takes no picture back.
 ZEBX_API int noxshowSetBitmap(HBITMAP bitmap, DWORD picture_number);
 }

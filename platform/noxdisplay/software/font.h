@@ -22,7 +22,7 @@ struct Font {
   int m_height = 0;  // pixels from line to line
   std::span<const Glyph> m_glyphs;
 
-  // The glyph of a character; a box for one that the font lacks.
+  // The glyph of a character, or of one that looks like it; a box for what the font lacks.
   const Glyph& GlyphOf(char32_t character) const;
 };
 

@@ -45,9 +45,14 @@ TextFace FaceFor(const Canvas& canvas) {
   return {&SmallFont(), 1};
 }
 
-// Lines of a frame or of a mask.
+// Lines of a mask.
 LONG LineWidth(const Canvas& canvas) {
   return 1 + std::min(canvas.Width(), canvas.Height()) / 256;
+}
+
+// The frame of the active window.
+LONG FrameWidth(const Canvas& canvas) {
+  return 2 * LineWidth(canvas);
 }
 
 os::Color ColorOf(DWORD color) {
@@ -73,7 +78,8 @@ CRect CaptionArea(const Canvas& canvas, CSize size, const tag_DISPLAYINFO& info)
   return area.IsEmpty() ? CRect{0, 0, canvas.Width(), canvas.Height()} : area;
 }
 
-void DrawMasks(const Canvas& canvas, CSize size, const tag_DISPLAYINFO& info) {
+// Outlines keep out of a frame of that width round the window.
+void DrawMasks(const Canvas& canvas, CSize size, const tag_DISPLAYINFO& info, LONG frame) {
   constexpr LONGLONG kMacroblockPixels = 16;
   const LONG width = info.m_encode_width != 0 ? info.m_encode_width : size.cx;
   const LONG height = info.m_encode_height != 0 ? info.m_encode_height : size.cy;
@@ -81,10 +87,16 @@ void DrawMasks(const Canvas& canvas, CSize size, const tag_DISPLAYINFO& info) {
   const std::size_t count = std::min<std::size_t>(info.m_mask_count, kDisplayMasks);
   for (std::size_t i = 0; i < count; ++i) {
     const tag_DISPLAYMASK& mask = info.m_masks[i];
-    const LONG left = Scaled(mask.m_left * kMacroblockPixels, width, canvas.Width());
-    const LONG top = Scaled(mask.m_top * kMacroblockPixels, height, canvas.Height());
-    const LONG right = Scaled(mask.m_right * kMacroblockPixels, width, canvas.Width());
-    const LONG bottom = Scaled(mask.m_bottom * kMacroblockPixels, height, canvas.Height());
+    const auto across = [&](LONG at) {
+      return Scaled(at * kMacroblockPixels, width, canvas.Width());
+    };
+    const auto down = [&](LONG at) {
+      return Scaled(at * kMacroblockPixels, height, canvas.Height());
+    };
+    const LONG left = std::max(across(mask.m_left), frame);
+    const LONG top = std::max(down(mask.m_top), frame);
+    const LONG right = std::min(across(mask.m_right), canvas.Width() - frame);
+    const LONG bottom = std::min(down(mask.m_bottom), canvas.Height() - frame);
     if (left >= right || top >= bottom) continue;
     const os::Color color = (mask.m_state & kMaskIsInAlarm) != 0    ? kAlarmMask
                             : (mask.m_state & kMaskSeesMotion) != 0 ? kMotionMask
@@ -95,19 +107,21 @@ void DrawMasks(const Canvas& canvas, CSize size, const tag_DISPLAYINFO& info) {
 }
 
 void DrawActiveFrame(const Canvas& canvas) {
-  canvas.Frame(0, 0, canvas.Width(), canvas.Height(), 2 * LineWidth(canvas), kActiveFrame);
+  canvas.Frame(0, 0, canvas.Width(), canvas.Height(), FrameWidth(canvas), kActiveFrame);
 }
 
-// The lines of text of a window, in their places.
+// The lines of text of a window, in their places: with their outlines inside the area, and inside
+// the frame of a window whose whole area it is.
 class Captions {
  public:
   Captions(const Canvas& canvas, const CRect& area, const TextFace& face)
-      : m_canvas(canvas),
-        m_face(face),
-        m_left(area.left + 2 * face.m_factor),
-        m_right(area.right - 2 * face.m_factor),
-        m_top(area.top + 2 * face.m_factor),
-        m_bottom(area.bottom - 2 * face.m_factor - face.Height()) {}
+      : m_canvas(canvas), m_face(face) {
+    const LONG margin = FrameWidth(canvas) + face.m_factor;
+    m_left = area.left + margin;
+    m_right = area.right - margin;
+    m_top = area.top + margin;
+    m_bottom = area.bottom - margin - face.Height();
+  }
 
   LONG Left() const { return m_left; }
   LONG Right() const { return m_right; }
@@ -122,14 +136,15 @@ class Captions {
     const LONG left_room = taken == 0 ? room : room - taken - m_face.Width();
     m_canvas.Write(m_left, top, left_room, left_text, m_face, left_color);
   }
-  // The last line of the area, where it is below the one given.
-  bool HasBottomLine(int above) const { return m_bottom >= LineTop(above + 1); }
+  // Whether there is room for a line, counted from the top.
+  bool Has(int line) const { return m_bottom >= LineTop(line); }
   LONG BottomLine() const { return m_bottom; }
 
  private:
   const Canvas& m_canvas;
   const TextFace& m_face;
-  LONG m_left, m_right, m_top, m_bottom;
+  LONG m_left = 0, m_right = 0, m_top = 0;
+  LONG m_bottom = 0;  // the top of the last line
 };
 
 }  // namespace
@@ -138,17 +153,18 @@ void Presenter::Present(const Canvas& canvas, const os::PixelSource* picture, CS
                         const tag_DISPLAYINFO& info, const PictureSet& registered) {
   const TextFace face = FaceFor(canvas);
   const DWORD flags = info.m_flags;
+  const bool has_frame =
+      (flags & kShowActive) != 0 && registered.Find(kNoxshowActivePicture) == nullptr;
   if ((flags & kShowVideoLost) != 0) {
     PresentStatus(canvas, kNoxshowVideoLostPicture, false, registered);
   } else {
     const bool is_smooth = (flags & kShowSmooth) != 0;
     DrawPicture(canvas, picture,
                 is_smooth ? os::StretchMode::kHalftone : os::StretchMode::kDropped);
-    if ((flags & kShowMasks) != 0) DrawMasks(canvas, size, info);
+    if ((flags & kShowMasks) != 0)
+      DrawMasks(canvas, size, info, has_frame ? FrameWidth(canvas) : 0);
   }
-  if ((flags & kShowActive) != 0 && registered.Find(kNoxshowActivePicture) == nullptr) {
-    DrawActiveFrame(canvas);
-  }
+  if (has_frame) DrawActiveFrame(canvas);
   const auto shown = [flags](DWORD bit, const char(&field)[kDisplayTextBytes]) {
     return (flags & bit) != 0 ? TextOf(field) : std::string_view();
   };
@@ -157,12 +173,14 @@ void Presenter::Present(const Canvas& canvas, const os::PixelSource* picture, CS
   captions.WriteLine(captions.LineTop(0), captions.Right(),
                      shown(kShowCameraName, info.m_camera_name), ColorOf(info.m_camera_name_color),
                      shown(kShowClock, info.m_clock), clock_color);
-  const LONG marks = DrawMarks(canvas, captions.Left(), captions.Right(), captions.LineTop(1), face,
-                               flags, registered);
-  captions.WriteLine(captions.LineTop(1), captions.Right() - marks,
-                     shown(kShowBoardName, info.m_board_name), ColorOf(info.m_board_name_color), {},
-                     0);
-  if (captions.HasBottomLine(1)) {
+  if (captions.Has(1)) {
+    const LONG marks = DrawMarks(canvas, captions.Left(), captions.Right(), captions.LineTop(1),
+                                 face, flags, registered);
+    captions.WriteLine(captions.LineTop(1), captions.Right() - marks,
+                       shown(kShowBoardName, info.m_board_name), ColorOf(info.m_board_name_color),
+                       {}, 0);
+  }
+  if (captions.Has(2)) {
     captions.WriteLine(captions.BottomLine(), captions.Right(),
                        shown(kShowBeginTime, info.m_begin_time), clock_color,
                        shown(kShowEndTime, info.m_end_time), clock_color);
@@ -186,6 +204,7 @@ void Presenter::PresentStatus(const Canvas& canvas, DWORD number, bool is_active
   if (!is_active) return;
   const Captions captions(canvas, {0, 0, canvas.Width(), canvas.Height()}, face);
   if (registered.Find(kNoxshowActivePicture) == nullptr) DrawActiveFrame(canvas);
+  if (!captions.Has(1)) return;
   DrawMarks(canvas, captions.Left(), captions.Right(), captions.LineTop(1), face, kShowActive,
             registered);
 }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/noxdisplay/software/stream.h"
 #include "platform/os/graphics/graphics.h"
 
 namespace zebx::noxdisplay {
@@ -43,6 +44,8 @@ bool StatusPictures::Register(HBITMAP bitmap, DWORD number) {
   const auto index = IndexOf(number);
   const auto picture = std::make_shared<StatusPicture>();
   if (!index || os::GetBitmapSize(bitmap, &picture->m_size) == 0) return false;
+  // A bitmap of 1 bit a pixel may be far larger than memory has room for at 32.
+  if (!Stream::IsGoodSize(picture->m_size)) return false;
   picture->m_pixels.resize(static_cast<std::size_t>(picture->m_size.cx) *
                            static_cast<std::size_t>(picture->m_size.cy));
   if (os::GetBitmapPixels(bitmap, picture->m_pixels) == 0) return false;

@@ -43,7 +43,8 @@ class StatusPictures {
  public:
   static StatusPictures& Get();
 
-  // Copies the bitmap's pixels. False for another number and a bitmap that does not exist.
+  // Copies the bitmap's pixels. False for another number, for a bitmap that does not exist, and for
+  // one that is too large.
   bool Register(HBITMAP bitmap, DWORD number);
   PictureSet Current();
   void Clear();

@@ -19,7 +19,7 @@ class Stream {
  public:
   // Throws std::bad_alloc. `info` may be null.
   Stream(CSize size, const tag_DISPLAYINFO* info);
-  // What streams of that size are refused for: no pixels, or more than memory can be asked for.
+  // False for no pixels, and for more than memory is asked for: such pictures are refused.
   static bool IsGoodSize(CSize size);
 
   // Takes the picture away; the stream takes none until it is restored.

@@ -17,7 +17,8 @@ struct WatermarkInForce {
   std::optional<noxdisplay::Watermark> m_watermark;  // guarded by m_mutex
 
   static WatermarkInForce& Get() {
-    static WatermarkInForce in_force;
+    // Never destroyed: a host's threads may end after main has.
+    static WatermarkInForce& in_force = *new WatermarkInForce;
     return in_force;
   }
 };

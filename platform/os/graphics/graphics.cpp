@@ -49,7 +49,8 @@ using BitmapPointer = std::shared_ptr<Bitmap>;
 class Tables {
  public:
   static Tables& Get() {
-    static Tables tables;
+    // Never destroyed: a host's threads may end after main has.
+    static Tables& tables = *new Tables;
     return tables;
   }
 

@@ -78,7 +78,8 @@ int WithWindowPicture(HWND window, const std::function<void(const WindowPicture&
     buffer->m_pixels.assign(static_cast<std::size_t>(kBytesPerPixel * size.cx * size.cy), 0);
     buffer->m_size = size;
   }
-  if (buffer->m_pixels.empty()) return 0;
+  // The pixels themselves may be those of another size, if memory ran out for a new one.
+  if (size == CSize{}) return 0;
   use({size, buffer->m_pixels});
   return 1;
 }

@@ -49,6 +49,7 @@ TEST_F(DisplayMemory, ThatRunsOutFailsTheCallAndNothingElse) {
       [&] { return noxshowBitmap(window, kNoxshowAlarmPicture, 0); },
       [&] { return noxshowDestroyStream(stream); },
   };
+  StartJournal();
   for (const auto& call : calls) {
     int left = 0;
     for (int answer = 1; answer != 0; ++left) {
@@ -59,6 +60,13 @@ TEST_F(DisplayMemory, ThatRunsOutFailsTheCallAndNothingElse) {
       EXPECT_EQ(CountStreams(), stream == nullptr ? streams : streams + (&call != &calls.back()));
     }
   }
+  // A window whose picture there was no memory for, and then no area either.
+  os::MoveWindow(window, {0, 0, 50, 50});
+  counted_memory::calls_left = 0;
+  EXPECT_NE(noxshowBitmap(window, kNoxshowAlarmPicture, 0), 0);
+  counted_memory::calls_left = -1;
+  os::MoveWindow(window, {});
+  EXPECT_NE(noxshowBitmap(window, kNoxshowAlarmPicture, 0), 0);
 }
 
 }  // namespace
