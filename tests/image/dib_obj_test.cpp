@@ -7,6 +7,7 @@
 
 #include "platform/os/graphics/bitmap_resources.h"
 #include "platform/os/graphics/graphics.h"
+#include "tests/support/canvas.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/temp_dir.h"
 
@@ -117,20 +118,19 @@ TEST_F(DibObj, ConvertsTo24BitsAtAnotherSizeOrNotAtAll) {
 }
 
 TEST_F(DibObj, DrawsAllOrPartOfItself) {
-  constexpr DWORD kRed = 0x0000FF;
   constexpr DWORD kGreen = 0x00FF00;
-  HDC dc = os::CreateCompatibleDC(os::GetDC(nullptr));
   ASSERT_EQ(Load(kFile), 1);
-  HBITMAP canvas = m_dib.CreateBitmap();
-  os::SelectObject(dc, canvas);
-  EXPECT_EQ(os::GetPixel(dc, 2, 0), kRed);
-  EXPECT_EQ(m_dib.Display(dc, 1, 1, os::kSrcCopy), 1);
-  EXPECT_EQ(os::GetPixel(dc, 1, 1), kGreen);
+  HBITMAP bitmap = m_dib.CreateBitmap();
+  Colors words(6);
+  EXPECT_EQ(os::GetBitmapPixels(bitmap, words), 1);
+  EXPECT_EQ(words[2], 0xFF0000U) << "blue comes first in a bitmap";
+  os::DeleteObject(bitmap);
+  const Canvas canvas(3, 32, 2);
+  EXPECT_EQ(m_dib.Display(canvas.m_dc, 1, 1, os::kSrcCopy), 1);
+  EXPECT_EQ(canvas.Pixels(), (Colors{0, 0, 0, 0, kGreen, kGreen}));
   // The right-hand pixel of the bottom row onto everything.
-  EXPECT_EQ(m_dib.Display(dc, CRect{0, 0, 3, 2}, CRect{2, 0, 3, 1}, os::kSrcCopy), 1);
-  for (int x = 0; x < 3; ++x) EXPECT_EQ(os::GetPixel(dc, x, 0), kGreen);
-  os::DeleteDC(dc);
-  os::DeleteObject(canvas);
+  EXPECT_EQ(m_dib.Display(canvas.m_dc, CRect{0, 0, 3, 2}, CRect{2, 0, 3, 1}, os::kSrcCopy), 1);
+  EXPECT_EQ(canvas.Pixels(), Colors(6, kGreen));
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 #include <array>
 #include <tuple>
 
-#include "platform/noxcodec/software/crc32.h"
-#include "platform/noxcodec/software/deblocking.h"
 #include "platform/noxcodec/software/picture_output.h"
 #include "platform/noxcodec/software/picture_scaler.h"
 #include "tests/platform/noxcodec/picture_measures.h"
@@ -108,16 +106,6 @@ TEST(NxcVideo, HasTheColoursOfBt601) {
       ASSERT_NEAR(got, std::clamp(wanted[byte], 0.0, 255.0), 1) << x << ' ' << y << ' ' << byte;
     }
   }
-}
-
-// Part of the format, like what the decoder does itself in the same way.
-TEST(DeblockForDisplay, KeepsItsPixels) {
-  DWORD dice = 1;
-  Picture picture = DrawPicture(176, 48, [&](int, int x, int y) {
-    return 60 + (x / 8 + y / 8) % 2 * 30 + Roll(dice, 1 + Roll(dice, 2));
-  });
-  DeblockForDisplay(20, true, true, picture);
-  EXPECT_EQ(Crc32({picture.Plane(kLuma).pixels, 176 * 48}), 0x5997215DU);
 }
 
 }  // namespace

@@ -40,14 +40,14 @@ TEST(CaptionText, IsAFormatWithoutArguments) {
 }
 
 TEST(CaptionText, IsCutBetweenTwoCharacters) {
-  EXPECT_EQ(Caption("abc", 4), "abc");
-  EXPECT_EQ(Caption("abcd", 4), "abc");
-  EXPECT_EQ(Caption("ab\u00fc", 4), "ab");
-  EXPECT_EQ(Caption("a\u00fc%s", 4), "a\u00fc");
-  EXPECT_EQ(Caption("a\u20ac", 4), "a");
-  EXPECT_EQ(Caption("\U0001F6AA", 4), "");
-  EXPECT_EQ(Caption("\U0001F6AA", 5), "\U0001F6AA");
-  EXPECT_EQ(Caption("abc%%", 4), "abc");
+  for (const auto& [text, caption] : {std::pair{"abcd", "abc"},
+                                      {"ab\u00fc", "ab"},
+                                      {"a\u00fc%s", "a\u00fc"},
+                                      {"a\u20ac", "a"},
+                                      {"\U0001F6AA", ""},
+                                      {"abc%%", "abc"}}) {
+    EXPECT_EQ(Caption(text, 4), caption);
+  }
   // No UTF-8: bytes inside a character without its first one.
   EXPECT_EQ(Caption(std::string(90, '\x80'), 65), std::string(64, '\x80'));
   EXPECT_EQ(Caption("a", 1), "");

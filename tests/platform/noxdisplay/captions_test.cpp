@@ -184,7 +184,8 @@ TEST_F(Shown, StatusPicturesStandForTheirBits) {
     EXPECT_EQ(FindRegisteredPicture(number).value().m_pixels, Picture(8, color));
   }
   const Canvas large(16385, 1);
-  for (HBITMAP bad : {HBITMAP{}, Canvas(1).m_bitmap, large.m_bitmap}) {
+  HBITMAP deleted = Canvas(1).m_bitmap;
+  for (HBITMAP bad : {HBITMAP{}, deleted, large.m_bitmap}) {
     EXPECT_NE(noxshowSetBitmap(bad, kNoxshowAlarmPicture), 0);
   }
 

@@ -44,11 +44,6 @@ TEST(Graphics, ReadsAndWritesEveryFormOfPixels) {
     EXPECT_EQ(os::SetDIBColorTable(target.m_dc, 0, colors), bit_count <= 8 ? 2U : 0U);
     EXPECT_EQ(os::StretchBlt(target.m_dc, 0, 0, 2, 1, canvas.m_dc, 0, 0, 2, 1, os::kSrcCopy), 1);
     EXPECT_EQ(std::vector<BYTE>(target.m_bits.begin(), target.m_bits.end()), red_green);
-    // Also while it is selected.
-    Colors words(2);
-    EXPECT_EQ(os::GetBitmapPixels(target.m_bitmap, words), 1);
-    EXPECT_EQ(words, (Colors{0xFF0000, 0x00FF00}));
-    EXPECT_EQ(os::GetBitmapPixels(target.m_bitmap, std::span(words).first(1)), 0);
   }
 }
 
@@ -194,15 +189,6 @@ TEST_F(WindowContext, DrawsIntoTheWindowsPictureUntilTheWindowGoes) {
   EXPECT_EQ(copy(dc, 0, canvas.m_dc, 3), 0);
   EXPECT_EQ(os::ReleaseDC(window, dc), 1);
   EXPECT_EQ(os::ReleaseDC(window, dc), 0);
-}
-
-TEST(Graphics, MakesAndGivesBackHandlesOnAnyThread) {
-  const auto draw = [] {
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(Canvas(1).Pixels(), Colors{0});
-  };
-  std::thread other(draw);
-  draw();
-  other.join();
 }
 
 }  // namespace
