@@ -23,7 +23,6 @@ class SearchDisk : public DiskTest {
     Create(m_disk, "d:\\");
     Criteria();
   }
-
   // New criteria, for the host.
   CSearchParam& Criteria(DWORD kinds = 0) {
     m_criteria.Reset();
@@ -65,7 +64,6 @@ class SearchDisk : public DiskTest {
   }
 
   const CTime m_day = At(4, 10);
-  CHddObj m_disk;
   CSearchParam m_criteria;
   CZebFileInfo m_found;
 };
@@ -202,9 +200,9 @@ TEST_F(SearchDisk, FindsRecordingsThatHadNotEndedAtAMoment) {
 TEST_F(SearchDisk, FindsPicturesByDateAndNeverInARange) {
   CImage image;
   image.CreateImage(new BYTE[8 * 4 * 3](), 8, 4);
-  image.SetCameraName("gate");
   const fs::path leaf = Leaf(m_day, "picture");
   image.SaveImageAs(kImageBmp, (leaf / "nameless").string());
+  image.SetCameraName("gate");
   image.SetBoardName("board");
   image.SetHostName("h");
   image.SetTimeStamp(m_day.GetTime());

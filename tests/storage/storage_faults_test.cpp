@@ -26,7 +26,7 @@ class StorageFaults : public DiskTest {
  protected:
   StorageFaults() {
     FillDisk();
-    m_disk->MakeDirectory("d:\\dvr");
+    m_memory->MakeDirectory("d:\\dvr");
     OpenForSave(false);
     Close();
     m_list = List();
@@ -38,17 +38,17 @@ class StorageFaults : public DiskTest {
   // A new disk with a database "list" of d:\dvr\, which recycles, and e:\, each with some days, and
   // with what is others'.
   void FillDisk() {
-    m_disk.reset();
-    m_disk.emplace();
+    m_memory.reset();
+    m_memory.emplace();
     CZebFileInfo info = MakeInfo("");
     const std::string recording = FileFormOf(info) + std::string(5000, 'x');
     for (const char* path :
          {R"(d:\dvr\d20040408\rec\video\a)", R"(d:\dvr\d20040409\rec\video\a)",
           R"(d:\dvr\d20040412\rec\video\a)", R"(d:\dvr\other\a)", R"(d:\d20040401\a)",
           R"(d:\data\a)", R"(d:\list.new)", R"(e:\d20040301\rec\video\a)"}) {
-      m_disk->Put(path, recording);
+      m_memory->Put(path, recording);
     }
-    m_disk->Put("d:\\list", m_list);
+    m_memory->Put("d:\\list", m_list);
   }
 
   static int Open() {
@@ -67,7 +67,7 @@ class StorageFaults : public DiskTest {
     tag_HDDPARAM other = Param("e:\\");
     EXPECT_EQ(dbsAddHDD(&dvr) + dbsAddHDD(&other), 2);
   }
-  std::string List() const { return m_disk->Get("d:\\list"); }
+  std::string List() const { return m_memory->Get("d:\\list"); }
 
   // What a recorder does in a day.
   void UseStorage() {
@@ -91,14 +91,14 @@ class StorageFaults : public DiskTest {
       dbsSearchFile(&found);
       criteria.SetTimeBegin(CTime(kNoonInNewYork));
       dbsSearchFile(&found);
-      m_disk->SetFreeBytes(10 * kMegabyte);
+      m_memory->SetFreeBytes(10 * kMegabyte);
       DWORD free_mb;
       dbsCheckWorkHDD(&free_mb);
       dbsChangeWorkDir();
       dbsSaveDatabase();
     }
     Close();
-    m_disk->SetFreeBytes(100000 * kMegabyte);
+    m_memory->SetFreeBytes(100000 * kMegabyte);
   }
 
   // The disks in a database file that is whole; "?" for any other.
@@ -119,7 +119,7 @@ class StorageFaults : public DiskTest {
 
   // Whatever was there is there, but for days before today of the disk that recycles.
   void ExpectNothingLost(const Everything& before) const {
-    const Everything after = m_disk->Everything();
+    const Everything after = m_memory->Everything();
     for (const auto& [path, bytes] : before) {
       if (path == "//d/list") continue;
       const auto found = after.find(path);
@@ -132,7 +132,7 @@ class StorageFaults : public DiskTest {
     }
     EXPECT_NE(DisksIn(List()), "?");
     if (!m_finished.empty()) {
-      const ParsedRecording recording = ParseRecording(m_disk->Get(m_finished));
+      const ParsedRecording recording = ParseRecording(m_memory->Get(m_finished));
       EXPECT_EQ(recording.m_fault, "");
       EXPECT_EQ(recording.m_videos, NumberedVideos({0, 1, 2}));
     }
@@ -151,7 +151,7 @@ class StorageFaults : public DiskTest {
     for (std::uint64_t n = 1;; ++n) {
       SCOPED_TRACE(n);
       FillDisk();
-      const Everything before = m_disk->Everything();
+      const Everything before = m_memory->Everything();
       m_finished.clear();
       FaultyFileSystem faulty;
       FailCall(faulty, plan, n);
@@ -167,7 +167,7 @@ class StorageFaults : public DiskTest {
       SCOPED_TRACE(n);
       FillDisk();
       OpenForSave(true);
-      if (has_fixed_directories) m_disk->ForbidChangesOfDirectories();
+      if (has_fixed_directories) m_memory->ForbidChangesOfDirectories();
       std::uint64_t failures = 0;
       bool is_saved = false;
       {
@@ -180,12 +180,12 @@ class StorageFaults : public DiskTest {
       Close();  // saves once more
       EXPECT_TRUE(list == List() || (!is_saved && list == m_list)) << list;
       EXPECT_NE(List(), m_list);
-      EXPECT_TRUE(m_disk->Get("d:\\list.new").ends_with("x"));  // somebody's
+      EXPECT_TRUE(m_memory->Get("d:\\list.new").ends_with("x"));  // somebody's
       if (failures == 0 || HasFailure()) return n - 1;
     }
   }
 
-  std::optional<MemoryFileSystem> m_disk;
+  std::optional<MemoryFileSystem> m_memory;
   std::string m_list;
   CString m_finished;
 };
@@ -194,7 +194,7 @@ TEST_F(StorageFaults, LoseNothingWhicheverCallFails) {
   const std::uint64_t calls = FailEveryCall(Plan::kFail);
   EXPECT_GT(calls, 90U);
   // Nothing failed in the end: a day was recycled, and a recording made.
-  EXPECT_FALSE(m_disk->Has(R"(d:\dvr\d20040408\rec\video\a)"));
+  EXPECT_FALSE(m_memory->Has(R"(d:\dvr\d20040408\rec\video\a)"));
   EXPECT_NE(m_finished, "");
   EXPECT_EQ(DisksIn(List()), R"(d:\dvr\ e:\new\ )");
   EXPECT_EQ(FailEveryCall(Plan::kCutPower), calls);

@@ -106,6 +106,7 @@ class DiskTest : public testing::Test {
   // Moves the clock on to a moment.
   void MoveTo(CTime time) { m_clock.MoveTo((time.GetTime() - ULONGLONG{kNoonInNewYork}) * 1000); }
 
+  TestDisk m_disk;
   ScopedTimeZone m_zone{"America/New_York"};
   os::SteppedClock m_clock{kNoonInNewYork, 0};
   TempDir m_d;
