@@ -1,7 +1,7 @@
 """Records cameras over several days onto two small drives until both are full and days are recycled.
 
-The state of the disks is judged by walking their directories here, without the library: what the
-tool says it wrote, deleted and found has to be what lies there.
+What the tool says it wrote, deleted and found has to be what lies in the drives' directories, which
+are walked here without the library.
 
 usage: storage_end_to_end.py ZEBTOOL
 """
@@ -14,11 +14,10 @@ import subprocess
 import sys
 import tempfile
 
-# A disk that is not the working disk is chosen when it has more than this beyond its reserve.
-ALARM_ABOVE_RESERVED_MB = 50
-QUOTA_MB, RESERVED_MB = 3, 1
+QUOTA_MB = 3
+# A spare disk smaller than its thresholds would never be chosen: it is large until then.
+SPARE_QUOTA_MB = 61
 CAMERAS, DAYS_TO_RECYCLE = 3, 6
-WIDTH, HEIGHT = 176, 144
 FIRST_DAY = datetime.date(2024, 2, 26)
 
 
@@ -27,33 +26,19 @@ def require(truth, what):
         sys.exit(f"storage_end_to_end: {what}")
 
 
-def write_noise_video(path):
-    """Pictures that do not compress, one every six seconds."""
-    source = random.Random(1)
-    with open(path, "wb") as video:
-        video.write(f"YUV4MPEG2 W{WIDTH} H{HEIGHT} F1:6 Ip A1:1 C420jpeg\n".encode())
-        for _ in range(8):
-            video.write(b"FRAME\n" + source.randbytes(WIDTH * HEIGHT * 3 // 2))
-
-
-def place(path):
-    """(drive, day, name) of a library path."""
-    parts = path.split("\\")
-    return path[0], parts[2], parts[-1]
-
-
 class Run:
     def __init__(self, zebtool, root):
-        self.zebtool = zebtool
-        self.root = root
-        # A spare disk smaller than its thresholds would never be chosen: it is large until then.
-        self.quota_mb = {"d": QUOTA_MB, "e": RESERVED_MB + ALARM_ABOVE_RESERVED_MB + 10}
+        self.zebtool, self.root = zebtool, root
+        self.quota_mb = {"d": QUOTA_MB, "e": SPARE_QUOTA_MB}
         self.deleted = []
-        write_noise_video(root / "noise.y4m")
-        for letter in "de":
+        # Pictures that do not compress, one every six seconds.
+        source = random.Random(1)
+        frames = [b"FRAME\n" + source.randbytes(176 * 144 * 3 // 2) for _ in range(8)]
+        video = b"YUV4MPEG2 W176 H144 F1:6 C420jpeg\n" + b"".join(frames)
+        (root / "noise.y4m").write_bytes(video)
+        for letter, what in ("d", "init"), ("e", "add"):
             (root / letter).mkdir()
-            what = "init" if letter == "d" else "add"
-            self.tool("store", what, letter + ":\\dvr", "--recycle", "--reserved", RESERVED_MB)
+            self.tool("store", what, letter + ":\\dvr", "--recycle", "--reserved", 1)
 
     def tool(self, *words, status=0):
         command = [self.zebtool, *map(str, words), "--db", str(self.root / "disks.db")]
@@ -62,49 +47,29 @@ class Run:
         done = subprocess.run(command, capture_output=True, text=True, check=False)
         said = f"{' '.join(command)} ended with {done.returncode}: {done.stdout}{done.stderr}"
         require(done.returncode == status, said)
-        return done.stdout
+        return json.loads(done.stdout) if "--json" in words else None
 
     def recordings(self):
-        """{(drive, day, name): bytes}"""
-        return {
-            (letter, file.relative_to(self.root / letter / "dvr").parts[0], file.name):
-                file.stat().st_size
-            for letter in "de"
-            for file in (self.root / letter).rglob("*.zebz")
-        }
-
-    def days(self):
-        """[(day, drive)], oldest first"""
-        return sorted(
-            (day.name, letter) for letter in "de" for day in (self.root / letter / "dvr").iterdir()
-        )
+        """{path as the library spells it: bytes}"""
+        paths = {path: str(path.relative_to(self.root)) for path in self.root.rglob("*.zebz")}
+        return {f"{name[0]}:{name[1:]}".replace("/", "\\"): path.stat().st_size
+                for path, name in paths.items()}
 
     def record(self, day, camera):
         """One recording; its report has to be what happened to the directories."""
-        before, days_before = self.recordings(), self.days()
-        report = json.loads(
-            self.tool("record", self.root / "noise.y4m", "--json", "--camera", camera,
-                      "--begin", f"{day} 08:{camera:02}:00", "--quantiser", "1,1")
-        )
+        before = self.recordings()
+        days = sorted((path.name, path.parts[-3]) for path in self.root.glob("*/dvr/*"))
+        report = self.tool("record", self.root / "noise.y4m", "--json", "--camera", camera,
+                           "--begin", f"{day} 08:{camera:02}:00", "--quantiser", "1,1")
         for gone in report["deleted_days"]:
-            oldest, drive = days_before.pop(0)
+            oldest, drive = days.pop(0)
             require(oldest == "d" + gone.replace("-", ""), f"{gone} went, {oldest} is older")
             require(gone < str(day), f"{gone} is not before {day}")
-            before = {at: size for at, size in before.items() if at[:2] != (drive, oldest)}
-            self.deleted.append((oldest, drive))
-        written = {place(file["path"]): file["bytes"] for file in report["files"] if file["frames"]}
+            gone_files = f"{drive}:\\dvr\\{oldest}\\"
+            before = {at: size for at, size in before.items() if not at.startswith(gone_files)}
+            self.deleted.append((gone, drive))
+        written = {file["path"]: file["bytes"] for file in report["files"] if file["frames"]}
         require(self.recordings() == before | written, f"{day} {camera}: {self.recordings()}")
-
-    def check_search(self, today):
-        """A search finds what lies there, and of the deleted days nothing."""
-        found = json.loads(
-            self.tool("search", "--from", f"{FIRST_DAY} 00:00:00", "--to", f"{today} 23:59:59",
-                      "--json")
-        )
-        require(sorted(place(file["path"]) for file in found["files"]) == sorted(self.recordings()),
-                f"{found} while {self.recordings()}")
-        gone = datetime.datetime.strptime(self.deleted[0][0], "d%Y%m%d").date()
-        self.tool("search", "--date", gone, status=1)
 
     def run(self):
         day = FIRST_DAY
@@ -112,13 +77,17 @@ class Run:
             require(day.year == 2024, "the disks do not become full")
             for camera in range(CAMERAS):
                 self.record(day, camera)
-                disks = json.loads(self.tool("store", "disks", "--json"))
-                if "(e:" in disks["working_disk"] and self.quota_mb["e"] > QUOTA_MB:
+                working_disk = self.tool("store", "disks", "--json")["working_disk"]
+                if "(e:" in working_disk and self.quota_mb["e"] > QUOTA_MB:
                     require(not self.deleted, "a day went although a disk had room")
                     self.quota_mb["e"] = QUOTA_MB
             day += datetime.timedelta(days=1)
         require({drive for _, drive in self.deleted} == {"d", "e"}, f"one disk: {self.deleted}")
-        self.check_search(day)
+        found = self.tool("search", "--from", f"{FIRST_DAY} 00:00:00", "--to", f"{day} 23:59:59",
+                          "--json")
+        found = sorted(file["path"] for file in found["files"])
+        require(found == sorted(self.recordings()), f"{found} while {self.recordings()}")
+        self.tool("search", "--date", self.deleted[0][0], status=1)
 
 
 if __name__ == "__main__":

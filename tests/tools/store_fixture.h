@@ -1,9 +1,11 @@
-// Two small drives and a database on them, for the tests of the subcommands that work with disks.
+// A database on two drives, d: and e:, for tests of the subcommands that use one.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "platform/os/files/drives.h"
 #include "tests/tools/tool_fixture.h"
@@ -22,40 +24,35 @@ class StoreFixture : public testing::Test {
   }
 
   // A quota of 0 is none.
-  void Mount(char letter, ULONGLONG quota_bytes = 0) {
+  void Mount(char letter, ULONGLONG quota_bytes = 0) const {
     std::filesystem::create_directories(Drive(letter));
-    ASSERT_EQ(os::MountDrive(letter, Drive(letter).string(), os::DriveKind::kFixed, quota_bytes),
-              1);
+    os::MountDrive(letter, Drive(letter).string(), os::DriveKind::kFixed, quota_bytes);
   }
-
   std::filesystem::path Drive(char letter) const { return m_dir.Path() / std::string(1, letter); }
-  std::string Database() const { return m_dir.File("disks.db"); }
+  // The directory of a day, or another one, of the disk d:\dvr.
+  std::filesystem::path Day(const std::string& day) const { return Drive('d') / "dvr" / day; }
 
   // `zebtool arguments... --db DATABASE`
   ToolRun Run(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.end(), {"--db", Database()});
+    arguments.insert(arguments.end(), {"--db", m_database});
     return RunTool(arguments);
   }
-
   // The database on d:\dvr, or on both drives.
-  void Init(bool both = false) {
+  void Init(bool both = false) const {
     for (const char letter : both ? std::string("de") : std::string("d")) {
       const ToolRun run = Run({"store", letter == 'd' ? "init" : "add",
                                letter + std::string(":\\dvr"), "--recycle", "--reserved", "1"});
       ASSERT_EQ(run.status, 0) << run.err;
     }
   }
-
   // A file of a day's directory.
-  std::filesystem::path MakeFile(char letter, const std::string& day, std::size_t bytes) const {
-    auto path = Drive(letter) / "dvr" / day / "recorder" / "video" / "file";
+  std::string MakeFile(const std::string& day, std::size_t bytes) const {
+    const std::filesystem::path path = Day(day) / "recorder" / "video" / "file";
     std::filesystem::create_directories(path.parent_path());
     WriteWholeFile(path.string(), std::string(bytes, 'x'));
-    return path;
-  }
-  bool HasDay(char letter, const std::string& day) const {
-    return std::filesystem::exists(Drive(letter) / "dvr" / day);
+    return path.string();
   }
 
   TempDir m_dir;
+  const std::string m_database = m_dir.File("disks.db");
 };

@@ -2,6 +2,8 @@
 // enough to try damage at every byte, and small videos and sounds.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <cstdint>
 #include <sstream>
@@ -32,6 +34,12 @@ inline ToolRun RunTool(const std::vector<std::string>& arguments, const std::str
 
 inline bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
+}
+
+// Expects a run to have ended with `status` and to have said `text` of what went wrong.
+inline void ExpectFailure(const ToolRun& run, const std::string& text, int status = 1) {
+  EXPECT_EQ(run.status, status) << text;
+  EXPECT_TRUE(Contains(run.err, text)) << text << " in " << run.err;
 }
 
 // The number behind "key": in JSON output; -1 without one.

@@ -136,7 +136,7 @@ TEST_F(ZebtoolLive, AlarmFileBeginsBeforeTheMotionAndEveryFileIsWholeAndFound) {
 // The disk is below its reserve from the first moment on: first a day can be deleted, then none.
 TEST_F(ZebtoolLive, RecyclesWhileItRecordsAndSaysWhenNothingIsLeft) {
   Init();
-  MakeFile('d', "d20240429", 1500 << 10);
+  MakeFile("d20240429", 1500 << 10);
   Mount('d', 2 * kMegabyte);
   const ToolRun recycled = RunUntil({"live", "--devices", "6:2", "--record"}, SIGTERM, [&] {
     const auto files = Files("video");
@@ -144,7 +144,7 @@ TEST_F(ZebtoolLive, RecyclesWhileItRecordsAndSaysWhenNothingIsLeft) {
   });
   EXPECT_EQ(recycled.status, 0) << recycled.err;
   EXPECT_TRUE(Contains(recycled.out, "deleted 2024-04-29\n")) << recycled.out;
-  EXPECT_FALSE(HasDay('d', "d20240429"));
+  EXPECT_FALSE(fs::exists(Day("d20240429")));
   for (const fs::path& path : Files("video")) {
     EXPECT_TRUE(Contains(recycled.out, path.filename().string() + ": ")) << recycled.out;
   }
@@ -169,7 +169,7 @@ TEST_F(ZebtoolLive, LinesThatCannotBeginSayWhatToDo) {
       {{"--devices", "6:1@/not/there"}, 1, "there is no directory '/not/there'"},
       {{"--device-dir", here + "/no"}, 1, "make it or leave it out"},
       {{"--record"}, 2, "need --db FILE"},
-      {{"--db", Database()}, 2, "--db is for --record"},
+      {{"--db", m_database}, 2, "--db is for --record"},
       {{"--record", "--db", here + "/no.db"}, 1, "'zebtool store init' makes one"},
       {{"--frame-size", "130"}, 2, "131 or 135 (PAL)"},
       {{"--mask", "0,0,0,50"}, 2, "--mask takes left, top, right and bottom"},
@@ -185,8 +185,8 @@ TEST_F(ZebtoolLive, LinesThatCannotBeginSayWhatToDo) {
     EXPECT_EQ(run.status, test.status) << test.text;
     EXPECT_TRUE(Contains(run.err, test.text)) << run.err;
   }
-  const zebtool::DatabaseUse other(Database());
-  EXPECT_TRUE(Contains(RunTool({"live", "--record", "--db", Database()}).err, "another recorder"));
+  const zebtool::DatabaseUse other(m_database);
+  EXPECT_TRUE(Contains(RunTool({"live", "--record", "--db", m_database}).err, "another recorder"));
   EXPECT_EQ(Run({"store", "disks"}).status, 0);
 }
 

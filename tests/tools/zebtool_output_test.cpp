@@ -73,9 +73,7 @@ TEST_F(ToolOutput, FileThatIsThereIsReplacedByForceAlone) {
       Clear();
       WriteWholeFile(is_link ? mine : Out(job.output), "evidence");
       if (is_link) fs::create_symlink(mine, Out(job.output));
-      const ToolRun run = RunTool(job.arguments);
-      EXPECT_EQ(run.status, 1);
-      EXPECT_TRUE(Contains(run.err, "--force replaces it")) << run.err;
+      ExpectFailure(RunTool(job.arguments), "--force replaces it");
       EXPECT_EQ(ReadWholeFile(Out(job.output)), "evidence");
 
       EXPECT_EQ(Forced(job).status, 0);
@@ -105,9 +103,7 @@ TEST_F(ToolOutput, WhatIsNoFileOrProtectedStaysWhatItIs) {
       Clear();
       make(Out(job.output));
       const auto before = fs::symlink_status(Out(job.output));
-      const ToolRun run = Forced(job);
-      EXPECT_EQ(run.status, 1);
-      EXPECT_TRUE(Contains(run.err, said)) << run.err;
+      ExpectFailure(Forced(job), said);
       const auto after = fs::symlink_status(Out(job.output));
       EXPECT_EQ(after.type(), before.type());
       EXPECT_EQ(after.permissions(), before.permissions());
@@ -156,9 +152,7 @@ TEST_F(ToolOutput, UnfinishedFileOfSomebodyElseStays) {
 
 TEST_F(ToolOutput, DemoTakesNoDirectoryThatHasSomethingInIt) {
   WriteWholeFile(Out("disks.db"), "evidence");
-  const ToolRun run = RunTool({"demo", m_out});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_TRUE(Contains(run.err, "is not empty")) << run.err;
+  ExpectFailure(RunTool({"demo", m_out}), "is not empty");
   EXPECT_EQ(Files(), std::set<std::string>{"disks.db"});
 }
 

@@ -87,9 +87,7 @@ TEST_F(ZebtoolSnapshot, WithoutASignalSaysSo) {
   auto frames = MakeFrames(3);
   for (TestFrame& frame : frames) frame.flags |= kFrameVideoLost;
   WriteWholeFile(m_recording, MakeRecording(frames));
-  const ToolRun run = Take({});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_TRUE(Contains(run.err, "no signal")) << run.err;
+  ExpectFailure(Take({}), "no signal");
 }
 
 class ZebtoolFace : public testing::Test {
@@ -130,10 +128,7 @@ TEST_F(ZebtoolFace, SizesThatNoViewerTakesGrow) {
 
 TEST_F(ZebtoolFace, WhatIsNotThereIsSaid) {
   WriteWholeFile(m_path, "no faces in here");
-  const ToolRun run = RunTool({"face", m_path, "list"});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_TRUE(Contains(run.err, "is no face file")) << run.err;
-
+  ExpectFailure(RunTool({"face", m_path, "list"}), "is no face file");
   MakeFaces(m_path, 1);
   EXPECT_EQ(RunTool({"face", m_path, "extract", m_out, "--index", "1"}).status, 1);
 }

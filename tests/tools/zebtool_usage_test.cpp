@@ -22,8 +22,7 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
   };
   for (const auto& [arguments, text] : cases) {
     const ToolRun run = RunTool(arguments);
-    EXPECT_EQ(run.status, 2) << text;
-    EXPECT_TRUE(Contains(run.err, text)) << run.err;
+    ExpectFailure(run, text, 2);
     EXPECT_TRUE(run.out.empty());
   }
 }
@@ -73,9 +72,7 @@ TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
   std::filesystem::create_hard_link(m_good, m_link);
   const std::string before = ReadWholeFile(m_good);
   for (const auto& [arguments, text] : cases) {
-    const ToolRun run = RunTool(arguments);
-    EXPECT_EQ(run.status, 1) << text;
-    EXPECT_TRUE(Contains(run.err, text)) << run.err;
+    ExpectFailure(RunTool(arguments), text);
     EXPECT_FALSE(std::filesystem::exists(m_out)) << text;
   }
   EXPECT_EQ(ReadWholeFile(m_good), before);
