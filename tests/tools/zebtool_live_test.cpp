@@ -74,7 +74,7 @@ void ExpectPicturesOn(const std::string& path) {
   EXPECT_EQ(png.height, 900U);
   std::vector<BYTE> pixels(PNG_IMAGE_SIZE(png));
   ASSERT_NE(png_image_finish_read(&png, nullptr, pixels.data(), 0, nullptr), 0) << png.message;
-  for (const std::size_t middle : {450 * 1600 + 600, 150 * 1600 + 1400, 450 * 1600 + 1400}) {
+  for (const std::size_t middle : {450U * 1600 + 600, 150U * 1600 + 1400, 450U * 1600 + 1400}) {
     EXPECT_GT(*std::max_element(&pixels[middle - 100], &pixels[middle + 100]), 0x40) << middle;
   }
 }

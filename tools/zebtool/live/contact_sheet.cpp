@@ -14,6 +14,12 @@ constexpr BYTE kBackground = 0x28;
 constexpr std::size_t kImageBytes = 3;   // of a pixel
 constexpr std::size_t kWindowBytes = 4;  // of a pixel
 
+// The index of a pixel in rows of `width`.
+std::size_t PixelAt(LONG width, LONG x, LONG y) {
+  return static_cast<std::size_t>(width) * static_cast<std::size_t>(y) +
+         static_cast<std::size_t>(x);
+}
+
 // Rows of the picture go from the bottom up.
 void CopyWindow(HWND window, CSize screen, BYTE* pixels) {
   CRect place;
@@ -24,8 +30,8 @@ void CopyWindow(HWND window, CSize screen, BYTE* pixels) {
     const BYTE* from = picture.m_pixels.data();
     for (LONG y = 0; y < height; ++y) {
       const LONG row = screen.cy - 1 - (place.top + y);
-      BYTE* to = pixels + kImageBytes * (static_cast<std::size_t>(row) * screen.cx + place.left);
-      const BYTE* pixel = from + kWindowBytes * static_cast<std::size_t>(y) * picture.m_size.cx;
+      BYTE* to = pixels + kImageBytes * PixelAt(screen.cx, place.left, row);
+      const BYTE* pixel = from + kWindowBytes * PixelAt(picture.m_size.cx, 0, y);
       for (LONG x = 0; x < width; ++x, pixel += kWindowBytes, to += kImageBytes) {
         std::copy_n(pixel, kImageBytes, to);
       }

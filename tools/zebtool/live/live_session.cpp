@@ -102,7 +102,8 @@ CameraHost LiveSession::LibraryArguments() {
   return {&Notify, reinterpret_cast<std::uintptr_t>(this), m_options.device_directory};
 }
 
-// On the device's threads.
+// On the device's threads. Words carry addresses here.
+// NOLINTBEGIN(performance-no-int-to-ptr)
 DWORD LiveSession::Notify(DWORD code, std::uintptr_t user_data, std::uintptr_t first,
                           std::uintptr_t second) {
   auto& session = *reinterpret_cast<LiveSession*>(user_data);
@@ -124,6 +125,8 @@ DWORD LiveSession::Notify(DWORD code, std::uintptr_t user_data, std::uintptr_t f
   return 0;
 }
 
+// NOLINTEND(performance-no-int-to-ptr)
+
 void LiveSession::OpenBoards() {
   const DWORD frame_size = m_options.frame_size.value_or(kUsualFrameSize);
   const DWORD speed = m_options.speed.value_or(kUsualSpeed);
@@ -144,7 +147,8 @@ void LiveSession::OpenBoards() {
 void LiveSession::MakeCameras() {
   std::vector<LiveCamera::Identity> identities;
   for (const WORD board : m_boards) {
-    for (WORD camera = 0; camera < zebxGetCameraNum(board); ++camera) {
+    const auto cameras = static_cast<WORD>(zebxGetCameraNum(board));
+    for (WORD camera = 0; camera < cameras; ++camera) {
       const auto number = static_cast<DWORD>(identities.size() + 1);
       identities.push_back(
           {{board, camera}, number, NameOf(m_options, number), zebxGetBoardType(board)});
