@@ -16,8 +16,8 @@ class Completion {
   void Complete();
 
   // Returns when Complete was called, at once when it was before. Meanwhile the calling thread
-  // answers what others send to its windows. When it is itself answering a message, 0 is the answer
-  // now, so that the sender may be the one who is waited for.
+  // answers what others send to its windows. A message of an AwaitedWork that it is itself running
+  // gets the answer 0 now, since the sender may be the one who is waited for.
   void Wait();
 
  private:
@@ -25,6 +25,16 @@ class Completion {
   // Guarded by m_mutex.
   bool m_is_complete = false;
   SentMessages m_waiters;  // to nobody: their answer ends the wait
+};
+
+// Work whose end others may wait for, done by the thread in which this lives. A thread may have
+// several, one inside the other.
+class AwaitedWork {
+ public:
+  AwaitedWork();
+  ~AwaitedWork();
+  AwaitedWork(const AwaitedWork&) = delete;
+  AwaitedWork& operator=(const AwaitedWork&) = delete;
 };
 
 }  // namespace os

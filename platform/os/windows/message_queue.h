@@ -23,6 +23,8 @@ struct SentMessage {
   std::shared_ptr<MessageQueue> m_sender;
   // Set when another thread has destroyed the window and its own is still to be told.
   std::shared_ptr<Window> m_destroyed_window;
+  // Sent while an AwaitedWork lived, or by a procedure for such a message.
+  bool m_is_awaited = false;
 
   // Guarded by the sender's queue.
   bool m_is_answered = false;

@@ -33,6 +33,7 @@ LRESULT SendMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   const auto sent = std::make_shared<SentMessage>();
   sent->m_message = {window, message, wparam, lparam};
   sent->m_sender = queue;
+  sent->m_is_awaited = IsAwaited();
   bool is_sent = false;
   table.Visit(window, [&, copy = sent](Window& found) mutable {
     is_sent = found.m_queue->Send(std::move(copy));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/framework/error_report.h"
+#include "platform/os/windows/completion.h"
 
 using namespace zebx;
 
@@ -30,9 +31,11 @@ thread_local bool thread_has_ended = false;
 struct RunningMessage {
   SentMessage* m_unanswered;  // null once it is answered
   RunningMessage* m_outer;
+  bool m_is_awaited;
 };
 
 thread_local RunningMessage* running_message = nullptr;
+thread_local int awaited_works = 0;
 
 // Ends with its thread.
 struct ThreadWindows {
@@ -75,15 +78,30 @@ LRESULT CallProcedure(const Window& window, const Message& message) noexcept {
 void RunSent(SentMessage& sent, const MessageQueue& queue) {
   auto window = std::exchange(sent.m_destroyed_window, nullptr);
   if (window == nullptr) window = WindowTable::Get().OfThread(sent.m_message.m_window, queue);
-  RunningMessage running{&sent, running_message};
+  RunningMessage running{&sent, running_message, sent.m_is_awaited};
   running_message = &running;
   const LRESULT answer = window != nullptr ? CallProcedure(*window, sent.m_message) : 0;
   running_message = running.m_outer;
   if (running.m_unanswered != nullptr) MessageQueue::Answer(sent, answer);
 }
 
+AwaitedWork::AwaitedWork() {
+  ++awaited_works;
+}
+
+AwaitedWork::~AwaitedWork() {
+  --awaited_works;
+}
+
+bool IsAwaited() {
+  const RunningMessage* running = running_message;
+  while (running != nullptr && !running->m_is_awaited) running = running->m_outer;
+  return awaited_works > 0 || running != nullptr;
+}
+
 void AnswerEarly() {
   for (RunningMessage* running = running_message; running != nullptr; running = running->m_outer) {
+    if (!running->m_is_awaited) continue;
     SentMessage* sent = std::exchange(running->m_unanswered, nullptr);
     if (sent != nullptr) MessageQueue::Answer(*sent, 0);
   }

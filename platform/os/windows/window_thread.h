@@ -17,7 +17,9 @@ LRESULT CallProcedure(const Window& window, const Message& message) noexcept;
 
 // Runs and answers one message that another thread sent.
 void RunSent(SentMessage& sent, const MessageQueue& queue);
-// Answers what the calling thread is running with 0, before it is done.
+// True inside of an AwaitedWork, and while a message is run that was sent inside of one.
+bool IsAwaited();
+// Answers those with 0 that the calling thread is running, before they are done.
 void AnswerEarly();
 // Waits until `sent`, by the calling thread, is answered, and answers what is sent to its windows.
 void AwaitAnswer(const SentMessage& sent, MessageQueue& queue);

@@ -35,6 +35,7 @@ class CallGate {
 
    private:
     CallGate* const m_gate;
+    const os::AwaitedWork m_work;
   };
 
   // Calls back and returns the answer; nothing once the gate is closed. During a stay only, which
