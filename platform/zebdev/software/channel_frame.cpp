@@ -79,13 +79,18 @@ void ChannelRun::See(ULONGLONG time_ms, Frame& frame) {
   const bool is_compressed = !frame.m_is_lost && source->IsCompressed();
   if (std::exchange(m_was_compressed, is_compressed) != is_compressed) m_is_broken = true;
   if (is_compressed) {
-    const bool needs_i_frame = m_needs_i_frame.exchange(false) || std::exchange(m_is_broken, false);
-    frame.m_has_video = source->ReadFrame(time_ms, needs_i_frame, m_compressed);
+    m_parts.m_state->m_latest.Forget();
+    frame.m_has_video = source->ReadFrame(time_ms, NeedsIFrame(), m_compressed);
+    if (frame.m_has_video && m_compressed.m_type == 0) m_is_broken = false;
     frame.m_video = {m_compressed.m_type, m_compressed.m_encoder_type, m_compressed.m_video};
     return;
   }
   frame.m_has_picture = true;
   if (!frame.m_is_lost) frame.m_is_lost = !source->DrawPicture(time_ms, m_picture);
+  if (m_picture.Width() != m_identity.m_width || m_picture.Height() != m_identity.m_height) {
+    frame.m_is_lost = true;
+    m_picture = noxcodec::Picture(m_identity.m_width, m_identity.m_height);
+  }
   if (frame.m_is_lost) {
     Blacken(m_picture);
   } else {
@@ -142,10 +147,10 @@ void ChannelRun::Compress(Frame& frame) {
     frame.m_has_video = false;
     m_is_broken = true;
   } else if (frame.m_has_picture) {
-    const bool needs_i_frame = m_needs_i_frame.exchange(false) || std::exchange(m_is_broken, false);
     frame.m_video = m_encoder.EncodePicture(m_picture.View(), frame.m_settings.m_quality,
-                                            FramesPerSecond(frame.m_settings), needs_i_frame);
+                                            FramesPerSecond(frame.m_settings), NeedsIFrame());
     frame.m_has_video = true;
+    m_is_broken = false;
   }
 }
 

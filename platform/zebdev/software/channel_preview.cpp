@@ -31,8 +31,9 @@ void ChannelPreview::Present(const tag_DISPLAYINFO& record) {
   m_has_presented = noxshowDisplay(m_stream, m_window, &m_record) == 0;
 }
 
-void ChannelPreview::Again(const noxcodec::Picture& picture) {
-  if (!m_has_presented || os::IsWindow(m_window) == 0 || !WritePicture(picture)) return;
+void ChannelPreview::Again(HWND window, const noxcodec::Picture& picture) {
+  if (!m_has_presented || window != m_window || os::IsWindow(window) == 0) return;
+  if (!WritePicture(picture)) return;
   noxshowDisplay(m_stream, m_window, &m_record);
 }
 

@@ -24,8 +24,8 @@ class ChannelPreview {
   NoxshowStream Draw(HWND window, DWORD show_type, const noxcodec::Picture& picture);
   // Presents what was drawn.
   void Present(const tag_DISPLAYINFO& record);
-  // Draws and presents the same once more, where something was presented before.
-  void Again(const noxcodec::Picture& picture);
+  // Draws and presents the same once more, where something was presented in this window before.
+  void Again(HWND window, const noxcodec::Picture& picture);
 
  private:
   bool FitStream(const NoxshowSize& size);

@@ -67,7 +67,7 @@ bool ChannelRun::ReplayPreAlarm(std::uintptr_t first, std::uintptr_t second) {
 void ChannelRun::DrawAgain() {
   const CallGate::Stay stay(m_gate);
   if (!stay || !m_turn.TakeForRedrawing()) return;
-  m_preview.Again(m_picture);
+  m_preview.Again(m_window, m_picture);
   ReleaseTurn();
 }
 
@@ -115,6 +115,8 @@ void ChannelRun::SafelyMakeFrame(const FrameSchedule::Frame& due) {
   try {
     MakeFrame(due);
   } catch (const std::exception& failure) {
+    m_is_broken = true;
+    m_turn.FrameIsSeen();  // whoever is told may look
     // A source that cannot go on would say so with every frame.
     if (std::exchange(m_has_reported, true)) return;
     CString name;
@@ -130,8 +132,14 @@ void ChannelRun::SafelyMakeFrame(const FrameSchedule::Frame& due) {
 
 void ChannelRun::ReleaseTurn() {
   while (!m_turn.Release()) {
-    if (m_gate.IsOpen()) m_preview.Again(m_picture);
+    if (m_gate.IsOpen()) m_preview.Again(m_window, m_picture);
   }
+}
+
+// Until m_is_broken is taken back, when there is one.
+bool ChannelRun::NeedsIFrame() {
+  if (m_needs_i_frame.exchange(false)) m_is_broken = true;
+  return m_is_broken;
 }
 
 ChannelSettings ChannelRun::CopySettings() const {

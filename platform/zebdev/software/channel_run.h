@@ -74,6 +74,7 @@ class ChannelRun {
   void MakeFrame(const FrameSchedule::Frame& due);
   void SafelyMakeFrame(const FrameSchedule::Frame& due);
   void ReleaseTurn();
+  bool NeedsIFrame();
   ChannelSettings CopySettings() const;
   DWORD FramesPerSecond(const ChannelSettings& settings) const;
 
@@ -104,7 +105,7 @@ class ChannelRun {
   MotionDetector m_detector;
   CompressedFrame m_compressed;
   bool m_was_compressed = false;  // the last frame was
-  bool m_is_broken = false;       // what follows does not go on where the last frame ended
+  bool m_is_broken = false;       // an I-frame is asked for, or what follows needs one
   ChannelEncoder m_encoder;
   std::vector<std::int16_t> m_samples;
   std::vector<BYTE> m_face_packet;

@@ -26,12 +26,12 @@ class ZEBX_API ChannelSource {
   virtual ~ChannelSource();
 
   // Draws what is seen at that time into `picture`, at the size that it has. False when nothing is
-  // seen: the video is lost.
+  // seen: the video is lost; so it is when the picture has another size afterwards.
   virtual bool DrawPicture(ULONGLONG time_ms, noxcodec::Picture& picture) = 0;
   // True when frames come from ReadFrame and DrawPicture is not called.
   virtual bool IsCompressed() const { return false; }
-  // The frame of that time; `needs_i_frame` when the channel was asked for one. False when there is
-  // none.
+  // The frame of that time; `needs_i_frame` from when the channel was asked for one until it is
+  // given. False when there is none.
   virtual bool ReadFrame(ULONGLONG /*time_ms*/, bool /*needs_i_frame*/, CompressedFrame&) {
     return false;
   }

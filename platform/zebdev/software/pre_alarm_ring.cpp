@@ -12,6 +12,7 @@ std::shared_ptr<FramePacket> PreAlarmRing::NewPacket(bool is_i_frame) {
     if (!free.empty()) {
       packet = std::move(free.back());
       free.pop_back();
+      m_memory_bytes -= packet->m_bytes.capacity();
     }
   }
   if (packet == nullptr) packet = std::make_shared<FramePacket>();
@@ -22,6 +23,7 @@ std::shared_ptr<FramePacket> PreAlarmRing::NewPacket(bool is_i_frame) {
 
 void PreAlarmRing::Push(std::shared_ptr<FramePacket> packet) {
   const std::lock_guard lock(m_mutex);
+  m_memory_bytes += packet->m_bytes.capacity();
   const DWORD now_ms = packet->m_time_stamp;
   const std::size_t bytes = packet->m_bytes.size();
   while (m_count > 0 && (m_count == kMaxFrames || m_bytes + bytes > kMaxBytes)) DropFirstGroup();
@@ -70,8 +72,12 @@ void PreAlarmRing::DropFirstGroup() {
 }
 
 void PreAlarmRing::Recycle(std::shared_ptr<FramePacket> packet) {
-  // Somebody replays it: its memory goes with the last holder.
-  if (packet.use_count() > 1) return;
+  // Somebody replays it: its memory goes with the last holder. So it does when there is too much:
+  // each packet has the room of the largest frame that ever was in it.
+  if (packet.use_count() > 1 || m_memory_bytes > 2 * kMaxBytes) {
+    m_memory_bytes -= packet->m_bytes.capacity();
+    return;
+  }
   (packet->m_is_i_frame ? m_free_i : m_free_p).push_back(std::move(packet));
 }
 

@@ -19,8 +19,9 @@ struct FramePacket {
 };
 
 // Holds the frames of the last kPreAlarmMs and those before them down to an I-frame, with which it
-// always begins, but no more than its limits. Any thread may call. The lock guards all of it;
-// nobody is called while it is held.
+// always begins, but no more than its limits. Memory is kept for frames to come as long as all of
+// it is within twice the limit. Any thread may call. The lock guards all of it; nobody is called
+// while it is held.
 class PreAlarmRing {
  public:
   static constexpr DWORD kPreAlarmMs = 5000;
@@ -53,7 +54,8 @@ class PreAlarmRing {
   std::size_t m_first = 0;
   std::size_t m_count = 0;
   std::size_t m_bytes = 0;
-  Packets m_free_i, m_free_p;  // apart, as I-frames take several times the memory
+  std::size_t m_memory_bytes = 0;  // of the frames and of the free packets
+  Packets m_free_i, m_free_p;      // apart, as I-frames take several times the memory
 };
 
 }  // namespace zebx::zebdev

@@ -30,8 +30,8 @@ ZEBX_API int StepChannel(DWORD device, DWORD channel);
 // What a channel sees from its next start on. Without one it is `camera<N>.y4m` of the device
 // directory, with the sound of `camera<N>.wav`, where that exists, else a generated street. N
 // counts the channels of all devices of the plan, so camera0 is the first channel of the first
-// device. A film that cannot be read is reported, and nothing is seen. The library's calls of a
-// source never overlap.
+// device. A film that cannot be read is reported, and nothing is seen. The library's calls for
+// a channel never overlap: each channel needs a source of its own.
 ZEBX_API void SetSource(DWORD device, DWORD channel, std::shared_ptr<ChannelSource> source);
 
 // Takes the channel its picture, or gives it back, from the next frame on.

@@ -26,6 +26,7 @@ class TestCamera final : public zebdev::ChannelSource {
  public:
   bool DrawPicture(ULONGLONG time_ms, zebx::noxcodec::Picture& picture) override {
     if (m_is_broken) throw std::bad_alloc();
+    if (m_has_own_size) picture = zebx::noxcodec::Picture(80, 64);
     m_time_ms = time_ms;
     for (int index = 0; index < zebx::noxcodec::kPlaneCount; ++index) {
       const auto plane = picture.Plane(index);
@@ -44,6 +45,7 @@ class TestCamera final : public zebdev::ChannelSource {
   int m_square_at = 0;
   bool m_sees = true;
   bool m_is_broken = false;
+  bool m_has_own_size = false;
   bool m_has_sound = true;
   int m_sample = 0;
   ULONGLONG m_time_ms = 0;
@@ -137,6 +139,12 @@ class ChannelTest : public WindowTest {
     const auto calls = Step(channel);
     EXPECT_FALSE(calls.empty());
     return calls.empty() ? ChannelCall{0, 0, 0, std::vector<BYTE>(sizeof(tag_DEVFRAME))} : calls[0];
+  }
+  // A small still picture of channel 0.
+  int CaptureSmall() {
+    std::vector<BYTE> pixels(std::size_t{3} * 16 * 16);
+    const CRect rectangle = {0, 0, 16, 16};
+    return noxdevChCapturePicture(m_device, 0, pixels.data(), &rectangle, -48, 1);
   }
   int Configure(const tag_CHANNELCONFIG& config, DWORD channel = 0) {
     return noxdevChSetConfig(m_device, channel, &config);

@@ -3,6 +3,7 @@
 #include "platform/framework/error_report.h"
 #include "platform/noxcodec/noxcodec.h"
 #include "platform/noxcodec/software/video_format.h"
+#include "platform/zebdev/software/pre_alarm_ring.h"
 #include "tests/platform/zebdev/channel_fixture.h"
 #include "tests/support/temp_dir.h"
 
@@ -137,40 +138,65 @@ TEST_F(ChannelTest, FlagsLostVideoWhereThatIsChecked) {
   const ChannelCall dark = StepFrame();
   EXPECT_EQ(dark.Flags(), 0U);
   EXPECT_LT(VideoOf(dark).size(), lit);
+  m_camera->m_sees = m_camera->m_has_own_size = true;
+  const ChannelCall other = StepFrame();
+  EXPECT_LT(VideoOf(other).size(), lit) << "not a picture of that size";
+  EXPECT_EQ(CodedAs(other).width, 352);
+  m_camera->m_has_own_size = false;
 
-  // A camera that cannot go on gives no frame, and says so once.
+  // A camera that cannot go on gives no frame, and says so once, to somebody who may look.
   m_camera->m_is_broken = true;
   int reports = 0;
-  SetErrorSink([&](const std::exception&) { ++reports; });
+  SetErrorSink([&](const std::exception&) {
+    ++reports;
+    EXPECT_EQ(CaptureSmall(), kGood);
+  });
   EXPECT_TRUE(Step().empty());
   EXPECT_TRUE(Step().empty());
   SetErrorSink({});
   EXPECT_EQ(reports, 1);
   m_camera->m_is_broken = false;
-  EXPECT_FALSE(Step().empty());
+  EXPECT_TRUE(StepFrame().IsIFrame());
 }
 
+// Gives an I-frame when asked for one, but not always at once.
+class NetworkCamera final : public zebdev::ChannelSource {
+ public:
+  bool DrawPicture(ULONGLONG, noxcodec::Picture&) override { return false; }
+  bool IsCompressed() const override { return true; }
+  bool ReadFrame(ULONGLONG, bool needs_i_frame, zebdev::CompressedFrame& frame) override {
+    frame = {static_cast<BYTE>(needs_i_frame ? 0 : 1), 5, {1, 2, 3}};
+    return m_has_frame;
+  }
+
+  bool m_has_frame = true;
+};
+
 TEST_F(ChannelTest, PassesFramesOnThatAreCompressedAlready) {
-  zebdev::SetSource(0, 0,
-                    zebdev::MakeFrameSource({{0, 5, {1, 2, 3}}, {1, 5, {4}}, {0, 5, {5, 6}}}));
+  const auto camera = std::make_shared<NetworkCamera>();
+  zebdev::SetSource(0, 0, camera);
   EXPECT_EQ(Start(0), kGood);
   ChannelCall call = StepFrame();
   EXPECT_EQ(call.Flags(), 0x00500000U);
   EXPECT_EQ(std::vector<BYTE>(VideoOf(call).begin(), VideoOf(call).end()),
             (std::vector<BYTE>{1, 2, 3}));
+  EXPECT_FALSE(StepFrame().IsIFrame());
   EXPECT_EQ(noxdevChRequestIFrame(m_device, 0), kGood);
-  EXPECT_EQ(VideoOf(StepFrame()).size(), 2U) << "the next I-frame";
+  camera->m_has_frame = false;
+  EXPECT_TRUE(Step().empty());
+  camera->m_has_frame = true;
+  EXPECT_TRUE(StepFrame().IsIFrame()) << "the request holds until there is one";
   zebdev::LoseVideo(0, 0, true);
   call = StepFrame();
   EXPECT_EQ(call.Flags(), zebdev::kPacketVideoLost) << "a dark I-frame of its own";
-  std::vector<BYTE> pixels(std::size_t{3} * 16 * 16);
-  const CRect rectangle = {0, 0, 16, 16};
-  EXPECT_EQ(noxdevChCapturePicture(m_device, 0, pixels.data(), &rectangle, -48, 1), kGood);
+  EXPECT_EQ(CaptureSmall(), kGood);
   zebdev::LoseVideo(0, 0, false);
+  EXPECT_EQ(noxdevChRequestIFrame(m_device, 0), kGood);
   EXPECT_TRUE(StepFrame().IsIFrame());
+  EXPECT_FALSE(StepFrame().IsIFrame()) << "once for both reasons";
+  EXPECT_NE(CaptureSmall(), kGood) << "there is no picture any more";
   EXPECT_EQ(noxdevChStop(m_device, 0), kGood);
-  EXPECT_NE(noxdevChCapturePicture(m_device, 0, pixels.data(), &rectangle, -48, 1), kGood)
-      << "there is no picture";
+  EXPECT_NE(CaptureSmall(), kGood);
 }
 
 TEST_F(ChannelTest, FindsMotionAndAlarmsInItsAreas) {
@@ -259,6 +285,25 @@ TEST_F(ChannelTest, ReplaysTheLastSecondsFromAnIFrameOn) {
   };
   EXPECT_EQ(noxdevChEnumPreAlarmData(m_device, 0, 0, 0), kGood);
   EXPECT_EQ(m_host.Take().size(), 2U) << "the frame replayed, and one made meanwhile";
+}
+
+// Packets are used again, and each keeps the room of the largest frame that was in it.
+TEST(PreAlarmRing, KeepsLittleMoreMemoryThanItsFramesTake) {
+  zebdev::PreAlarmRing ring;
+  for (DWORD frame = 0; frame <= 5000; ++frame) {
+    auto packet = ring.NewPacket(frame % 25 == 0);
+    packet->m_bytes.resize(frame % 97 == 0 ? 1'000'000 : 1000);
+    packet->m_time_stamp = frame < 5000 ? 40 * frame : 1'000'000;  // the last one frees all others
+    ring.Push(std::move(packet));
+  }
+  std::vector<std::shared_ptr<zebdev::FramePacket>> kept;
+  std::size_t bytes = 0;
+  while (kept.size() < 200) {
+    kept.push_back(ring.NewPacket(false));
+    bytes += kept.back()->m_bytes.capacity();
+  }
+  EXPECT_GT(bytes, 0U);
+  EXPECT_LE(bytes, 2 * zebdev::PreAlarmRing::kMaxBytes);
 }
 
 TEST_F(ChannelTest, GivesStillPicturesAndColours) {

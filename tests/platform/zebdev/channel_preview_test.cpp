@@ -68,11 +68,15 @@ TEST_F(LivePicture, IsShownAfterEachFrameWithTheCaptionAskedFor) {
   Darken(m_window);
   EXPECT_EQ(noxdevRestore(m_device), kGood);
   EXPECT_GT(BrightestOf(m_window), 200);
+  EXPECT_EQ(Show(nullptr), kGood);
+  Darken(m_window);
+  EXPECT_EQ(noxdevRestore(m_device), kGood);
+  EXPECT_EQ(Step().size(), 1U);
+  EXPECT_EQ(BrightestOf(m_window), 0) << "it is shown in no window any more";
+  EXPECT_EQ(Show(m_window), kGood);
   os::DestroyWindow(m_window);
   EXPECT_EQ(Step().size(), 1U);
   EXPECT_EQ(noxdevRestore(m_device), kGood);
-  EXPECT_EQ(Show(nullptr), kGood);
-  EXPECT_EQ(Step().size(), 1U);
   EXPECT_EQ(noxdevChStop(m_device, 0), kGood);
   EXPECT_NE(Show(m_window), kGood);
 }
