@@ -22,7 +22,8 @@ struct SinkInForce {
 };
 
 SinkInForce& InForce() {
-  static SinkInForce in_force;
+  // Never destroyed: threads may report after main has ended.
+  static SinkInForce& in_force = *new SinkInForce;
   return in_force;
 }
 

@@ -84,6 +84,7 @@ void VirtualDeviceLibrary::EndAll() {
   {
     const std::lock_guard lock(m_mutex);
     devices.swap(m_devices);
+    m_is_ready = false;  // nobody gets a device while they end
   }
   for (const Device& device : devices) End(device.m_channels);
   CollectLeft(true);

@@ -90,7 +90,8 @@ class VirtualDeviceLibrary {
   void ReadEnvironment();
   // Ends channels that no handle leads to any more; what lasts, as it ends itself, goes to m_left.
   void End(const Channels& channels);
-  // Takes all devices away and waits for whatever of their channels lasts.
+  // Takes all devices away, for which the library is not ready any more, and waits for whatever of
+  // their channels lasts.
   void EndAll();
   // Joins the threads of m_left. With `waits`, also of those that somebody is still inside of.
   void CollectLeft(bool waits);

@@ -3,6 +3,7 @@
 #include <future>
 #include <thread>
 
+#include "platform/framework/error_report.h"
 #include "platform/noxdisplay/software/display_control.h"
 #include "platform/zebdev/software/frame_schedule.h"
 #include "tests/platform/zebdev/channel_fixture.h"
@@ -214,11 +215,20 @@ TEST_F(PacedChannels, DoNotWaitForEachOtherInACircle) {
 TEST_F(PacedChannels, EndWithTheProcess) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto exit_while_running = [&] {
-    StartWith([] {});
-    noxdevChStart(m_device, 1, 0, ChannelHost::Call, &m_host);
+    std::promise<void> is_inside;
+    m_host.m_answer = [&](DWORD, void*) {
+      is_inside.set_value();
+      // While all is being ended: nothing new is granted, and errors are still reported.
+      while (noxdevChRequestIFrame(m_device, 0) == kGood) std::this_thread::yield();
+      if (noxdevCreateDevice(&m_device, 0) != kGood) ReportError(std::runtime_error("refused"));
+      return 0;
+    };
+    SetErrorSink([](const std::exception& error) { std::fputs(error.what(), stderr); });
+    ASSERT_EQ(Start(0), kGood);
+    is_inside.get_future().wait();
     std::exit(0);
   };
-  EXPECT_EXIT(exit_while_running(), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(exit_while_running(), testing::ExitedWithCode(0), "^refused$");
 }
 
 // Host calls of all kinds from two threads while frames flow.
