@@ -122,23 +122,17 @@ TEST_F(Snapshot, LeavesThePictureAloneWhenAFileHoldsNone) {
     EXPECT_EQ(RawBytes(image, 3), "\1\2\3");
   }
   EXPECT_EQ(Load(m_image, with(0, 'x')), 1) << "the type is not looked at";
-}
-
-TEST_F(Snapshot, TurnsRowsThatComeFromTheTopDown) {
-  const std::string second_row = "abcdefghijkl";
-  std::string file = kPicture + second_row;
-  ASSERT_EQ(Load(m_image, file.replace(22, 4, "\xFE\xFF\xFF\xFF")), 1);
-  EXPECT_EQ(m_image.GetImageHeight(), 2U);
-  EXPECT_EQ(RawBytes(m_image, 24), second_row + kPicture.substr(54));
+  // Rows that come from the top down are turned.
+  const std::string row = "abcdefghijkl";
+  ASSERT_EQ(Load(m_image, (kPicture + row).replace(22, 4, "\xFE\xFF\xFF\xFF")), 1);
+  EXPECT_EQ(RawBytes(m_image, 24), row + kPicture.substr(54));
 }
 
 TEST_F(Snapshot, IsSavedInOneFormatUnderANameWithItsExtension) {
   EXPECT_EQ(m_image.SaveImageAs(kImageBmp, m_path), 0) << "no picture";
   Fill(m_image, 1, 1);
   EXPECT_EQ(m_image.SaveImageAs(kImageJpg, m_path), 1);
-  EXPECT_EQ(m_image.LoadImageAs(kImageBmp, m_dir.File("missing.bmp")), 1) << "held from before";
   EXPECT_TRUE(std::filesystem::is_empty(m_dir.Path()));
-
   EXPECT_EQ(m_image.SaveImageAs(kImageBmp, m_dir.File("a.BMP")), 1);
   EXPECT_TRUE(std::filesystem::exists(m_dir.File("a.BMP.bmp")));
 }
@@ -154,7 +148,6 @@ TEST(FillRawImage, CopiesRowsOfThreeOrFourBytesInEitherOrder) {
   ASSERT_EQ(image.FillRawImage(source, 1, 2, 9, 3, 0), 1);
   EXPECT_EQ(RawBytes(image, 6), "\1\2\3\7\x8\x9");
   EXPECT_EQ(image.FillRawImage(source, 2, 2, 9, 2, 0), 0);
-  EXPECT_EQ(image.GetImageWidth(), 1U) << "a refused pixel size changes nothing";
   int record = 0;
   auto* const rgb_image = reinterpret_cast<tag_RGBIMAGE*>(&record);
   EXPECT_EQ(image.FillRawImage(rgb_image, tag_FRAMESIZE{131}), 1);

@@ -22,11 +22,10 @@ using Samples = std::vector<std::int16_t>;
 Samples Voice() {
   Samples samples;
   DWORD dice = 1;
-  while (samples.size() < 8000) {
-    const double time = static_cast<double>(samples.size()) / 8000;
+  for (double time = 0; time < 1; time += 1.0 / 8000) {
     const double pitch = 900 * time + 50 * std::sin(3 * time);
-    const double tones = std::sin(pitch) + std::sin(4 * pitch) / 2;
-    const double voice = 5000 * tones * std::max(0.0, std::sin(7 * time));
+    const double tones = 5000 * (std::sin(pitch) + std::sin(4 * pitch) / 2);
+    const double voice = tones * std::max(0.0, std::sin(7 * time));
     samples.push_back(static_cast<std::int16_t>(voice + Roll(dice, 5)));
   }
   return samples;

