@@ -1,5 +1,5 @@
 // Presenting of a live picture with captions and five masks, next to copying the bytes of its
-// window.
+// window, or of the picture where that is larger: all of it is read.
 #include <algorithm>
 #include <cstring>
 #include <vector>
