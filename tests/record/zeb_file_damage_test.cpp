@@ -3,7 +3,6 @@
 
 #include <filesystem>
 
-#include "platform/framework/error_report.h"
 #include "platform/os/clock.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/memory_file_system.h"
@@ -39,11 +38,6 @@ TEST(DamagedRecording, CutAnywhereKeepsTheBlocksBeforeTheCut) {
 // are tried, and the file is closed in the end.
 class FailingDisk : public testing::Test {
  protected:
-  FailingDisk() {
-    SetErrorSink([](const std::exception&) {});
-  }
-  ~FailingDisk() override { SetErrorSink({}); }
-
   // True when Close came through.
   bool Record(bool heal_before_close = false) {
     m_memory.Put("r", "");

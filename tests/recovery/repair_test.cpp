@@ -8,7 +8,6 @@
 
 #include <filesystem>
 
-#include "platform/framework/error_report.h"
 #include "recovery/recording_check.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/made_recording.h"
@@ -20,11 +19,6 @@ using Outcome = zebx::RepairedRecording::Outcome;
 
 class Repair : public testing::Test {
  protected:
-  Repair() {
-    zebx::SetErrorSink([](const std::exception&) {});
-  }
-  ~Repair() override { zebx::SetErrorSink({}); }
-
   const std::vector<TestFrame> m_frames = MakeFrames(44);  // blocks of 18, 20 and 6
   const std::string m_whole = MakeRecording(m_frames);
   const std::string m_unfinished = MakeRecording(m_frames, false);
@@ -36,33 +30,29 @@ TEST_F(Repair, FinishesWhatIsUnfinishedAndLeavesTheRestAlone) {
   damaged[20] = '\x7F';
   damaged[12] = '\x7F';
   const std::map<std::string, std::string> files = {
-      {"d20240501/host/video/open.zebz", m_unfinished},
-      {"d20240501/host/video/cut.ZEBZ", m_unfinished.substr(0, m_unfinished.size() - 3)},
-      {"d20240501/host/video/whole.zebz", m_whole},
-      {"d20240501/host/alarm/damaged.zebz", damaged},
-      {"d20240501/host/alarm/empty.zebz", MakeRecording({}, false)},
-      {"d20240501/host/alarm/protected.zebz", m_unfinished},
-      {"d20240501/host/video/used.zebz", m_unfinished},
-      {"d20240501/host/video/old.zebz.recovery1", "x"},
-      {"d20240501/host/log/userlog.ulg", "x"}};
-  for (const auto& [name, bytes] : files) {
-    drive.MakeDirectory(std::filesystem::path(name).parent_path().string());
-    drive.MakeFile(name, bytes);
-  }
-  std::filesystem::permissions(drive.File("d20240501/host/alarm/protected.zebz"),
-                               std::filesystem::perms::owner_read);
-  std::filesystem::create_symlink(drive.File("d20240501/host/video/open.zebz"),
-                                  drive.File("d20240501/host/alarm/link.zebz"));
-  ASSERT_EQ(mkfifo(drive.File("d20240501/host/alarm/pipe.zebz").c_str(), 0600), 0);
+      {"day/video/open.zebz", m_unfinished},
+      {"day/video/cut.ZEBZ", m_unfinished.substr(0, m_unfinished.size() - 3)},
+      {"day/video/whole.zebz", m_whole},
+      {"day/alarm/damaged.zebz", damaged},
+      {"day/alarm/empty.zebz", MakeRecording({}, false)},
+      {"day/alarm/protected.zebz", m_unfinished},
+      {"day/video/used.zebz", m_unfinished},
+      {"day/video/old.zebz.recovery1", "x"},
+      {"day/video/userlog.ulg", "x"}};
+  drive.MakeDirectory("day/alarm");
+  drive.MakeDirectory("day/video");
+  for (const auto& [name, bytes] : files) drive.MakeFile(name, bytes);
+  chmod(drive.File("day/alarm/protected.zebz").c_str(), 0400);
+  std::filesystem::create_symlink(drive.File("day/video/open.zebz"),
+                                  drive.File("day/alarm/link.zebz"));
+  ASSERT_EQ(mkfifo(drive.File("day/alarm/pipe.zebz").c_str(), 0600), 0);
   // Room that a writer had reserved.
-  const std::string empty = drive.File("d20240501/host/alarm/empty.zebz");
+  const std::string empty = drive.File("day/alarm/empty.zebz");
   const int descriptor = open(empty.c_str(), O_RDWR);
   const bool is_reserved = fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, 1 << 20) == 0;
   close(descriptor);
   CFile used;
-  ASSERT_EQ(
-      used.Open("d:\\d20240501\\host\\video\\used.zebz", CFile::kModeRead | CFile::kShareDenyNone),
-      1);
+  ASSERT_EQ(used.Open("d:\\day\\video\\used.zebz", CFile::kModeRead | CFile::kShareDenyNone), 1);
 
   const zebx::RepairReport report = zebx::FinishRecordings("d:\\");
   std::string outcomes;
@@ -85,13 +75,13 @@ TEST_F(Repair, FinishesWhatIsUnfinishedAndLeavesTheRestAlone) {
     const bool is_finished = name.ends_with("open.zebz") || name.ends_with("cut.ZEBZ");
     EXPECT_EQ(ReadWholeFile(drive.File(name)) == bytes, !is_finished) << name;
   }
-  EXPECT_EQ(ReadFrames("d:\\d20240501\\host\\video\\open.zebz"), m_frames);
+  EXPECT_EQ(ReadFrames("d:\\day\\video\\open.zebz"), m_frames);
   EXPECT_EQ(zebx::FinishRecordings("d:\\").Count(Outcome::kFinished), 0U);
 }
 
 TEST_F(Repair, AnyCallMayFailOrBeTheLastAndARecordingIsThere) {
   for (const bool is_power_cut : {false, true}) {
-    for (const auto prefix : {std::size_t{0}, std::size_t{7}}) {
+    for (const std::size_t prefix : {0U, 7U}) {
       std::uint64_t faults = 0;
       for (bool is_done = false; !is_done; ++faults) {
         SCOPED_TRACE(std::to_string(faults) + (is_power_cut ? " power cut" : " failure"));
@@ -99,16 +89,12 @@ TEST_F(Repair, AnyCallMayFailOrBeTheLastAndARecordingIsThere) {
         disk.Put("r.zebz", m_unfinished);
         disk.Put("r.zebz.recovery1", "foreign");
         FaultyFileSystem faulty;
-        if (is_power_cut) {
-          faulty.CutPowerAt(FaultyFileSystem::kEveryCall, faults + 1, prefix);
-        } else {
-          faulty.FailCall(FaultyFileSystem::kEveryCall, faults + 1, prefix);
-        }
+        faulty.FailCall(FaultyFileSystem::kEveryCall, faults + 1, prefix);
+        if (is_power_cut) faulty.CutPowerAfter(0);
         const auto repaired = zebx::FinishRecording("r.zebz");
         is_done = faulty.Failures() == 0;
         faulty.Heal();
-        const auto now = disk.Get("r.zebz");
-        const bool is_repaired = now != m_unfinished;
+        const bool is_repaired = disk.Get("r.zebz") != m_unfinished;
         if (is_repaired) {
           EXPECT_EQ(ReadFrames("r.zebz"), m_frames);
           EXPECT_TRUE(zebx::CheckRecording("r.zebz").summary.IsWhole());
@@ -129,7 +115,7 @@ TEST_F(Repair, AnyCallMayFailOrBeTheLastAndARecordingIsThere) {
 
 // Between any two of the writes that start and close a block, too.
 TEST_F(Repair, FinishesWhatAWriterLeavesThatDiesAtAnyWrite) {
-  for (const auto prefix : {std::size_t{0}, std::size_t{15}, std::size_t{16}}) {
+  for (const std::size_t prefix : {0U, 15U, 16U}) {
     for (std::uint64_t write = 3;; ++write) {  // the first two make the file
       SCOPED_TRACE(std::to_string(write) + " with " + std::to_string(prefix));
       const MemoryFileSystem disk;
@@ -147,8 +133,7 @@ TEST_F(Repair, FinishesWhatAWriterLeavesThatDiesAtAnyWrite) {
         }
         try {
           file.Close();
-        } catch (const CFileException&) {
-          // The power is gone.
+        } catch (const CFileException&) {  // the power is gone
         }
         if (faulty.Failures() == 0) break;
       }

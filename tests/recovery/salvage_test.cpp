@@ -168,7 +168,7 @@ TEST_F(Salvage, FrameWithAWrongLengthIsLostAloneAndNamedOrRestored) {
 }
 
 // Of a block that was never closed, where only the signs of frames lead on.
-TEST_F(Salvage, StampOutOfOrderIsReplacedAndAGapOfDaysIsKept) {
+TEST_F(Salvage, StampOutOfOrderIsReplacedButNeitherAGapOfDaysNorAStepBackForGood) {
   constexpr DWORD kTwelveDays = 12U * 24 * 60 * 60 * 1000;
   Frames frames(m_frames.begin(), m_frames.begin() + 20);
   frames[10].time_stamp += kTwelveDays;
@@ -182,26 +182,20 @@ TEST_F(Salvage, StampOutOfOrderIsReplacedAndAGapOfDaysIsKept) {
   for (std::size_t i = 10; i < frames.size(); ++i) frames[i].time_stamp += kTwelveDays;
   EXPECT_EQ(Run(MakeRecording(frames, false)), frames);
   EXPECT_EQ(m_report.hole_count + m_report.restored_count, 0U);
-}
 
-TEST_F(Salvage, StampsThatStepBackForGoodGoOnInAFurtherFile) {
-  Frames frames(m_frames.begin(), m_frames.begin() + 20);
-  for (std::size_t i = 10; i < frames.size(); ++i) frames[i].time_stamp -= 300;
+  // Those that step back for good go on in a further file.
+  for (std::size_t i = 10; i < frames.size(); ++i) frames[i].time_stamp -= kTwelveDays + 300;
   EXPECT_EQ(Run(MakeRecording(frames, false)), frames);
   ASSERT_EQ(m_report.files.size(), 2U);
   EXPECT_EQ(m_report.files[1].path, "saved_2");
 }
 
 // What stands where the chain leads may be no block header.
-TEST_F(Salvage, BlockHeaderThatIsMissingCostsNoFrame) {
-  const std::size_t block = BlockOffsets(m_whole)[1];
-  std::string broken = m_whole;
-  EXPECT_EQ(Run(broken.erase(block, 16)), m_frames);
-  EXPECT_EQ(Run(Without(block, block + 16)), m_frames);
-}
-
-TEST_F(Salvage, DamageInABlockWithoutAHeaderReachesNoOtherBlock) {
+TEST_F(Salvage, BlockHeaderThatIsMissingCostsNoFrameAndNoOtherBlock) {
   const std::size_t second = BlockOffsets(m_whole)[1];
+  std::string without = m_whole;
+  EXPECT_EQ(Run(without.erase(second, 16)), m_frames);
+  EXPECT_EQ(Run(Without(second, second + 16)), m_frames);
   const auto frames = std::ranges::upper_bound(m_ends, second) - m_ends.begin();
   for (std::size_t begin = m_first_block; begin + 20 < second; begin += 3) {
     std::string broken = Without(m_first_block - 20, m_first_block + 13, '\xFF');
@@ -235,13 +229,10 @@ TEST_F(Salvage, TakesNoFileOfOthersAndLeavesNoneThatItDoesNotName) {
   }
 }
 
-TEST_F(Salvage, LostBeginningStartsAtTheNextIFrame) {
+TEST_F(Salvage, LostBeginningStartsAtTheNextIFrameWithTheTimesAndNamesOfTheHeader) {
   // Header and the first seven frames are gone; with them the first I-frame's group.
   EXPECT_EQ(Run(Without(0, m_ends[6])), WithoutFrames(0, 10));
   EXPECT_EQ(m_report.lost_frames, 3U);
-}
-
-TEST_F(Salvage, TimesAndNamesOfTheHeaderAreKept) {
   // 30 frames of 40 ms are missing at the beginning, 29 at the end.
   Run(Without(m_first_block + 16, m_ends[29]).substr(0, m_ends[100]));
   EXPECT_EQ(ParseRecording(m_disk.Get("saved")).m_header,
@@ -252,12 +243,11 @@ TEST_F(Salvage, TimesAndNamesOfTheHeaderAreKept) {
 
 TEST_F(Salvage, FramesLargerThanTheUsualBufferAreNotCut) {
   // The writer of the test has small buffers: put the large frame in by hand.
-  const std::vector<TestFrame> few(m_frames.begin(), m_frames.begin() + 8);
-  TestFrame large{1, 0xC020, few[3].time_stamp, std::string(700000, 'v'), std::string(99999, 's')};
+  const Frames few(m_frames.begin(), m_frames.begin() + 8);
   std::string bytes = MakeRecording(few, false);
   bytes.replace(m_ends[2], m_ends[3] - m_ends[2],
-                Hex("0100 20C0") + Little(large.time_stamp) + Little(700000) + Little(99999) +
-                    large.video + large.speech);
+                Hex("0100 20C0") + Little(few[3].time_stamp) + Little(700000) + Little(99999) +
+                    std::string(700000, 'v') + std::string(99999, 's'));
   Run(bytes);
   EXPECT_NE(m_disk.Get("saved").find(bytes.substr(m_first_block + 16)), std::string::npos);
   EXPECT_EQ(ParseRecording(m_disk.Get("saved")).m_videos.size(), 8U);

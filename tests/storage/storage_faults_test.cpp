@@ -4,7 +4,6 @@
 
 #include "capture/zebx.h"
 #include "platform/framework/archive.h"
-#include "platform/framework/error_report.h"
 #include "platform/framework/mem_file.h"
 #include "storage/database_format.h"
 #include "storage/dbs.h"
@@ -30,10 +29,7 @@ class StorageFaults : public DiskTest {
     OpenForSave(false);
     Close();
     m_list = List();
-    SetErrorSink([](const std::exception&) {});
   }
-
-  ~StorageFaults() override { SetErrorSink(nullptr); }
 
   // A new disk with a database "list" of d:\dvr\, which recycles, and e:\, each with some days, and
   // with what is others'.

@@ -81,13 +81,11 @@ TEST_F(ZebtoolSnapshot, IsUprightInItsColoursWithItsTrailer) {
   EXPECT_GT(top[0], top[2] + 60);  // blue comes first
   EXPECT_EQ(image.GetCameraName() + image.GetBoardName() + image.GetHostName(), "gatebh");
   EXPECT_EQ(image.GetTimeStamp(), CTime(2024, 5, 1, 8, 30, 1).GetTime());
-}
 
-TEST_F(ZebtoolSnapshot, WithoutASignalSaysSo) {
-  auto frames = MakeFrames(3);
-  for (TestFrame& frame : frames) frame.flags |= kFrameVideoLost;
+  auto frames = MakeFrames(1);
+  frames[0].flags |= kFrameVideoLost;
   WriteWholeFile(m_recording, MakeRecording(frames));
-  ExpectFailure(Take({}), "no signal");
+  ExpectFailure(Take({"--force"}), "no signal");
 }
 
 class ZebtoolFace : public testing::Test {

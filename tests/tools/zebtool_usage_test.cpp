@@ -1,7 +1,15 @@
-// Wrong command lines and jobs that cannot begin: which status, and whether the text helps.
+// What the tool says and takes: wrong command lines, jobs that cannot begin, help, moments, numbers
+// and rates as text.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "tests/tools/tool_fixture.h"
+#include "tools/zebtool/console/json_text.h"
+#include "tools/zebtool/console/text.h"
+#include "tools/zebtool/media/frame_rate.h"
+
+using namespace zebtool;
 
 namespace {
 
@@ -86,10 +94,44 @@ TEST_F(ZebtoolJob, WhoseReportIsNotTakenEndsWithOne) {
   std::istringstream in;
   std::ostringstream err;
   std::ofstream full("/dev/full");
-  zebtool::Console console{in, full, err};
+  Console console{in, full, err};
   const std::vector<std::string> arguments = {"info", m_good};
-  EXPECT_EQ(zebtool::RunZebtool(arguments, console), 1);
+  EXPECT_EQ(RunZebtool(arguments, console), 1);
   EXPECT_TRUE(Contains(err.str(), "cannot write the standard output")) << err.str();
+}
+
+TEST(Text, MomentsAreTakenInThreeFormsAndNoOther) {
+  const CTime begin(2024, 5, 1, 8, 30, 0);
+  EXPECT_EQ(ParseMomentMs("2024-05-01 08:31:00", begin), 60000);
+  EXPECT_EQ(ParseMomentMs("08:29:59", begin), -1000);
+  EXPECT_EQ(ParseMomentMs("+1.5", begin), 1500);
+  EXPECT_EQ(ParseMomentMs("+0.007", begin), 7);
+  for (const char* text : {"", "+", "+1.", "+1.2345", "-1", "8:30:00", "24:00:00", "2024-05-01",
+                           "2024-04-31 00:00:00", "1969-01-01 00:00:00", "+99999999999"}) {
+    EXPECT_EQ(ParseMomentMs(text, begin), std::nullopt) << text;
+  }
+}
+
+TEST(JsonText, TakesWhateverNamesHold) {
+  EXPECT_EQ(JsonText({{"a\"\n\x7F\xC3\xBC", Json::array({"\xFF", 1})}}),
+            "{\n  \"a\\\"\\n\x7F\xC3\xBC\": [\n    \"\xC3\xBF\",\n    1\n  ]\n}");
+}
+
+TEST(FrameRate, WellKnownRatesAreFoundBehindWholeMilliseconds) {
+  for (const FrameRate& rate : {FrameRate{25, 1}, {30, 1}, {30000, 1001}, {25, 2}, {1, 1}}) {
+    const FrameRate found = RateOfIntervals(rate.Begin(1000, 1000), 1000);
+    EXPECT_EQ(std::pair(found.frames, found.seconds), std::pair(rate.frames, rate.seconds));
+  }
+  EXPECT_NEAR(RateOfIntervals(1000 * 77, 1000).PerSecond(), 1000.0 / 77, 1e-9);
+  EXPECT_EQ(RateOfIntervals(0, 0).frames, 25U);
+}
+
+TEST(FrameRate, LongRecordingsStayExact) {
+  const FrameRate ntsc{30000, 1001};
+  constexpr ULONGLONG kDayOfFrames = 2589409;  // 30000 / 1001 a second, rounded down
+  EXPECT_EQ(ntsc.Begin(kDayOfFrames * 30000, 1000), kDayOfFrames * 1001 * 1000);
+  const FrameRate finest{16777213, 16777216};
+  EXPECT_EQ(finest.Begin(16777212, 8000), ULONGLONG{16777212} * 16777216 * 8000 / 16777213);
 }
 
 }  // namespace

@@ -67,4 +67,17 @@ TEST_F(FileFind, TellsLengthWriteTimeAndReadOnlyMarkUntilTheFileGoes) {
   EXPECT_EQ(finder.GetLength() + finder.GetLastWriteTime().GetTime(), 0U);
 }
 
+// Bytes from 0x80 come behind ASCII whatever the compiler's char is.
+TEST_F(FileFind, GoesByNameWhateverTheCaseAndTakesALinkForAFile) {
+  for (const char* name : {"b.zebz", "A.zebz", "C.zebz", "a", "~", "!", "_", "aa", "\xC3\x84"}) {
+    m_drive.MakeFile(name);
+  }
+  m_drive.MakeDirectory("B");
+  std::filesystem::create_directory_symlink(m_drive.File("B"), m_drive.File("link"));
+  std::filesystem::create_symlink(m_drive.File("none"), m_drive.File("broken"));
+  const Paths names = {"d:!",      "d:_",      "d:a",      "d:A.zebz", "d:aa", "d:B/",
+                       "d:b.zebz", "d:broken", "d:C.zebz", "d:link",   "d:~",  "d:\xC3\x84"};
+  EXPECT_EQ(Walk("d:*.*"), names);
+}
+
 }  // namespace

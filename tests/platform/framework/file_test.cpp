@@ -40,7 +40,6 @@ constexpr UINT kRead = CFile::kModeRead | CFile::kShareDenyNone;
 std::span<const BYTE> Bytes(std::string_view text) {
   return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
 }
-
 std::string ReadText(CFile& file, std::size_t count) {
   std::string text(count, '\0');
   text.resize(file.Read({reinterpret_cast<BYTE*>(text.data()), count}));
@@ -164,7 +163,7 @@ TEST_F(FileTest, ReservesAheadWithoutAChangeOfLengthAndGivesBackAtTheEnd) {
   }
 }
 
-TEST_F(FileTest, SharesOnlyWhenBothSidesDo) {
+TEST_F(FileTest, SharesOnlyWhenBothSidesDoAndRefusesWhatIsNoRegularFile) {
   WriteWholeFile(m_path, "bytes");
   constexpr UINT kExclusive = CFile::kModeReadWrite | CFile::kShareExclusive;
   {
@@ -176,9 +175,7 @@ TEST_F(FileTest, SharesOnlyWhenBothSidesDo) {
   ASSERT_EQ(alone.Open(m_path, kExclusive), 1);
   EXPECT_EQ(CauseOfOpening(m_path, kCreate), Cause::kSharingViolation);
   EXPECT_EQ(ReadWholeFile(m_path), "bytes");  // refused before it was emptied
-}
 
-TEST_F(FileTest, RefusesWhatIsNoRegularFileWithoutWaiting) {
   ASSERT_EQ(mkfifo(m_drive.File("pipe").c_str(), 0666), 0);
   EXPECT_EQ(CauseOfOpening(m_drive.File("pipe"), kRead), Cause::kAccessDenied);
   EXPECT_EQ(CauseOfOpening(m_drive.Root(), kCreate), Cause::kAccessDenied);
