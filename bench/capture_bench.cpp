@@ -80,7 +80,7 @@ class Cameras {
         const tag_ZEBCAMERAID id = {board, camera};
         Require(zebxOpenCamera(&id, 0, nullptr, &masks, nullptr, &m_show) == 1,
                 "cannot open a camera");
-        m_cameras.push_back(GetCaptureApp().FindCamera(&id));
+        m_cameras.push_back(GetCaptureApp().FindCamera(&id).get());
       }
     }
   }

@@ -75,18 +75,21 @@ bool CCaptureCamera::StartStreams(const Live& live) {
     m_live = nullptr;
     return false;
   }
+  if (GetLive() != live) return true;
   noxdevChStartPreviewVideo(m_device, m_device_channel, window, 0);
-  if (has_second_stream) StartStream(1);
+  if (!has_second_stream) return true;
+  StartStream(1);
+  if (GetLive() != live) StopStream(1);
   return true;
 }
 
 bool CCaptureCamera::StartStream(DWORD stream) {
-  // It still runs when the device refused to stop it.
-  if (m_runs[stream]) StopStream(stream);
   const DWORD channel = m_device_channel + kSecondStreamOffset * stream;
-  if (noxdevChStart(m_device, channel, 0, ChannelCallback, this) != 0) return false;
-  m_runs[stream] = true;
-  return true;
+  // It runs already when the device refused to stop it.
+  const bool has_run = m_runs[stream].exchange(true);
+  if (noxdevChStart(m_device, channel, 0, ChannelCallback, this) == 0) return true;
+  m_runs[stream] = has_run;
+  return false;
 }
 
 void CCaptureCamera::StopStream(DWORD stream) {
@@ -104,9 +107,10 @@ int CCaptureCamera::Close() {
     if (m_live == nullptr || m_is_closing) return 1;
     m_is_closing = true;
   }
+  const bool has_second_stream = HasSecondStream();
   DeleteAllMasks();
   StopStream(0);
-  if (HasSecondStream()) StopStream(1);
+  if (has_second_stream) StopStream(1);
   Live live;
   CShowParam* show = nullptr;
   {

@@ -21,13 +21,18 @@ int CCaptureApp::Initialize(DWORD start_up_word, ZEBX_NOTIFY_PROC notify, std::u
     noxdevInvalidate();
     return 0;
   }
+  m_device_directory = device_directory;
   m_user_data = user_data;
   m_notify = notify;
   m_host_window = host_window;
-  m_device_directory = device_directory;
   m_is_initialized = 1;
   m_board_count = 0;
-  CreateDevices(device_count);
+  try {
+    CreateDevices(device_count);
+  } catch (...) {
+    Close();
+    throw;
+  }
   return 1;
 }
 
@@ -53,7 +58,7 @@ CCaptureBoard* CCaptureApp::FindBoard(DWORD board) const {
   return device == nullptr ? nullptr : device->FindBoard(board);
 }
 
-CCaptureCamera* CCaptureApp::FindCamera(const tag_ZEBCAMERAID* id) const {
+std::shared_ptr<CCaptureCamera> CCaptureApp::FindCamera(const tag_ZEBCAMERAID* id) const {
   const CCaptureBoard* board = id == nullptr ? nullptr : FindBoard(id->m_board);
   return board == nullptr ? nullptr : board->FindCamera(CameraIdWord(*id));
 }

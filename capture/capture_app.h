@@ -27,7 +27,8 @@ class CCaptureApp {
 
   // Readies the device library and creates all devices that it can, at most kMaxDevices. 1 also
   // when there are none, and when the library is initialised already: nothing changes then. 0 when
-  // the device library does not get ready or does not count its devices.
+  // the device library does not get ready or does not count its devices. Throws std::bad_alloc,
+  // not initialised then.
   int Initialize(DWORD start_up_word, ZEBX_NOTIFY_PROC notify, std::uintptr_t user_data,
                  HWND host_window, const CString& device_directory);
   // Closes all devices and forgets what Initialize was given. Database and watermark stay.
@@ -39,8 +40,9 @@ class CCaptureApp {
   // The device that covers a board and the board itself, or null. Borrowed; valid until Close.
   CCaptureDevice* FindDevice(DWORD board) const;
   CCaptureBoard* FindBoard(DWORD board) const;
-  // The camera of an open board, or null, also for null. Borrowed; valid until its board closes.
-  CCaptureCamera* FindCamera(const tag_ZEBCAMERAID* id) const;
+  // The camera of an open board, or null, also for null. Whoever keeps it longer than its board is
+  // open has one that is unbound.
+  std::shared_ptr<CCaptureCamera> FindCamera(const tag_ZEBCAMERAID* id) const;
   // Lets every device draw again after the display surfaces were restored.
   void RestoreDevices() const;
 

@@ -2,8 +2,8 @@
 // one frame size and speed.
 #pragma once
 
+#include <list>
 #include <memory>
-#include <vector>
 
 #include "platform/framework/types.h"
 
@@ -14,6 +14,10 @@ namespace zebx {
 
 // The code of the second board of a device carries this bit.
 inline constexpr BYTE kSecondBoardBit = 0x80;
+
+// Shared with the host's calls that are under way: what comes in while one of them waits for a
+// channel may close the board. Moving cameras from list to list takes no memory.
+using CameraList = std::list<std::shared_ptr<CCaptureCamera>>;
 
 }  // namespace zebx
 
@@ -29,15 +33,15 @@ class CCaptureBoard {
   CCaptureBoard& operator=(const CCaptureBoard&) = delete;
 
   // Creates the cameras and binds them. The device is borrowed until Close. 0, with nothing
-  // changed, when the board is open already.
+  // changed, when the board is open already. Throws std::bad_alloc, with nothing changed.
   int Open(const CCaptureDevice* device, DWORD frame_size, DWORD speed);
-  // Destroys the cameras. Channels that still run are not stopped: close the cameras first. Cameras
-  // that such channels may call are unbound and handed over.
-  void Close(std::vector<std::unique_ptr<CCaptureCamera>>& left);
+  // Lets go of the cameras. Channels that still run are not stopped: close the cameras first.
+  // Cameras that such channels may call are unbound and appended to `left`.
+  void Close(zebx::CameraList& left);
   bool IsOpen() const { return m_device != nullptr; }
 
-  // The camera with that identity (CameraIdWord), or null. Borrowed; valid until Close.
-  CCaptureCamera* FindCamera(DWORD id_word) const;
+  // The camera with that identity (CameraIdWord), or null.
+  std::shared_ptr<CCaptureCamera> FindCamera(DWORD id_word) const;
 
   // Gives the speed to every camera, unless it is the speed already.
   void SetSpeed(DWORD speed);
@@ -47,7 +51,7 @@ class CCaptureBoard {
   const CCaptureDevice* GetDevice() const { return m_device; }
   DWORD GetBoardIndex() const { return m_board_index; }
   DWORD GetChannelBase() const { return m_channel_base; }
-  DWORD GetCameraCount() const { return static_cast<DWORD>(m_cameras.size()); }
+  DWORD GetCameraCount() const { return m_camera_count; }
   // Frame size and speed of the last opening; kNoFrameSize and 0 before the first.
   DWORD GetFrameSize() const { return m_frame_size; }
   DWORD GetSpeed() const { return m_speed; }
@@ -57,9 +61,10 @@ class CCaptureBoard {
 
  private:
   const CCaptureDevice* m_device = nullptr;
-  std::vector<std::unique_ptr<CCaptureCamera>> m_cameras;  // all null while closed
+  zebx::CameraList m_cameras;  // empty while closed
   const DWORD m_board_index;
   const DWORD m_channel_base;
+  const DWORD m_camera_count;
   DWORD m_frame_size = kNoFrameSize;
   DWORD m_speed = 0;
   const BYTE m_board_type;

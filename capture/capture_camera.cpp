@@ -4,8 +4,10 @@
 #include "capture/capture_device.h"
 #include "capture/channel_config.h"
 #include "capture/live_stream.h"
+#include "capture/mask_info.h"
 #include "capture/mask_list.h"
 #include "capture/picture_formats.h"
+#include "capture/video_color.h"
 #include "image/image.h"
 #include "record/zeb_frame_data.h"
 
@@ -59,11 +61,15 @@ int CCaptureCamera::SetShowType(DWORD show_type) {
 int CCaptureCamera::AddMask(CMaskInfo* mask) {
   const Live live = GetLive();
   if (live == nullptr || mask == nullptr) return 0;
+  CMaskList& own = *live->m_data.GetMaskList();
+  // Made before the device has the area, which could not be taken back alone.
+  CObList longer(own);
+  if (own.IsMaskInfo(mask) == 0) longer.AddTail(mask);
   const tag_MASKAREA area = ToMaskArea(*mask);
   if (noxdevChAddMaskArea(m_device, m_device_channel, &area) != 0) return 0;
   const std::lock_guard lock(m_mutex);
-  // Not when the host closed the camera meanwhile.
-  return m_live == live ? live->m_data.GetMaskList()->AddMaskInfo(mask) : 0;
+  own.CObList::Swap(longer);
+  return 1;
 }
 
 int CCaptureCamera::DeleteAllMasks() {
@@ -73,6 +79,24 @@ int CCaptureCamera::DeleteAllMasks() {
   CMaskList removed;  // destroyed without the lock
   const std::lock_guard lock(m_mutex);
   live->m_data.GetMaskList()->Swap(removed);
+  return 1;
+}
+
+int CCaptureCamera::SetColor(const CVideoColor& color) const {
+  const tag_DEVCOLOR record = ToDeviceColor(color);
+  return noxdevChSetVideoColor(m_device, m_device_channel, &record) == 0 ? 1 : 0;
+}
+
+int CCaptureCamera::GetColor(CVideoColor& color) const {
+  tag_DEVCOLOR record{};
+  if (noxdevChGetVideoColor(m_device, m_device_channel, &record) != 0) return 0;
+  const LONG words[] = {record.m_component_0, record.m_component_1, record.m_component_2,
+                        record.m_component_3};
+  // First the low 16 bits of each word, then the limits, on purpose.
+  DWORD component = 0;
+  for (const LONG word : words) {
+    color.SetValue(static_cast<std::int16_t>(word), tag_VCLR{component++});
+  }
   return 1;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -47,9 +48,10 @@ struct LiveStream;
 //      +--ResetBinding---+---------------+   (unbound, with its live data)
 //
 // Open, Close and whatever else the host asks for are called by one thread at a time, also from
-// inside the host's callback. The channel calls on threads of the device library meanwhile; every
-// such call works on a camera that is bound and open or leaves it alone. Results are those of
-// zebx.h.
+// inside the host's callback, and inside one another: while the device library starts or stops the
+// channel, frames and messages come in for which the host may close camera, board and library. The
+// channel calls on threads of the device library meanwhile; every such call works on a camera that
+// is bound and open or leaves it alone. Results are those of zebx.h.
 class CCaptureCamera {
  public:
   CCaptureCamera();
@@ -102,6 +104,9 @@ class CCaptureCamera {
   // Removes all masks of an open camera; always 1.
   int DeleteAllMasks();
 
+  // Give the channel a colour, and take what the channel has. Open or not.
+  int SetColor(const CVideoColor& color) const;
+  int GetColor(CVideoColor& color) const;
   // A still picture of the board's show size. Open or not.
   int GetPicture(CImage* image) const;
   // Writes the frames of the channel's pre-alarm buffer into the file. Open or not.
@@ -147,7 +152,6 @@ class CCaptureCamera {
   bool m_is_closing = false;
   zebx::CaptionTexts m_caption_texts;  // memory that every caption uses again
 
-  // The host's calls only: whether the device library may call for the channel and for the second
-  // stream.
-  std::array<bool, 2> m_runs = {};
+  // Whether the device library may call for the channel and for the second stream.
+  std::array<std::atomic<bool>, 2> m_runs = {};
 };

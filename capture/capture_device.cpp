@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <iterator>
+#include <new>
 #include <optional>
 
-#include "capture/capture_board.h"
 #include "capture/capture_camera.h"
 
 using namespace zebx;
@@ -37,11 +38,11 @@ std::optional<DWORD> OpenMode(DWORD frame_size) {
   return std::nullopt;
 }
 
-using Cameras = std::vector<std::unique_ptr<CCaptureCamera>>;
-
-void KeepForever(Cameras& cameras) {
-  static auto& kept = *new Cameras;
-  std::move(cameras.begin(), cameras.end(), std::back_inserter(kept));
+// Takes no memory, as nothing that closes does.
+void KeepForever(CameraList& cameras) {
+  alignas(CameraList) static std::byte place[sizeof(CameraList)];
+  static auto& kept = *new (place) CameraList;
+  kept.splice(kept.end(), cameras);
 }
 
 }  // namespace
@@ -64,13 +65,13 @@ int CCaptureDevice::Create(DWORD number, DWORD& board_count) {
   const DWORD channels = m_capability.m_channels & zebdev::kDeviceChannelsMask;
   m_board_count = channels == kChannelsOfTwoBoards ? 2 : 1;
   m_first_board = board_count;
-  board_count += m_board_count;
   BYTE board_type = BoardTypeCode(m_capability.m_device_type);
   for (DWORD i = 0; i < m_board_count; ++i) {
     if (i > 0) board_type |= kSecondBoardBit;
     m_boards[i] = std::make_unique<CCaptureBoard>(board_type, m_first_board + i,
                                                   kChannelsPerBoard * i, channels / m_board_count);
   }
+  board_count += m_board_count;
   return 1;
 }
 
@@ -90,8 +91,14 @@ int CCaptureDevice::OpenBoard(DWORD board, DWORD frame_size, DWORD speed,
   if (m_handle == nullptr || !Covers(board)) return 0;
   CCaptureBoard* found = FindBoard(board);
   if (found == nullptr) return 0;
-  if (!IsAnyBoardOpen() && !Start(frame_size, directory)) return 0;
-  found->Open(this, frame_size, speed);
+  const bool is_first = !IsAnyBoardOpen();
+  if (is_first && !Start(frame_size, directory)) return 0;
+  try {
+    found->Open(this, frame_size, speed);
+  } catch (...) {
+    if (is_first) noxdevCloseDevice(m_handle);
+    throw;
+  }
   return 1;
 }
 

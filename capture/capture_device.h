@@ -3,12 +3,9 @@
 
 #include <array>
 #include <memory>
-#include <vector>
 
+#include "capture/capture_board.h"
 #include "platform/zebdev/zebdev.h"
-
-class CCaptureBoard;
-class CCaptureCamera;
 
 // Owned by CCaptureApp. Owns its boards and its handle; the device runs while at least one of its
 // boards is open. Cameras that were open when their board closed belong to it until its handle is
@@ -29,7 +26,8 @@ class CCaptureDevice {
 
   // Takes hold of the device with that number and creates its boards, numbered on from
   // `board_count`, which grows by their number. 0, with `board_count` as it was, when there is a
-  // handle already or the device cannot be created or does not tell its capability.
+  // handle already or the device cannot be created or does not tell its capability. Throws
+  // std::bad_alloc, with `board_count` as it was.
   int Create(DWORD number, DWORD& board_count);
   // Closes and destroys the boards and gives the handle back.
   void Close();
@@ -37,7 +35,8 @@ class CCaptureDevice {
   // Opens a board; `directory` is the device directory without its last backslash. The first board
   // of the device starts the device and takes one of four frame sizes; the other one may then take
   // any. 0 without a handle, for a board elsewhere, for another frame size on the first, and when
-  // the device does not start. Opening an open board answers 1 and changes nothing.
+  // the device does not start. Opening an open board answers 1 and changes nothing. Throws
+  // std::bad_alloc, with nothing changed.
   int OpenBoard(DWORD board, DWORD frame_size, DWORD speed, const CString& directory);
   // Closes a board, and the device with its last open one. 0 for a board elsewhere; a closed board
   // and a device without a handle are no failure.
@@ -64,5 +63,5 @@ class CCaptureDevice {
   std::array<std::unique_ptr<CCaptureBoard>, 2> m_boards;
   NoxdevHandle m_handle = nullptr;
   tag_DEVICECAP m_capability = {};
-  std::vector<std::unique_ptr<CCaptureCamera>> m_left_cameras;
+  zebx::CameraList m_left_cameras;
 };

@@ -3,6 +3,7 @@
 #include "capture/capture_app.h"
 #include "capture/capture_board.h"
 #include "capture/capture_device.h"
+#include "capture/guarded.h"
 #include "platform/zebdev/zebdev.h"
 
 using namespace zebx;
@@ -25,8 +26,10 @@ const CCaptureDevice* FindDeviceByFirstBoard(WORD board) {
 
 int zebxInitZebx(DWORD start_up_word, ZEBX_NOTIFY_PROC notify, std::uintptr_t user_data,
                  HWND host_window, const char* device_directory) {
-  return GetCaptureApp().Initialize(start_up_word, notify, user_data, host_window,
-                                    device_directory == nullptr ? "" : device_directory);
+  return Guarded([&] {
+    return GetCaptureApp().Initialize(start_up_word, notify, user_data, host_window,
+                                      device_directory == nullptr ? "" : device_directory);
+  });
 }
 
 void zebxCloseZebx() {
@@ -70,7 +73,8 @@ int zebxOpenBoard(WORD board, DWORD frame_size, DWORD speed) {
   const CCaptureApp& app = GetCaptureApp();
   CCaptureDevice* device = app.IsInitialized() ? app.FindDevice(board) : nullptr;
   if (device == nullptr) return 0;
-  return device->OpenBoard(board, frame_size, speed, app.GetDeviceDirectory());
+  return Guarded(
+      [&] { return device->OpenBoard(board, frame_size, speed, app.GetDeviceDirectory()); });
 }
 
 int zebxCloseBoard(WORD board) {

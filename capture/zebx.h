@@ -3,7 +3,9 @@
 //
 // Results are 1 for success and 0 for failure unless said otherwise. Boards are numbered from 0
 // over all devices; a board that no device has, and a camera on such a board, is a failure. So is a
-// null pointer. The host's thread only, and the host's callback (see notify.h).
+// null pointer. A function that runs out of memory reports that, and fails with nothing changed
+// but the show settings that a camera was given. The host's thread only, and the host's callback
+// (see notify.h).
 #pragma once
 
 #include "capture/notify.h"

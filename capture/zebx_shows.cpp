@@ -1,11 +1,13 @@
 // The zebx functions that choose how large a picture each camera of a board previews.
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 #include "capture/capture_app.h"
 #include "capture/capture_board.h"
 #include "capture/capture_camera.h"
 #include "capture/display_balance.h"
+#include "capture/guarded.h"
 #include "capture/show_param.h"
 #include "capture/zebx.h"
 #include "platform/os/debug_output.h"
@@ -16,7 +18,7 @@ using namespace zebx;
 namespace {
 
 // Null while the board is closed, too.
-CCaptureCamera* FindCamera(DWORD board, DWORD camera) {
+std::shared_ptr<CCaptureCamera> FindCamera(DWORD board, DWORD camera) {
   const tag_ZEBCAMERAID id = {static_cast<WORD>(board), static_cast<WORD>(camera)};
   return GetCaptureApp().FindCamera(&id);
 }
@@ -35,21 +37,13 @@ CameraShow LookAt(const CCaptureCamera& camera) {
 tag_BOARDSHOWSTATE LookAt(const CCaptureBoard& board) {
   std::vector<CameraShow> cameras(std::min(board.GetCameraCount(), kBalancedCameras));
   for (DWORD j = 0; j < cameras.size(); ++j) {
-    const CCaptureCamera* camera = FindCamera(board.GetBoardIndex(), j);
+    const auto camera = FindCamera(board.GetBoardIndex(), j);
     if (camera != nullptr) cameras[j] = LookAt(*camera);
   }
   return MakeBoardShowState(board.GetBoardType(), cameras);
 }
 
-}  // namespace
-
-int zebxSetShowType(const tag_ZEBCAMERAID* id, DWORD show_type) {
-  CCaptureCamera* camera = GetCaptureApp().FindCamera(id);
-  return camera == nullptr ? 0 : camera->SetShowType(show_type);
-}
-
-int zebxRefreshShow(const tag_ZEBCAMERAID* focus) {
-  if (focus == nullptr) return 0;
+int RefreshShow(tag_ZEBCAMERAID focus) {
   const CCaptureApp& app = GetCaptureApp();
   const DWORD board_count = app.GetBoardCount();
   if (board_count == 0) return 1;
@@ -64,7 +58,7 @@ int zebxRefreshShow(const tag_ZEBCAMERAID* focus) {
   }
   if (board_type == 0) return 0;
 
-  const DisplayBalance balance = BalanceDisplay(records, board_count, board_type, *focus);
+  const DisplayBalance balance = BalanceDisplay(records, board_count, board_type, focus);
   for (DWORD b = 0; b < balance.m_show_types.size(); ++b) {
     const auto& show_types = balance.m_show_types[b];
     if (balance.m_has_picked) {
@@ -72,9 +66,15 @@ int zebxRefreshShow(const tag_ZEBCAMERAID* focus) {
                             std::to_string(show_types[0]) + "\n");
     }
     for (DWORD j = 0; j < show_types.size(); ++j) {
-      CCaptureCamera* camera = FindCamera(b, j);
+      const auto camera = FindCamera(b, j);
       if (camera != nullptr) camera->SetShowType(show_types[j]);
     }
   }
   return 1;
+}
+
+}  // namespace
+
+int zebxRefreshShow(const tag_ZEBCAMERAID* focus) {
+  return focus == nullptr ? 0 : Guarded([&] { return RefreshShow(*focus); });
 }

@@ -118,7 +118,7 @@ class Host {
       mask->SetMBRect(&blocks, tag_FRAMESIZE{kFrameSize});
       m_masks.AddMaskInfo(mask.release());
     }
-    m_camera = GetCaptureApp().FindCamera(&m_id);
+    m_camera = GetCaptureApp().FindCamera(&m_id).get();
     m_handle = reinterpret_cast<std::uintptr_t>(m_camera->GetDeviceHandle());
   }
 

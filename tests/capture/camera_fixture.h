@@ -30,9 +30,12 @@ class CameraLibrary : public CaptureLibrary {
     zebx::zebdev::SetDrive(zebx::zebdev::Drive::kStepped);
     Start();
   }
-  void Start() {
+  int Initialize() {
     const auto user_data = reinterpret_cast<std::uintptr_t>(this);
-    ASSERT_EQ(zebxInitZebx(7, Listen, user_data, nullptr, "d:\\dev"), 1);
+    return zebxInitZebx(7, Listen, user_data, nullptr, "d:\\dev");
+  }
+  void Start() {
+    ASSERT_EQ(Initialize(), 1);
     ASSERT_EQ(zebxOpenBoard(0, kPalHalf, 25), 1);
     TakeCalls();
   }

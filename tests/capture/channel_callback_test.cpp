@@ -212,7 +212,7 @@ TEST_F(ChannelCallback, FacesBecomeTheHosts) {
   EXPECT_EQ(seen, 3);
   // Without a callback the library destroys them, as the address sanitizer sees.
   zebxCloseZebx();
-  ASSERT_EQ(Initialize() & zebxOpenBoard(0, kPalHalf, 25) & Open(), 1);
+  ASSERT_EQ(CaptureLibrary::Initialize() & zebxOpenBoard(0, kPalHalf, 25) & Open(), 1);
   bring(FacePacket(1, {{4, 2}}));
 }
 

@@ -72,7 +72,7 @@ TEST_F(ZebxBoard, HasACameraOnEveryChannelWhileOpen) {
   ASSERT_NE(board, nullptr);
   EXPECT_EQ(zebxOpenBoard(2, 3, 25), 1);
   for (WORD camera = 0; camera < 4; ++camera) {
-    const CCaptureCamera* found = board->FindCamera(2U | DWORD{camera} << 16);
+    const auto found = board->FindCamera(2U | DWORD{camera} << 16);
     ASSERT_NE(found, nullptr);
     EXPECT_EQ(found->GetDeviceChannel(), 4U + camera);
   }

@@ -66,8 +66,13 @@ bool ChannelRun::CurrentPicture(noxcodec::Picture& picture) {
   const CallGate::Stay stay(m_gate);
   if (!stay || (m_parts.m_source != nullptr && m_parts.m_source->IsCompressed())) return false;
   if (m_turn.TakeForLook()) {
-    Frame frame(CopySettings());
-    See(m_time_ms, frame);
+    try {
+      Frame frame(CopySettings());
+      See(m_time_ms, frame);
+    } catch (...) {
+      ReleaseTurn();  // or nobody would ever have it again
+      throw;
+    }
     ReleaseTurn();
   }
   return latest.CopyTo(picture);

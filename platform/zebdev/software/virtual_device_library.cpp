@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <stdexcept>
 
 #include "platform/framework/error_report.h"
@@ -244,7 +245,12 @@ int VirtualDeviceLibrary::StartChannel(NoxdevHandle device, DWORD channel, DWORD
       const std::lock_guard lock(m_mutex);
       drive = m_drive;
     }
-    return found.Start(callback, context, drive);
+    try {
+      return found.Start(callback, context, drive);
+    } catch (const std::bad_alloc& failure) {
+      ReportError(failure);
+      return false;
+    }
   };
   return CallOnChannel(Function::kChStart, device, channel, start, reserved);
 }
