@@ -35,6 +35,10 @@ class GuardedSource final : public ChannelSource {
     const std::lock_guard lock(m_mutex);
     return m_source->DrawPicture(time_ms, picture);
   }
+  bool IsRepeated() const override {
+    const std::lock_guard lock(m_mutex);
+    return m_source->IsRepeated();
+  }
   bool IsCompressed() const override {
     const std::lock_guard lock(m_mutex);
     return m_source->IsCompressed();

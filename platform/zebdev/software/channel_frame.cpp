@@ -35,6 +35,7 @@ struct ChannelRun::Frame {
   DWORD m_time_stamp = os::GetTickCount();
   bool m_has_picture = false;
   bool m_is_lost = false;
+  bool m_is_repeated = false;
   bool m_is_alarm = false;
   DWORD m_faces = 0;
   std::span<const std::int16_t> m_samples;
@@ -99,6 +100,7 @@ void ChannelRun::See(ULONGLONG time_ms, Frame& frame) {
   if (frame.m_is_lost) {
     Blacken(m_picture);
   } else {
+    frame.m_is_repeated = source->IsRepeated();
     const tag_DEVCOLOR& color = frame.m_settings.m_color;
     if (!m_applied_color || !AreSame(*m_applied_color, color)) {
       m_applied_color = color;
@@ -119,13 +121,13 @@ void ChannelRun::LookForMotion(Frame& frame) {
   DWORD moved = 0;
   if (masks.Count() == 0 || !frame.m_has_picture || frame.m_is_lost) {
     m_detector.Forget();
-  } else {
+  } else if (!frame.m_is_repeated) {
     m_detector.SetSensitivity(frame.m_settings.m_motion_sensitivity);
     moved = m_detector.Look(m_picture.View(), masks.Areas());
   }
   const std::lock_guard lock(state.m_mutex);
   if (state.m_masks.Generation() != masks.Generation()) return;
-  state.m_masks.Report(moved, frame.m_settings.m_alarm_frames);
+  if (!frame.m_is_repeated) state.m_masks.Report(moved, frame.m_settings.m_alarm_frames);
   frame.m_is_alarm = state.m_masks.IsAnyInAlarm();
 }
 

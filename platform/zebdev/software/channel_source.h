@@ -28,6 +28,9 @@ class ZEBX_API ChannelSource {
   // Draws what is seen at that time into `picture`, at the size that it has. False when nothing is
   // seen: the video is lost; so it is when the picture has another size afterwards.
   virtual bool DrawPicture(ULONGLONG time_ms, noxcodec::Picture& picture) = 0;
+  // True when the picture drawn last is the one drawn before it once more, as of a film that is
+  // slower than its channel. What moved stays as it was then.
+  virtual bool IsRepeated() const { return false; }
   // True when frames come from ReadFrame and DrawPicture is not called.
   virtual bool IsCompressed() const { return false; }
   // The frame of that time; `needs_i_frame` from when the channel was asked for one until it is

@@ -20,15 +20,20 @@ class FileSource final : public ChannelSource {
   bool DrawPicture(ULONGLONG time_ms, noxcodec::Picture& picture) override {
     const noxcodec::Picture* const shown = m_video.PictureAt(time_ms);
     if (shown == nullptr) return false;
+    m_is_repeated = m_video.PicturesRead() == m_drawn;
+    m_drawn = m_video.PicturesRead();
     m_scaler.Scale(shown->View(), picture);
     return true;
   }
+  bool IsRepeated() const override { return m_is_repeated; }
   bool ReadSound(std::span<std::int16_t> samples) override {
     return m_sound != nullptr && m_sound->Read(samples);
   }
 
  private:
   Y4mLoop m_video;
+  ULONGLONG m_drawn = 0;  // pictures read when one was drawn last
+  bool m_is_repeated = false;
   std::unique_ptr<WavLoop> m_sound;  // null without sound
   noxcodec::PictureScaler m_scaler;
 };

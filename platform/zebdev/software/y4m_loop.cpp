@@ -85,6 +85,7 @@ bool Y4mLoop::ReadPicture() {
     if (m_file.Read({plane.pixels, bytes}) < bytes) return false;
   }
   ++m_next;
+  ++m_pictures_read;
   m_is_shown = true;
   return true;
 }

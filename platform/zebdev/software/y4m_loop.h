@@ -21,6 +21,8 @@ class Y4mLoop {
   // The picture of that time, which may go back; null when there is none, because of an error or a
   // file that has become empty. Borrowed until the next call.
   const noxcodec::Picture* PictureAt(ULONGLONG time_ms);
+  // How many pictures were read so far: unchanged when a call of PictureAt answers the one before.
+  ULONGLONG PicturesRead() const { return m_pictures_read; }
 
  private:
   CString ReadHeader();
@@ -35,6 +37,7 @@ class Y4mLoop {
   Y4mHeader m_header;
   ULONGLONG m_first_offset = 0;
   ULONGLONG m_next = 0;   // the number of the picture at the file's position
+  ULONGLONG m_pictures_read = 0;
   ULONGLONG m_count = 0;  // whole pictures of the file; 0 as long as its end was not seen
   noxcodec::Picture m_picture;
   bool m_is_shown = false;  // m_picture holds picture m_next - 1
