@@ -1,7 +1,7 @@
 // Arbitrary bytes as a recording file and as the buffer forms of a header and a frame: whatever
 // they are, they are read, searched, clipped and copied within the memory they have.
+#include "fuzz/recording_exercise.h"
 #include "fuzz/sparse_disk.h"
-#include "tests/support/recording_exercise.h"
 #include "tests/support/recording_fixture.h"
 
 using namespace zebx;

@@ -155,7 +155,7 @@ TEST_F(MoxFile, CountsNoFacesWhereSizesAndOffsetsLeadNowhere) {
   EXPECT_EQ(m_file.GetTotalFaceNum(), 4U);
 }
 
-TEST_F(MoxFile, ThrowsWhenTheDiskFailsAndGoesOnBehindTheLastWholeFace) {
+TEST_F(MoxFile, TellsOfAFailingDiskAndGoesOnBehindTheLastWholeFace) {
   FaultyFileSystem disk;
   Open(1);
   disk.FillDiskAfter(5000);
@@ -172,10 +172,8 @@ TEST_F(MoxFile, ThrowsWhenTheDiskFailsAndGoesOnBehindTheLastWholeFace) {
   EXPECT_EQ(m_file.GetTotalFaceNum(), 1U);
   EXPECT_EQ(ReadFace(0), Face('b', 2));
   m_file.Close();
-}
 
-TEST_F(MoxFile, TellsOfBytesLostAtClosingHoweverItLetsGoOfItsFile) {
-  FaultyFileSystem disk;
+  // Bytes lost at closing, however it lets go of its file.
   int reports = 0;
   SetErrorSink([&reports](const std::exception&) { ++reports; });
   for (const bool closes : {true, false}) {

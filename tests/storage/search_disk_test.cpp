@@ -119,7 +119,7 @@ TEST_F(SearchDisk, TakesBothEndsOfATimeRange) {
   EXPECT_EQ(Search(), "");
 }
 
-TEST_F(SearchDisk, WalksADayRangeUpToToday) {
+TEST_F(SearchDisk, WalksADayRangeUpToTodayAndToTheLastDayOfSignedTime) {
   for (const int day : {9, 10, 11, 12, 13}) {
     Record(std::to_string(day), At(4, day), At(4, day, 13));
   }
@@ -130,13 +130,11 @@ TEST_F(SearchDisk, WalksADayRangeUpToToday) {
     m_criteria.SetEndTime(end);
     EXPECT_EQ(Search(), found);
   }
-}
-
-TEST_F(SearchDisk, EndsAWalkOnTheLastDayOfSignedTime) {
+  // Time is signed here.
   const CTime last(0x7FFFFFFF);
   MoveTo(last);
   Record("last", last - 60, last);
-  m_criteria.SetBeginTime(last - 100000);
+  Criteria().SetBeginTime(last - 100000);
   EXPECT_EQ(Search(), "last");
   m_criteria.SetEndTime(last + 86400);  // before everything else
   EXPECT_EQ(Search(), "");
@@ -197,7 +195,7 @@ TEST_F(SearchDisk, FindsRecordingsThatHadNotEndedAtAMoment) {
   EXPECT_EQ(Search(), "c");
 }
 
-TEST_F(SearchDisk, FindsPicturesByDateAndNeverInARange) {
+TEST_F(SearchDisk, TellsOfPicturesAndFacesWhatTheirFilesTell) {
   CImage image;
   image.CreateImage(new BYTE[8 * 4 * 3](), 8, 4);
   const fs::path leaf = Leaf(m_day, "picture");
@@ -214,11 +212,8 @@ TEST_F(SearchDisk, FindsPicturesByDateAndNeverInARange) {
   EXPECT_EQ(Found(), Words({"d:\\d20040410\\rec\\picture\\shot.bmp h board gate", m_day.GetTime(),
                             "0 9", fs::file_size(leaf / "shot.bmp"), "8 4"}));
   Criteria(kSearchPicture).SetBeginTime(At(4, 9));
-  EXPECT_EQ(Search(), "");
-}
+  EXPECT_EQ(Search(), "");  // never in a range
 
-TEST_F(SearchDisk, FindsFaceFiles) {
-  const fs::path leaf = Leaf(m_day, "face");
   CMoxFile file;
   file.SetCameraName("gate");
   file.SetHostName("h");
@@ -226,11 +221,9 @@ TEST_F(SearchDisk, FindsFaceFiles) {
   file.SetBoardIndex(3);
   file.SetCameraIndex(4);
   file.SetGmt(5);
-  ASSERT_EQ(file.Open((leaf / "faces").c_str(), 1), 1);
-  const std::vector<BYTE> face(100 * 120);
-  file.Write(face.data(), kNoonInNewYork + 60);
+  ASSERT_EQ(file.Open((Leaf(m_day, "face") / "faces").c_str(), 1), 1);
+  file.Write(std::vector<BYTE>(100 * 120).data(), kNoonInNewYork + 60);
   file.Close();
-
   Criteria(kSearchFace).SetDate(m_day.GetTime());
   m_criteria.SetCameraID({3, 4});
   m_criteria.SetBeginTime(CTime(kNoonInNewYork + 60));

@@ -41,7 +41,7 @@ class StorageFaults : public DiskTest {
     for (const char* path :
          {R"(d:\dvr\d20040408\rec\video\a)", R"(d:\dvr\d20040409\rec\video\a)",
           R"(d:\dvr\d20040412\rec\video\a)", R"(d:\dvr\other\a)", R"(d:\d20040401\a)",
-          R"(d:\data\a)", R"(d:\list.new)", R"(e:\d20040301\rec\video\a)"}) {
+          R"(d:\data\a)", R"(d:\list.new)", R"(e:\new\d20040301\rec\video\a)"}) {
       m_memory->Put(path, recording);
     }
     m_memory->Put("d:\\list", m_list);
@@ -137,7 +137,7 @@ class StorageFaults : public DiskTest {
   enum class Plan { kFail, kCutPower };
 
   static void FailCall(FaultyFileSystem& disk, Plan plan, std::uint64_t n) {
-    constexpr std::size_t kPrefixBytes = 5;
+    constexpr std::size_t kPrefixBytes = 100;
     disk.FailCall(FaultyFileSystem::kEveryCall, n, kPrefixBytes);
     if (plan == Plan::kCutPower) disk.CutPowerAfter(0);
   }

@@ -110,9 +110,7 @@ TEST(Text, MomentsAreTakenInThreeFormsAndNoOther) {
                            "2024-04-31 00:00:00", "1969-01-01 00:00:00", "+99999999999"}) {
     EXPECT_EQ(ParseMomentMs(text, begin), std::nullopt) << text;
   }
-}
-
-TEST(JsonText, TakesWhateverNamesHold) {
+  // JSON takes whatever names hold.
   EXPECT_EQ(JsonText({{"a\"\n\x7F\xC3\xBC", Json::array({"\xFF", 1})}}),
             "{\n  \"a\\\"\\n\x7F\xC3\xBC\": [\n    \"\xC3\xBF\",\n    1\n  ]\n}");
 }
@@ -124,14 +122,11 @@ TEST(FrameRate, WellKnownRatesAreFoundBehindWholeMilliseconds) {
   }
   EXPECT_NEAR(RateOfIntervals(1000 * 77, 1000).PerSecond(), 1000.0 / 77, 1e-9);
   EXPECT_EQ(RateOfIntervals(0, 0).frames, 25U);
-}
-
-TEST(FrameRate, LongRecordingsStayExact) {
-  const FrameRate ntsc{30000, 1001};
+  // Long recordings stay exact.
   constexpr ULONGLONG kDayOfFrames = 2589409;  // 30000 / 1001 a second, rounded down
-  EXPECT_EQ(ntsc.Begin(kDayOfFrames * 30000, 1000), kDayOfFrames * 1001 * 1000);
-  const FrameRate finest{16777213, 16777216};
-  EXPECT_EQ(finest.Begin(16777212, 8000), ULONGLONG{16777212} * 16777216 * 8000 / 16777213);
+  EXPECT_EQ((FrameRate{30000, 1001}.Begin(kDayOfFrames * 30000, 1000)), kDayOfFrames * 1001 * 1000);
+  EXPECT_EQ((FrameRate{16777213, 16777216}.Begin(16777212, 8000)),
+            ULONGLONG{16777212} * 16777216 * 8000 / 16777213);
 }
 
 }  // namespace

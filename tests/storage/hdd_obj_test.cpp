@@ -1,11 +1,58 @@
+// A disk: the directories of its days, their list, and deleting them.
+#include "storage/hdd_obj.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
 #include "platform/framework/archive.h"
 #include "platform/framework/file_exception.h"
 #include "platform/framework/mem_file.h"
+#include "storage/day_directory.h"
 #include "tests/support/disk_fixture.h"
+
+using namespace zebx;
 
 namespace {
 
 namespace fs = std::filesystem;
+
+TEST(DayDirectory, IsADInEitherCaseAndEightDigitsOfABareName) {
+  const ScopedTimeZone zone("UTC");
+  constexpr DWORD kNone = 77;
+  // 99 December and a month is 9 April 2005; what 32 bits of seconds do not hold is 0.
+  const std::pair<const char*, DWORD> kCases[] = {
+      {"d20040412", 1081728000}, {"D20040412", 1081728000}, {"d20041399", 1113004800},
+      {"d19690101", 0},          {"d21060208", 0},          {"d2004041", kNone},
+      {"d200404120", kNone},     {"e20040412", kNone},      {"d-0040412", kNone}};
+  for (const auto& [name, expected] : kCases) {
+    CTime date(kNone);
+    const bool is_day = expected != kNone;
+    EXPECT_EQ(Words({CHddObj::IsVideoDir(name), CHddObj::GetVideoDirDate(date, name)}),
+              Words({is_day, is_day}));
+    EXPECT_EQ(date.GetTime(), expected) << name;
+  }
+}
+
+// Days of 23 and 25 hours, without a midnight and with two, also by a change of the standard time.
+// What recycling deletes is the name made of the date, so it has to be the name that gave the date.
+TEST(DayDirectory, NameDateAndMidnightAgreeOnEveryDay) {
+  for (const char* zone :
+       {"UTC", "America/New_York", "America/Sao_Paulo", "Europe/Berlin", "Africa/Casablanca",
+        "Asia/Amman", "Asia/Kathmandu", "Asia/Singapore", "Africa/Monrovia", "Asia/Pyongyang",
+        "America/St_Johns", "Antarctica/Casey", "Australia/Lord_Howe", "Pacific/Kiritimati"}) {
+    const ScopedTimeZone scope(zone);
+    for (DWORD noon = 31579200; noon < 2000000000; noon += 86400) {
+      const CTime date = MidnightOf(CTime(noon));
+      const CString name = DayDirectoryName(CTime(noon));
+      ASSERT_EQ(DayDirectoryName(date), name) << zone;
+      ASSERT_EQ(ParseDayDirectoryName(name), date) << zone << ' ' << name;
+      ASSERT_NE(DayDirectoryName(date - 1), name) << zone;
+    }
+  }
+}
 
 // What a host sees of a disk.
 std::string StateOf(const CHddObj& disk) {
@@ -77,9 +124,8 @@ TEST_F(HddDirectories, AreMadeInLowerCaseAndTheirDayListedOnce) {
   EXPECT_NE(m_disk.GetLogDir("r", CTime(2004, 4, 10, 23, 59, 59)), "");
   EXPECT_EQ(DaysOf(m_disk), "412 410");
   EXPECT_EQ(m_disk.GetVideoDirInfo("Recorder", CTime()), "");  // a day in 1970, not today
-}
 
-TEST_F(HddDirectories, OfTodayHaveFoldersWithCapitals) {
+  // Of today, in folders with capitals.
   ASSERT_EQ(Create(m_disk, "d:\\dvr"), 1);
   EXPECT_EQ(Words({m_disk.GetVideoDir(), m_disk.GetRemoteVideoDir(), m_disk.GetPictureDir()}),
             "d:\\dvr\\local\\d20040412 d:\\dvr\\remote\\d20040412 d:\\dvr\\picture\\d20040412");
@@ -184,6 +230,98 @@ TEST_F(HddDirectories, HaveASummaryThatIsReadWholeOrNotAtAll) {
 
   std::vector<BYTE> four(4, 7);  // without a base directory neither name nor days are told
   EXPECT_EQ(Words({TestDisk().WriteDirToBuf(four), copy.ReadDirFromBuf(four)}), "4 4");
+}
+
+class HddRecycling : public DiskTest {
+ protected:
+  void Load() { ASSERT_EQ(Create(m_disk, "d:\\"), 1); }
+  // Deletes a day of April: the answer and the bytes it freed.
+  std::string Delete(int day = 10) {
+    DWORD freed = 77;
+    return Words({m_disk.DeleteDate(DateOf(4, day), freed), freed});
+  }
+};
+
+TEST_F(HddRecycling, DeletesADayWithEverythingInIt) {
+  MakeFile("dvr/D20040410/host/video/a.zebz", 100);
+  MakeFile("dvr/D20040410/odd \xC3\x84*?%s name", 3);
+  MakeFile("dvr/Local/d20040410/c.zebz", 1000);
+  MakeFile("dvr/d20040411/d.zebz", 1000);
+  MakeDirs({"dvr/d20040412/host/video"});
+  ASSERT_EQ(Create(m_disk, "d:\\dvr"), 1);
+  EXPECT_EQ(Words({Delete(9), Delete(10), Delete(10)}), "0 0 1 103 0 0");
+  EXPECT_FALSE(Has("dvr/D20040410"));
+  EXPECT_TRUE(Has("dvr/Local/d20040410/c.zebz") && Has("dvr/d20040411/d.zebz"));
+  EXPECT_EQ(Delete(12), "0 0");  // of bytes, not of the day
+  EXPECT_FALSE(Has("dvr/d20040412"));
+  EXPECT_EQ(DaysOf(m_disk), "411");
+}
+
+TEST_F(HddRecycling, StopsAtAFileThatStaysUntilTheNextRefresh) {
+  MakeFile("d20040410/a/a", 10);
+  MakeFile("d20040410/b", 20);
+  MakeFile("d20040410/c", 40);
+  chmod(m_d.File("d20040410/b").c_str(), 0444);
+  Load();
+  EXPECT_EQ(Words({Delete(), Has("d20040410/a"), DaysOf(m_disk)}), "1 10 0 ");
+  m_disk.Refresh();
+  EXPECT_EQ(Delete(), "0 0");
+  chmod(m_d.File("d20040410/b").c_str(), 0644);
+  m_disk.Refresh();
+  EXPECT_EQ(Delete(), "1 60");
+}
+
+// On the host a backslash is a letter like others.
+TEST_F(HddRecycling, NeverLeavesTheDayByALinkOrAName) {
+  MakeFileIn(m_e, "precious/a", 10);
+  MakeFile("d20040411/file", 1000);
+  MakeFile("d20040410/..\\d20040411\\file", 10);
+  MakeFile("d20040410/..\\d20040411/other", 20);
+  const fs::path day = m_d.Path() / "d20040410";
+  fs::create_directory_symlink(m_e.Path() / "precious", day / "directory");
+  fs::create_symlink(m_e.Path() / "precious/a", day / "link");
+  fs::create_directory_symlink(day, day / "loop");
+  Load();
+  EXPECT_EQ(Words({Delete(), Has("d20040410"), Has("d20040411/file")}), "1 30 0 1");
+
+  // A day that turns into a link after it was listed.
+  MakeDirs({"d20040410"});
+  m_disk.Refresh();
+  fs::remove(day);
+  fs::create_directory_symlink(m_e.Path() / "precious", day);
+  EXPECT_EQ(Delete(), "0 0");
+  EXPECT_TRUE(fs::exists(m_e.Path() / "precious/a"));
+}
+
+// Deeper than the system takes a path, and with what is no file.
+TEST_F(HddRecycling, DeletesADayHoweverDeepItIs) {
+  MakeDirs({"d20040410"});
+  const int day = open(m_d.File("d20040410").c_str(), O_PATH | O_DIRECTORY);
+  const std::string name(200, 'n');
+  int at = dup(day);
+  for (int depth = 0; depth < 25; ++depth) {
+    ASSERT_EQ(mkdirat(at, name.c_str(), 0755), 0);
+    const int next = openat(at, name.c_str(), O_PATH | O_DIRECTORY);
+    close(std::exchange(at, next));
+  }
+  const int file = openat(at, "file", O_CREAT | O_WRONLY, 0644);
+  ASSERT_EQ(write(file, "12345", 5), 5);
+  EXPECT_EQ(mkfifoat(at, "pipe", 0600), 0);
+  for (const int descriptor : {file, at, day}) close(descriptor);
+  Load();
+  EXPECT_EQ(Words({Delete(), Has("d20040410")}), "1 5 0");
+}
+
+TEST_F(HddRecycling, WantsADirectoryBelowTheRootOfADrive) {
+  MakeFile("file/inside");
+  MakeDirs({"empty"});
+  DWORD freed = 77;
+  for (const CString& path : {CString("d:\\file\\inside"), CString("x:\\dir"), CString("d:\\"),
+                              CString("d:"), CString("d:\\empty\\.."), m_d.File("empty")}) {
+    EXPECT_EQ(Words({CHddObj::DeleteDir(path, freed), freed}), "0 0") << path;
+  }
+  EXPECT_EQ(CHddObj::DeleteDir("d:\\empty", freed), 1);
+  EXPECT_TRUE(Has("file/inside") && !Has("empty"));
 }
 
 }  // namespace
