@@ -40,9 +40,11 @@ class TestCamera final : public zebdev::ChannelSource {
     for (std::int16_t& sample : samples) sample = static_cast<std::int16_t>(m_sample++ % 64 * 100);
     return m_has_sound;
   }
+  bool IsRepeated() const override { return m_is_repeated; }
   std::vector<FaceArea> Faces() const override { return m_faces; }
 
   int m_square_at = 0;
+  bool m_is_repeated = false;
   bool m_sees = true;
   bool m_is_broken = false;
   bool m_has_own_size = false;

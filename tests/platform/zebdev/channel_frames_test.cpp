@@ -233,7 +233,10 @@ TEST_F(ChannelTest, FindsMotionAndAlarmsInItsAreas) {
   EXPECT_EQ(states(), (States{2, zebdev::kMaskMotion, 0}));
   m_camera->m_square_at = 0;
   EXPECT_TRUE(is_alarm());
+  m_camera->m_is_repeated = true;
+  EXPECT_TRUE(is_alarm()) << "the same picture once more";
   EXPECT_EQ(states(), (States{2, zebdev::kMaskMotion | zebdev::kMaskAlarm, 0}));
+  m_camera->m_is_repeated = false;
   EXPECT_FALSE(is_alarm());
   EXPECT_EQ(states(), (States{2, 0, 0}));
   m_camera->m_sees = false;

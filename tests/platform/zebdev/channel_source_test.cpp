@@ -70,10 +70,15 @@ TEST(FileSource, PlaysAVideoAtItsOwnPaceOverAndOver) {
     const auto source = OpenFileSource("v", "", &fault);
     ASSERT_NE(source, nullptr) << fault;
     EXPECT_EQ(fault, "");
+    int before = -1;
     for (const auto& [time_ms, number] : one.shown) {
       EXPECT_EQ(PictureShown(*source, time_ms), number) << one.bytes.substr(0, 20) << time_ms;
+      EXPECT_TRUE(std::exchange(before, number) == number || !source->IsRepeated()) << time_ms;
     }
-    EXPECT_EQ(PictureShown(*source, one.shown.front().first, 352, 288), one.shown.front().second);
+    for (int again = 0; again < 2; ++again) {
+      EXPECT_EQ(PictureShown(*source, one.shown.front().first, 352, 288), one.shown.front().second);
+    }
+    EXPECT_TRUE(source->IsRepeated());
     Samples samples(10, 7);
     EXPECT_FALSE(source->ReadSound(samples));
     EXPECT_EQ(samples, Samples(10, 7));
