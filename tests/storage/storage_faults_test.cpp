@@ -134,23 +134,21 @@ class StorageFaults : public DiskTest {
     }
   }
 
-  enum class Plan { kFail, kCutPower };
-
-  static void FailCall(FaultyFileSystem& disk, Plan plan, std::uint64_t n) {
+  static void FailCall(FaultyFileSystem& disk, bool cuts_power, std::uint64_t n) {
     constexpr std::size_t kPrefixBytes = 100;
     disk.FailCall(FaultyFileSystem::kEveryCall, n, kPrefixBytes);
-    if (plan == Plan::kCutPower) disk.CutPowerAfter(0);
+    if (cuts_power) disk.CutPowerAfter(0);
   }
 
   // Uses storage with the n-th call failing, for every n, and answers how many there are.
-  std::uint64_t FailEveryCall(Plan plan) {
+  std::uint64_t FailEveryCall(bool cuts_power) {
     for (std::uint64_t n = 1;; ++n) {
       SCOPED_TRACE(n);
       FillDisk();
       const Everything before = m_memory->Everything();
       m_finished.clear();
       FaultyFileSystem faulty;
-      FailCall(faulty, plan, n);
+      FailCall(faulty, cuts_power, n);
       UseStorage();
       ExpectNothingLost(before);
       if (faulty.Failures() == 0 || HasFailure()) return n - 1;
@@ -158,7 +156,7 @@ class StorageFaults : public DiskTest {
   }
 
   // Saves with the n-th call failing, for every n, and answers how many there are.
-  std::uint64_t FailEveryCallOfASave(Plan plan, bool has_fixed_directories) {
+  std::uint64_t FailEveryCallOfASave(bool cuts_power, bool has_fixed_directories) {
     for (std::uint64_t n = 1;; ++n) {
       SCOPED_TRACE(n);
       FillDisk();
@@ -168,7 +166,7 @@ class StorageFaults : public DiskTest {
       bool is_saved = false;
       {
         FaultyFileSystem faulty;
-        FailCall(faulty, plan, n);
+        FailCall(faulty, cuts_power, n);
         is_saved = dbsSaveDatabase() != 0;
         failures = faulty.Failures();
       }
@@ -187,20 +185,20 @@ class StorageFaults : public DiskTest {
 };
 
 TEST_F(StorageFaults, LoseNothingWhicheverCallFails) {
-  const std::uint64_t calls = FailEveryCall(Plan::kFail);
+  const std::uint64_t calls = FailEveryCall(false);
   EXPECT_GT(calls, 90U);
   // Nothing failed in the end: a day was recycled, and a recording made.
   EXPECT_FALSE(m_memory->Has(R"(d:\dvr\d20040408\rec\video\a)"));
   EXPECT_NE(m_finished, "");
   EXPECT_EQ(DisksIn(List()), R"(d:\dvr\ e:\new\ )");
-  EXPECT_EQ(FailEveryCall(Plan::kCutPower), calls);
+  EXPECT_EQ(FailEveryCall(true), calls);
 }
 
 TEST_F(StorageFaults, LeaveTheOldListOrTheNewOne) {
-  EXPECT_GT(FailEveryCallOfASave(Plan::kFail, false), 7U);
-  EXPECT_GT(FailEveryCallOfASave(Plan::kCutPower, false), 7U);
+  EXPECT_GT(FailEveryCallOfASave(false, false), 7U);
+  EXPECT_GT(FailEveryCallOfASave(true, false), 7U);
   // Written over: a power failure in the middle is not to be survived then.
-  EXPECT_GT(FailEveryCallOfASave(Plan::kFail, true), 7U);
+  EXPECT_GT(FailEveryCallOfASave(false, true), 7U);
 }
 
 }  // namespace
