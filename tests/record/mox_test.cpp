@@ -141,9 +141,8 @@ TEST_F(MoxFile, AnswersOneForAnyFileButKeepsNoneWithoutAHeader) {
   std::filesystem::resize_file(m_path, 0x7FFFFFFF);
   EXPECT_EQ(Open(0), 1);
   EXPECT_EQ(m_file.GetHostName(), "pc") << "there is a hole in place of the name";
-}
 
-TEST_F(MoxFile, CountsNoFacesWhereSizesAndOffsetsLeadNowhere) {
+  // Sizes and offsets that lead nowhere.
   OpenToRead(kHeader);
   EXPECT_EQ(m_file.GetTotalFaceNum(), 0U);
   EXPECT_EQ(m_file.GetEndTime(), kNow) << "a file without faces ends when it starts";

@@ -3,9 +3,6 @@
 #include <optional>
 
 #include "capture/zebx.h"
-#include "platform/framework/archive.h"
-#include "platform/framework/mem_file.h"
-#include "storage/database_format.h"
 #include "storage/dbs.h"
 #include "storage/file_search_info.h"
 #include "storage/recycling.h"
@@ -97,22 +94,6 @@ class StorageFaults : public DiskTest {
     m_memory->SetFreeBytes(100000 * kMegabyte);
   }
 
-  // The disks in a database file that is whole; "?" for any other.
-  static std::string DisksIn(const std::string& bytes) {
-    CMemFile file;
-    file.Write({reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
-    file.SeekToBegin();
-    CArchive archive(file, CArchive::Mode::kLoad);
-    std::string disks;
-    try {
-      const DatabaseBeginning beginning = LoadDatabaseBeginning(archive);
-      for (DWORD i = 0; i < beginning.m_disks; ++i) disks += LoadDiskRecord(archive).m_path + " ";
-    } catch (const CFileException&) {
-      return "?";
-    }
-    return disks;
-  }
-
   // Whatever was there is there, but for days before today of the disk that recycles.
   void ExpectNothingLost(const Everything& before) const {
     const Everything after = m_memory->Everything();
@@ -126,7 +107,11 @@ class StorageFaults : public DiskTest {
         EXPECT_EQ(found->second, bytes) << path;
       }
     }
-    EXPECT_NE(DisksIn(List()), "?");
+    // What is loaded of a list that is not whole is less, and saved in its place.
+    const std::string list = List();
+    Open();
+    Close();
+    EXPECT_EQ(List(), list);
     if (!m_finished.empty()) {
       const ParsedRecording recording = ParseRecording(m_memory->Get(m_finished));
       EXPECT_EQ(recording.m_fault, "");
@@ -150,6 +135,7 @@ class StorageFaults : public DiskTest {
       FaultyFileSystem faulty;
       FailCall(faulty, cuts_power, n);
       UseStorage();
+      faulty.Heal();
       ExpectNothingLost(before);
       if (faulty.Failures() == 0 || HasFailure()) return n - 1;
     }
@@ -190,7 +176,7 @@ TEST_F(StorageFaults, LoseNothingWhicheverCallFails) {
   // Nothing failed in the end: a day was recycled, and a recording made.
   EXPECT_FALSE(m_memory->Has(R"(d:\dvr\d20040408\rec\video\a)"));
   EXPECT_NE(m_finished, "");
-  EXPECT_EQ(DisksIn(List()), R"(d:\dvr\ e:\new\ )");
+  EXPECT_NE(List().find("e:\\new\\"), std::string::npos);
   EXPECT_EQ(FailEveryCall(true), calls);
 }
 
