@@ -13,7 +13,8 @@ struct SinkInForce {
 };
 
 SinkInForce& InForce() {
-  static SinkInForce in_force;
+  // Never destroyed: a host's threads may end after main has.
+  static SinkInForce& in_force = *new SinkInForce;
   return in_force;
 }
 

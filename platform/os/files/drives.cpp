@@ -34,7 +34,8 @@ struct DriveTable {
 };
 
 DriveTable& Table() {
-  static DriveTable table;
+  // Never destroyed: a host's threads may record after main has ended.
+  static DriveTable& table = *new DriveTable;
   return table;
 }
 

@@ -372,6 +372,7 @@ class PosixFileSystem final : public FileSystem {
 }  // namespace
 
 FileSystem& zebx::NativeFileSystem() {
-  static PosixFileSystem file_system;
+  // Never destroyed: a host's threads may record after main has ended.
+  static PosixFileSystem& file_system = *new PosixFileSystem;
   return file_system;
 }

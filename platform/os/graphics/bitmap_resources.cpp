@@ -15,7 +15,8 @@ struct Registry {
   std::map<WORD, Resource> m_resources;  // guarded by m_mutex
 
   static Registry& Get() {
-    static Registry registry;
+    // Never destroyed: a host's threads may end after main has.
+    static Registry& registry = *new Registry;
     return registry;
   }
 };
