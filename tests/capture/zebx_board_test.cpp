@@ -1,7 +1,4 @@
 // Opening and closing boards, and what they know while open and closed.
-#include "capture/capture_app.h"
-#include "capture/capture_board.h"
-#include "capture/capture_camera.h"
 #include "tests/capture/library_fixture.h"
 
 using namespace zebx;
@@ -64,21 +61,6 @@ TEST_F(ZebxBoard, AsksSomeTypesAgainOnceTheyRunWhatTheyCanDo) {
     EXPECT_FALSE(keeps_tv(type, false));
     EXPECT_TRUE(keeps_tv(type, true)) << "what it told before holds";
   }
-}
-
-TEST_F(ZebxBoard, HasACameraOnEveryChannelWhileOpen) {
-  InitializeWith({MakeVirtualDevice(0x001, 4), MakeVirtualDevice(0x040, 8)});
-  const CCaptureBoard* board = GetCaptureApp().FindBoard(2);
-  ASSERT_NE(board, nullptr);
-  EXPECT_EQ(zebxOpenBoard(2, 3, 25), 1);
-  for (WORD camera = 0; camera < 4; ++camera) {
-    const auto found = board->FindCamera(2U | DWORD{camera} << 16);
-    ASSERT_NE(found, nullptr);
-    EXPECT_EQ(found->GetDeviceChannel(), 4U + camera);
-  }
-  EXPECT_EQ(board->FindCamera(CameraIdWord({2, 4})), nullptr);
-  zebxCloseBoard(2);
-  EXPECT_EQ(board->FindCamera(CameraIdWord({2, 0})), nullptr);
 }
 
 }  // namespace

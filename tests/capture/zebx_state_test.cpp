@@ -52,6 +52,15 @@ TEST_F(ZebxState, LastsFromTheFirstStartToTheEndWhichKeepsDatabaseAndWatermark) 
   app.SetDatabase(nullptr);
 }
 
+TEST_F(ZebxState, IsLeftWhenTheDeviceLibraryDoesNotGetReady) {
+  Plan({});
+  zebdev::FailCall(zebdev::Function::kInitialize, 1);
+  zebdev::FailCall(zebdev::Function::kGetDeviceNum, 1);
+  EXPECT_EQ(Initialize() | Initialize() | zebxIsZebxInit(), 0);
+  ExpectCalls({"noxdevInitialize 7 0 failed", "noxdevInitialize 7 0", "noxdevGetDeviceNum failed",
+               "noxdevInvalidate"});
+}
+
 TEST_F(ZebxState, NumbersTheBoardsOfSixteenDevicesAndLeavesOutTheBrokenOnes) {
   // The bit of a known type is the number of its boards' type.
   constexpr int kKnownTypes = 12;
@@ -87,21 +96,15 @@ TEST_F(ZebxState, NumbersTheBoardsOfSixteenDevicesAndLeavesOutTheBrokenOnes) {
 
 TEST_F(ZebxState, KnowsNothingOfBoardsThatNoDeviceHas) {
   InitializeWith({MakeVirtualDevice(0x040, 4)});
-  DWORD value = 77;
-  const WORD board = 1;
-  const tag_ZEBCAMERAID id = {board, 0};
-  EXPECT_EQ(zebxIsValidBoardIndex(board) | zebxIsValidCameraID(&id) | zebxIsBoardOpen(board) |
-                zebxOpenBoard(board, 3, 1) | zebxCloseBoard(board) |
-                zebxGetFrameSize(board, &value) | zebxGetSpeed(board, &value) |
-                zebxSetSpeed(board, 1) | zebxGetBoardType(board) | zebxIsTVSupport(board) |
-                zebxSetTVOut(board, 1, 2) | zebxIsWatchDog(board) | zebxIsVoice(&id) |
-                zebxIsIOSupport(board) | zebxIOCtrl(board, 1, 2, 3) | zebxIsVoice(nullptr) |
-                zebxIsValidCameraID(nullptr) | zebxGetFrameSize(0, nullptr) |
+  const tag_ZEBCAMERAID id = {1, 0};
+  EXPECT_EQ(zebxIsValidBoardIndex(1) | zebxIsValidCameraID(&id) | zebxIsBoardOpen(1) |
+                zebxOpenBoard(1, 3, 1) | zebxCloseBoard(1) | zebxSetSpeed(1, 1) |
+                zebxGetBoardType(1) | zebxIsTVSupport(1) | zebxSetTVOut(1, 1, 2) |
+                zebxIsIOSupport(1) | zebxIOCtrl(1, 1, 2, 3) | zebxIsVoice(&id) |
+                zebxIsVoice(nullptr) | zebxIsValidCameraID(nullptr) | zebxGetFrameSize(0, nullptr) |
                 zebxGetSpeed(0, nullptr),
             0);
-  EXPECT_EQ(zebxGetCameraNum(board), 0U);
-  EXPECT_EQ(zebxGet8PortStreamIndex(board), kNone);
-  EXPECT_EQ(value, 77U);
+  EXPECT_EQ(zebxGet8PortStreamIndex(1), kNone);
   ExpectCalls({});
 }
 
