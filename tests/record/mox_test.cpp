@@ -122,9 +122,8 @@ TEST_F(MoxFile, AnswersOneForAnyFileButKeepsNoneWithoutAHeader) {
   EXPECT_EQ(OpenToRead(kHeader.substr(0, kHeader.size() - 1)), 1);
   EXPECT_EQ(ReadFace(0), std::nullopt);
   // Magic, version, and lengths of names that lead beyond the end.
-  const std::pair<std::size_t, std::string> faults[] = {
-      {3, "X"}, {4, "\1"}, {33, "\x7F"}, {33, "\xFF"}, {45, "\x10"}};
-  for (const auto& [at, byte] : faults) {
+  for (const auto& [at, byte] :
+       {std::pair(3U, "X"), {4U, "\1"}, {33U, "\x7F"}, {33U, "\xFF"}, {45U, "\x10"}}) {
     EXPECT_EQ(OpenToReadWith(kFile, at, byte), 1) << at;
     EXPECT_EQ(ReadFace(0), std::nullopt) << at;
   }
@@ -152,6 +151,7 @@ TEST_F(MoxFile, AnswersOneForAnyFileButKeepsNoneWithoutAHeader) {
   }
   OpenToReadWith(kFile, 12, Little(0));  // no pixels: times alone
   EXPECT_EQ(m_file.GetTotalFaceNum(), 4U);
+  m_file.Close();
 }
 
 TEST_F(MoxFile, TellsOfAFailingDiskAndGoesOnBehindTheLastWholeFace) {

@@ -32,8 +32,7 @@ class ZebFileReader : public testing::Test {
            std::to_string(m_frame.GetFrameIndex());
   }
   std::string Position() const {
-    int block = -7;
-    int index = -7;
+    int block = -7, index = -7;
     const int result = m_file.GetFilePos(block, index);
     return std::to_string(block) + ":" + std::to_string(index) + (result == 1 ? "" : " end");
   }

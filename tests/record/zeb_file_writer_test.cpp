@@ -193,8 +193,7 @@ TEST_F(ZebFileWriter, QueriesHideTheLastEntryOfAnIndexThatIsExactlyFull) {
   EXPECT_EQ(m_file->GetBlockTimeStamp(1023), 0xFFFFFFFF);
   EXPECT_EQ(m_file->GetBlockTime(1023).GetTime(), 0U);
   while (m_file->GetTotalBlock() < 1025) WriteRun(*m_file, {10, 1, 2});
-  int block = 0;
-  int index = 0;
+  int block = 0, index = 0;
   EXPECT_EQ(m_file->GetFilePos(block, index), 1);
   EXPECT_EQ(block, 1024);
   EXPECT_EQ(m_file->GetFrameIndex(block, index) + 1, m_file->GetTotalFrame());

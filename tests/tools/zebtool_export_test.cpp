@@ -51,9 +51,8 @@ TEST_F(Export, GivesThePicturesBackFromWhereverItStarts) {
       EXPECT_NEAR(static_cast<BYTE>(wanted[at]), static_cast<BYTE>(got[at]), 32) << i;
     }
   }
-  const std::pair<const char*, std::size_t> cases[] = {
-      {"0:1", 1}, {"0:17", 17}, {"1", 18}, {"1:5", 23}};
-  for (const auto& [from, first] : cases) {
+  for (const auto& [from, first] :
+       {std::pair("0:1", 1U), {"0:17", 17U}, {"1", 18U}, {"1:5", 23U}}) {
     const auto some = Pictures({"--from", from, "--frames", "4"});
     ASSERT_EQ(some.size(), std::min<std::size_t>(4, kFrames - first)) << from;
     EXPECT_TRUE(std::equal(some.begin(), some.end(), all.begin() + static_cast<int>(first)))

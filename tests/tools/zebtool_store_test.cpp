@@ -1,6 +1,8 @@
 // The disks of a database by command line: keeping the list, recording onto them, searching them,
 // judging and recycling.
 #include <algorithm>
+#include <random>
+#include <set>
 
 #include "tests/support/scoped_time_zone.h"
 #include "tests/tools/sound_fixture.h"
@@ -188,6 +190,49 @@ TEST_F(ZebtoolRecord, ShortageWhileRecordingEndsTheFileFirst) {
 
   Mount('d', 1 * kMegabyte);
   ExpectFailure(Record("2024-05-01 10:00:00"), "no disk has room");  // what is left is of today
+}
+
+TEST_F(ZebtoolRecord, FillsTwoDisksThenTheOldestDayOfEitherGoesAndSearchFindsTheRest) {
+  Init(true);
+  Mount('d', 2 * kMegabyte);
+  Mount('e', 61 * kMegabyte);  // a smaller one would not be taken for one with room
+  std::mt19937 noise(1);       // NOLINT(cert-msc32-c,cert-msc51-cpp)
+  std::string video = "YUV4MPEG2 W176 H144 F1:6 C420jpeg\n";
+  for (int frame = 0; frame < 8; ++frame) {
+    video += "FRAME\n";
+    std::generate_n(std::back_inserter(video), 176 * 144 * 3 / 2,
+                    [&] { return static_cast<char>(noise()); });
+  }
+  WriteWholeFile(m_video, video);
+  // As d20240501d, the oldest first.
+  const auto days = [this] {
+    std::set<std::string> names;
+    for (const char letter : {'d', 'e'}) {
+      for (const auto& day : fs::directory_iterator(Drive(letter) / "dvr")) {
+        names.insert(day.path().filename().string() + letter);
+      }
+    }
+    return names;
+  };
+  std::string gone;  // from which disks
+  std::set<std::string> left;
+  for (int day = 1; day < 31 && !Contains(gone, "e"); ++day) {
+    std::set<std::string> kept = days();
+    const ToolRun run =
+        Record(CTime(2024, 5, day, 8, 0, 0).Format("%F %T"), {"--quantiser", "1,1"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    left = days();
+    for (; !kept.empty() && !left.contains(*kept.begin()); kept.erase(kept.begin())) {
+      gone += kept.begin()->back();
+    }
+    EXPECT_TRUE(std::ranges::includes(left, kept)) << "another day than the oldest went";
+    const bool uses_both = std::ranges::any_of(left, [](auto& name) { return name.back() == 'e'; });
+    EXPECT_TRUE(uses_both || gone.empty()) << "a day went although a disk had room";
+    if (uses_both) Mount('e', 2 * kMegabyte);
+  }
+  EXPECT_TRUE(gone.starts_with("d") && gone.ends_with("e")) << gone;
+  const std::string found = Found({"--from", "2024-05-01 00:00:00"});
+  EXPECT_EQ(std::ranges::count(found, ' '), std::ssize(left)) << found;
 }
 
 using ZebtoolSearch = ZebtoolStore;

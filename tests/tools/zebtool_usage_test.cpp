@@ -38,17 +38,15 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
 TEST(ZebtoolUsage, HelpIsThereAtEveryLevel) {
   const std::string all = RunTool({"--help"}).out;
   EXPECT_EQ(RunTool({"help"}).out, all);
+  EXPECT_TRUE(Contains(all, "\n  verify "));
   std::istringstream lines(all.substr(all.find("subcommands:\n")));
-  int count = 0;
   for (std::string line; std::getline(lines, line) && !line.empty();) {
     if (!line.starts_with("  ")) continue;
     const std::string name = line.substr(2, line.find(' ', 2) - 2);
     const ToolRun help = RunTool({"help", name});
     EXPECT_TRUE(help.out.starts_with("usage: zebtool " + name + ' ')) << help.out;
     EXPECT_EQ(RunTool({name, "whatever", "--help"}).out, help.out);
-    ++count;
   }
-  EXPECT_GE(count, 12);
   const std::string init = RunTool({"store", "init", "--reserved", "x", "-h"}).out;
   EXPECT_TRUE(Contains(init, "usage: zebtool store init DIR --db FILE")) << init;
   EXPECT_EQ(RunTool({"help", "store", "init"}).out, init);
