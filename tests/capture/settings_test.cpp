@@ -32,8 +32,8 @@ TEST(EncodeParam, IsLimitedWhenItIsSetAndOnceItWasWritten) {
   ReadBufferForm(param, Hex("1412c8fe"));
   EXPECT_EQ(FormOf(param), Hex("1412c8fe"));
   EXPECT_EQ(FormOf(param), Hex("0a10c8fe"));
-  EXPECT_EQ(param.GetQi() * 10000 + param.GetQp() * 1000 + param.GetBitStreamThreshold(), 44500U);
-  EXPECT_EQ(param.GetMotionDetectSen() + param.GetAlarmDetectSen(), 2816U + 4096U);
+  EXPECT_EQ(param.GetQi() * 10000 + param.GetQp() * 1000 + param.GetBitStreamThreshold(), 46500U);
+  EXPECT_EQ(param.GetMotionDetectSen() * 10000 + param.GetAlarmDetectSen(), 28162048U);
 }
 
 // Each component's value and default.
