@@ -25,9 +25,9 @@ class ZEBX_API CMaskInfo : public CObject {
   int operator!=(const CMaskInfo& other) const;
 
   // Takes a mask drawn in a window, for pictures of that frame size on a board of that type, whose
-  // bits are added to the status; none is taken away. The window is expected to start at (0, 0): its
-  // origin is not subtracted. A frame size of 0xFF keeps the macroblock rectangle as it was. 1, or 0
-  // with nothing changed when mask or window have no width or no height.
+  // bits are added to the status; none is taken away. The window is expected to start at (0, 0):
+  // its origin is not subtracted. A frame size of 0xFF keeps the macroblock rectangle as it was. 1,
+  // or 0 with nothing changed when mask or window have no width or no height.
   int SetMaskRect(const CRect& window, const CRect& mask, tag_FRAMESIZE frame_size,
                   BYTE board_type);
   // In thousandths. Borrowed; valid as long as the mask, and changes with it.
@@ -35,9 +35,9 @@ class ZEBX_API CMaskInfo : public CObject {
   // The mask in a window, whose origin counts here. Always 1.
   int GetMaskRect(const CRect& window, CRect& mask) const;
 
-  // Takes a mask in macroblocks of the frame size. 1, or 0 with nothing changed for null, an unknown
-  // frame size and a rectangle that is empty or reaches into the last whole column or row of
-  // macroblocks. Sides below 0 are not refused.
+  // Takes a mask in macroblocks of the frame size. 1, or 0 with nothing changed for null, an
+  // unknown frame size and a rectangle that is empty or reaches into the last whole column or row
+  // of macroblocks. Sides below 0 are not refused.
   int SetMBRect(const CRect* macroblocks, tag_FRAMESIZE frame_size);
   CRect GetMBRect() const { return m_macroblocks; }
   // The low bytes of left, top, right and bottom. 1, or 0 for null.

@@ -9,9 +9,10 @@
 
 class CMaskInfo;
 
-// Owns its entries, all of them CMaskInfo; one that is taken out with an operation of the base class
-// is the caller's. An entry that is null is passed over everywhere, also where masks are counted.
-// Used by one thread at a time; the list of an open camera belongs to the library (see CVideoData).
+// Owns its entries, all of them CMaskInfo; one that is taken out with an operation of the base
+// class is the caller's. An entry that is null is passed over everywhere, also where masks are
+// counted. Used by one thread at a time; the list of an open camera belongs to the library (see
+// CVideoData).
 class ZEBX_API CMaskList : public CObList {
   DECLARE_DYNAMIC(CMaskList)
 

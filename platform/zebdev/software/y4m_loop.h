@@ -36,7 +36,7 @@ class Y4mLoop {
   CFile m_file;
   Y4mHeader m_header;
   ULONGLONG m_first_offset = 0;
-  ULONGLONG m_next = 0;   // the number of the picture at the file's position
+  ULONGLONG m_next = 0;  // the number of the picture at the file's position
   ULONGLONG m_pictures_read = 0;
   ULONGLONG m_count = 0;  // whole pictures of the file; 0 as long as its end was not seen
   noxcodec::Picture m_picture;
