@@ -63,7 +63,8 @@ int CCaptureCamera::AddMask(CMaskInfo* mask) {
   if (live == nullptr || mask == nullptr) return 0;
   CMaskList& own = *live->m_data.GetMaskList();
   // Made before the device has the area, which could not be taken back alone.
-  CObList longer(own);
+  CObList longer;
+  for (CObject* entry : own) longer.AddTail(entry);
   if (own.IsMaskInfo(mask) == 0) longer.AddTail(mask);
   const tag_MASKAREA area = ToMaskArea(*mask);
   if (noxdevChAddMaskArea(m_device, m_device_channel, &area) != 0) return 0;

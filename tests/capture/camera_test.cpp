@@ -162,7 +162,8 @@ TEST_F(Camera, MasksComeAndGoWhileItRuns) {
 TEST_F(Camera, ColoursComeBackAsTheyWereGiven) {
   OpenBoard();
   CVideoColor color(6, kVideoStandardPal), read(6, kVideoStandardPal);
-  for (const DWORD i : {0U, 1U, 2U, 3U}) color.SetValue(static_cast<short>(i + 10), tag_VCLR{i});
+  for (const DWORD i : {0U, 1U, 2U, 3U})
+    color.SetValue(static_cast<std::int16_t>(i + 10), tag_VCLR{i});
   EXPECT_EQ(zebxSetVideoColor(&m_id, &color) & zebxGetVideoColor(&m_id, &read), 1);
   zebdev::FailCall(Function::kChGetVideoColor, 1);
   zebdev::FailCall(Function::kChSetVideoColor, 1);
