@@ -17,7 +17,7 @@ OS = FRAMEWORK + ["platform/os"]
 DOORS = OS + ["platform/noxcodec", "platform/noxdisplay"]
 DEVICES = DOORS + ["platform/zebdev"]
 CAPTURE = DEVICES + ["record", "image", "recovery", "capture"]
-LIBRARY = CAPTURE + ["storage"]
+LIBRARY = CAPTURE + ["storage", "playback"]
 EVERYTHING = LIBRARY + ["tools", "tests", "zebx.h"]
 MAY_INCLUDE = {
     "platform/framework": [],
@@ -30,6 +30,7 @@ MAY_INCLUDE = {
     "recovery": DEVICES + ["record", "image"],
     "capture": CAPTURE,
     "storage": CAPTURE,
+    "playback": CAPTURE,
     "zebx.h": LIBRARY,
     "tools": EVERYTHING,
     "tests": EVERYTHING,

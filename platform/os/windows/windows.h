@@ -46,6 +46,11 @@ ZEBX_API HWND CreateWindow(HWND parent, const CString& title, const CRect& recta
 //
 // The end of a thread destroys its windows without telling them.
 ZEBX_API int DestroyWindow(HWND window);
+// The same from any thread, and for good: when it returns, no procedure of the window or of one
+// below it runs or will run, but for calls that the calling thread is itself inside of; nobody gets
+// kWmDestroy. While it waits, the calling thread answers what is sent to its windows. 1, or 0 for a
+// stale handle; it waits then, too, for a procedure of that window that still runs.
+ZEBX_API int CloseWindow(HWND window);
 // Safe for any value: handles are never used again.
 ZEBX_API int IsWindow(HWND window);
 // The title; empty for a stale handle.
@@ -72,6 +77,11 @@ ZEBX_API int WithWindowPicture(HWND window, const std::function<void(const Windo
 // Queues a message for the window's thread. 1, or 0 for a stale handle and when 10000 messages wait
 // in that thread already.
 ZEBX_API int PostMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+// The same for a message that ends a wait or frees a buffer: a full queue does not refuse it.
+ZEBX_API int PostNotice(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+// Takes the window's queued messages from `first` to `last` out, from any thread, and returns how
+// many there were. What is taken by the window's thread already is not called back.
+ZEBX_API UINT RemoveMessages(HWND window, UINT first, UINT last);
 // Runs the window's procedure and returns its answer: directly in the window's own thread,
 // otherwise from its message loop, while the caller waits (and answers what is sent to its own
 // windows). 0 for a stale handle, and when the window or its thread ends first.

@@ -1,0 +1,1 @@
+#include "platform/os/sound/wave_out.h"

@@ -1,0 +1,1 @@
+#include "platform/os/threads/event.h"

@@ -1,0 +1,1 @@
+#include "platform/os/windows/wnd.h"

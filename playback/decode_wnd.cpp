@@ -1,0 +1,1 @@
+#include "playback/decode_wnd.h"

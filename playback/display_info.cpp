@@ -1,0 +1,1 @@
+#include "playback/display_info.h"

@@ -1,0 +1,1 @@
+#include "playback/multi_decode_wnd.h"

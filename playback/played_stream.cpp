@@ -1,0 +1,1 @@
+#include "playback/played_stream.h"

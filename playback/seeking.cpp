@@ -1,0 +1,1 @@
+#include "playback/seeking.h"

@@ -1,0 +1,1 @@
+#include "playback/zeb_decode_wnd.h"
