@@ -42,9 +42,10 @@ struct TimeSearch {
   bool m_ends_mode = false;             // whether the mode that silences sound ends
 };
 
-// Searches a file between its begin and end time, moving where reading stands; `frame` takes what
-// is read. A moment before the begin time is the file's beginning; one inside the last block is not
-// found.
+// Searches a file for a moment before its end time, moving where reading stands; `frame` takes what
+// is read: of the block in which the moment lies, and nothing else. A moment before the begin time
+// is the file's beginning; one inside the last block is not found. A finished file ends with a
+// block without frames, so that this holds only for one that is still being written.
 TimeSearch FindTime(CVideoData& frame, CZebFile& file, CTime begin_time, CTime time);
 
 // Milliseconds for which a frame stays on the screen when the next one's stamp is `now`: the
