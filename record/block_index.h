@@ -9,7 +9,8 @@ namespace zebx {
 
 struct BlockEntry {
   DWORD m_offset = 0;  // of the block header in the file
-  DWORD m_frames = 0;
+  // In all blocks before this one, modulo 2^32: so a frame is numbered without counting.
+  DWORD m_frames_before = 0;
   DWORD m_time_stamp = 0;  // of the first frame
 };
 

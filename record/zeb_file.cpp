@@ -1,6 +1,9 @@
 // What writer, reader and clip share: opening, closing and the block queries.
 #include "record/zeb_file.h"
 
+#include <algorithm>
+#include <typeinfo>
+
 #include "platform/framework/error_report.h"
 #include "platform/framework/file.h"
 #include "record/frame_block.h"
@@ -61,15 +64,29 @@ bool CZebFile::IsKnownBlock(int block) const {
 }
 
 int CZebFile::GetFrameNumOfBlock(int block) const {
-  return IsKnownBlock(block) ? static_cast<int>(m_index[block].m_frames) : 0;
+  return IsKnownBlock(block) ? static_cast<int>(FramesOf(block)) : 0;
+}
+
+DWORD CZebFile::FramesOf(int block) const {
+  const bool is_last = block + 1 == m_index.Count();
+  return (is_last ? m_total_frames : m_index[block + 1].m_frames_before) -
+         m_index[block].m_frames_before;
 }
 
 int CZebFile::GetFrameIndex(int block, int index) const {
   // Unsigned: the counts of a damaged file may add up to anything.
   auto number = static_cast<DWORD>(index);
-  // Also behind the last block: a derived class may know of more.
-  for (int before = 0; before < block; ++before) {
-    number += static_cast<DWORD>(GetFrameNumOfBlock(before));
+  if (typeid(*this) != typeid(CZebFile)) {
+    // Also behind the last block: a derived class may know of more.
+    for (int before = 0; before < block; ++before) {
+      number += static_cast<DWORD>(GetFrameNumOfBlock(before));
+    }
+    return static_cast<int>(number);
+  }
+  // A player asks for every frame that it shows, in files of thousands of blocks.
+  const int known = std::min({block, m_index.Count(), m_index.Size() - 1});
+  if (known > 0) {
+    number += known < m_index.Count() ? m_index[known].m_frames_before : m_total_frames;
   }
   return static_cast<int>(number);
 }

@@ -86,8 +86,8 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   int GetFrameNumOfBlock(int block) const override;
   int GetTotalBlock() const override { return m_index.Count(); }
   int GetTotalFrame() const override { return static_cast<int>(m_total_frames); }
-  // The number of a frame, counted from the start of the file. Takes one call of GetFrameNumOfBlock
-  // for every block before it, whether it exists or not.
+  // The number of a frame, counted from the start of the file. A derived class is asked by
+  // GetFrameNumOfBlock for every block before it, whether it exists or not; this one keeps sums.
   int GetFrameIndex(int block, int index) const override;
   int GetFrameIndexOfBlock(int block) const override;
   // When a block begins: to the second, 0 for a block that does not exist.
@@ -117,6 +117,8 @@ class ZEBX_API CZebFile : public CZebFileInfo {
   void Detach();
   bool Reopen(UINT access);
   bool IsKnownBlock(int block) const;
+  // Of a block that is in the index.
+  DWORD FramesOf(int block) const;
 
   // Writing: zeb_file_writer.cpp.
   int Create(CZebFileInfo* info);

@@ -131,7 +131,7 @@ int CZebFile::AlarmPreviewData(CZebFile* target, DWORD blocks) {
 // earlier one first; -1 when that is empty too.
 int CZebFile::FirstPreviewBlock(DWORD blocks) const {
   const int total = m_index.Count();
-  const auto has_frames = [&](int block) { return block < total && m_index[block].m_frames > 0; };
+  const auto has_frames = [&](int block) { return block < total && FramesOf(block) > 0; };
   const int start = blocks < static_cast<DWORD>(total) ? total - static_cast<int>(blocks) : 0;
   if (has_frames(start)) return start;
   if (start == 0) return -1;
@@ -143,7 +143,7 @@ void CZebFile::CopyBlockTo(CZebFile& target, int block, CTime begin_time, CZebFr
   const bool is_last = block + 1 == m_index.Count();
   const ULONGLONG end = is_last ? m_file->GetLength() : m_index[block + 1].m_offset;
   ULONGLONG position = ULONGLONG{m_index[block].m_offset} + kBlockHeaderBytes;
-  const DWORD frames = m_index[block].m_frames;
+  const DWORD frames = FramesOf(block);
   for (DWORD index = 0; index < frames; ++index) {
     m_file->Seek(position);
     const auto header = FrameHeader::Read(*m_file);

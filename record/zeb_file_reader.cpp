@@ -49,7 +49,7 @@ bool CZebFile::LoadIndex() {
       const ULONGLONG room = (header.m_next - frames_begin) / kFrameHeaderBytes;
       frames = static_cast<DWORD>(std::min<ULONGLONG>(frames, room));
     }
-    m_index.Add({static_cast<DWORD>(offset), frames, header.m_time_stamp});
+    m_index.Add({static_cast<DWORD>(offset), m_total_frames, header.m_time_stamp});
     m_total_frames += frames;
     if (!goes_on) break;
     offset = header.m_next;
@@ -77,12 +77,12 @@ int CZebFile::ReadOneFrame(CZebFrameData* frame, int block, int index) {
 }
 
 int CZebFile::ReadNext(CZebFrameData& frame) {
-  if (static_cast<DWORD>(m_read_frame) < m_index[m_read_block].m_frames) {
+  if (static_cast<DWORD>(m_read_frame) < FramesOf(m_read_block)) {
     m_file->Seek(m_read_position);
     return ReadHere(frame, m_read_block, m_read_frame);
   }
   for (int block = m_read_block + 1; block < m_index.Count(); ++block) {
-    if (m_index[block].m_frames == 0) continue;
+    if (FramesOf(block) == 0) continue;
     m_file->Seek(ULONGLONG{m_index[block].m_offset} + kBlockHeaderBytes);
     return ReadHere(frame, block, 0);
   }
@@ -90,7 +90,7 @@ int CZebFile::ReadNext(CZebFrameData& frame) {
 }
 
 int CZebFile::ReadAt(CZebFrameData& frame, int block, int index) {
-  while (static_cast<DWORD>(index) >= m_index[block].m_frames) {
+  while (static_cast<DWORD>(index) >= FramesOf(block)) {
     index = 0;
     if (++block == m_index.Count()) return 0;
   }
@@ -129,7 +129,7 @@ int CZebFile::GetFilePos(int& block, int& index) const {
 // The empty block that ends a finished file is no place to read on at.
 bool CZebFile::HasFrameFrom(int block, int index) const {
   for (; block < m_index.Count(); ++block, index = 0) {
-    if (static_cast<DWORD>(index) < m_index[block].m_frames) return true;
+    if (static_cast<DWORD>(index) < FramesOf(block)) return true;
   }
   return false;
 }

@@ -177,7 +177,6 @@ void CZebFile::Append(const CZebFrameData& frame, FrameSource source) {
   ++m_total_frames;
   if (now) SetEndTime(*now);
   ++m_block.m_frames;
-  m_index.Last().m_frames = m_block.m_frames;
   m_block_bytes += bytes;
   SetLength(GetLength() + bytes);
 }
@@ -226,7 +225,7 @@ void CZebFile::BeginFile(DWORD time_stamp, std::optional<CTime> now) {
 // In memory alone.
 void CZebFile::StartBlock(DWORD time_stamp, DWORD index_time_stamp) {
   const DWORD offset = m_index.Last().m_offset;
-  m_index.Add({static_cast<DWORD>(AppendOffset()), 0, index_time_stamp});
+  m_index.Add({static_cast<DWORD>(AppendOffset()), m_total_frames, index_time_stamp});
   m_block = {offset, kNoBlock, 0, time_stamp};
   m_block_bytes = 0;
 }
@@ -304,7 +303,6 @@ void CZebFile::AppendPrepared(CFrameBlock& block) {
   SetEndTime(block.GetEndTime());
   m_total_frames += block.GetFrameNum();
   m_block.m_frames = static_cast<WORD>(block.GetFrameNum());
-  m_index.Last().m_frames = m_block.m_frames;
   m_block_bytes = static_cast<DWORD>(copied);
 }
 

@@ -74,6 +74,7 @@ TEST_F(ZebFileReader, AnswersQuestionsAboutBlocks) {
   EXPECT_EQ(m_file.GetTotalBlock(), 3);
   EXPECT_EQ(m_file.GetTotalFrame(), 250);
   EXPECT_EQ(m_file.GetFrameIndex(1, 5), 125);
+  EXPECT_EQ(m_file.GetFrameIndex(7, 5), 255) << "behind the last block";
   const std::array<DWORD, 4> cases[] = {{0, 120, 1000, 1000000000},
                                         {1, 130, 5800, 1000000004},
                                         {2, 0, 11000, 1000000010},

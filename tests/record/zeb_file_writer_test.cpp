@@ -192,6 +192,9 @@ TEST_F(ZebFileWriter, QueriesHideTheLastEntryOfAnIndexThatIsExactlyFull) {
   EXPECT_EQ(m_file->GetFrameNumOfBlock(1022) + m_file->GetFrameNumOfBlock(1023), 10);
   EXPECT_EQ(m_file->GetBlockTimeStamp(1023), 0xFFFFFFFF);
   EXPECT_EQ(m_file->GetBlockTime(1023).GetTime(), 0U);
+  int number = 0;
+  for (int before = 0; before < 1024; ++before) number += m_file->GetFrameNumOfBlock(before);
+  EXPECT_EQ(m_file->GetFrameIndex(1024, 0), number);
   while (m_file->GetTotalBlock() < 1025) WriteRun(*m_file, {10, 1, 2});
   int block = 0, index = 0;
   EXPECT_EQ(m_file->GetFilePos(block, index), 1);
