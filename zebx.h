@@ -26,6 +26,7 @@
 #include "platform/os/graphics/bitmap_resources.h"
 #include "platform/os/graphics/graphics.h"
 #include "platform/os/windows/windows.h"
+#include "platform/os/windows/wnd.h"
 
 // The libraries that a host can bring its own of: devices, codec, display.
 #include "platform/noxcodec/noxcodec.h"

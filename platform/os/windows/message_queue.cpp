@@ -19,12 +19,19 @@ constexpr DWORD kClockSliceMs = 10;
 
 }  // namespace
 
-bool MessageQueue::Post(const Message& message) {
+bool MessageQueue::Post(const Message& message, bool always) {
   const std::lock_guard lock(m_mutex);
-  if (m_is_closed || m_posted.size() >= kMaxPosted) return false;
-  m_posted.push_back(message);
+  if (m_is_closed || (m_posted.size() >= kMaxPosted && !always)) return false;
+  m_posted.push_back({message, m_posted_count++});
   m_changed.notify_one();
   return true;
+}
+
+UINT MessageQueue::Remove(const MessageFilter& filter) {
+  const std::lock_guard lock(m_mutex);
+  return static_cast<UINT>(std::erase_if(m_posted, [&](const PostedMessage& posted) {
+    return filter.Passes(posted.m_message.m_window, posted.m_message.m_message);
+  }));
 }
 
 bool MessageQueue::Send(std::shared_ptr<SentMessage>&& sent) {
@@ -49,7 +56,7 @@ bool MessageQueue::KillTimer(HWND window, UINT timer) {
 SentMessages MessageQueue::Forget(HWND window) {
   const std::lock_guard lock(m_mutex);
   m_timers.Forget(window);
-  std::erase_if(m_posted, [&](const Message& message) { return message.m_window == window; });
+  std::erase_if(m_posted, [&](const auto& posted) { return posted.m_message.m_window == window; });
   const auto first = std::stable_partition(m_sent.begin(), m_sent.end(), [&](const auto& sent) {
     return sent->m_message.m_window != window;
   });
@@ -62,7 +69,7 @@ void MessageQueue::Answer(SentMessage& sent, LRESULT answer) {
   MessageQueue* sender = sent.m_sender.get();
   if (sender == nullptr) return;
   const std::lock_guard lock(sender->m_mutex);
-  sent.m_is_answered = true;
+  if (std::exchange(sent.m_is_answered, true)) return;
   sent.m_answer = answer;
   sender->m_changed.notify_one();
 }
@@ -83,6 +90,11 @@ void MessageQueue::PostQuit(int exit_code) {
   m_exit_code = exit_code;
 }
 
+std::size_t MessageQueue::CountSent() {
+  const std::lock_guard lock(m_mutex);
+  return m_sent.size();
+}
+
 std::shared_ptr<SentMessage> MessageQueue::TakeSent() {
   const std::lock_guard lock(m_mutex);
   if (m_sent.empty()) return nullptr;
@@ -94,19 +106,21 @@ std::shared_ptr<SentMessage> MessageQueue::TakeSent() {
 std::optional<Message> MessageQueue::Take(const MessageFilter& filter) {
   const DWORD now = GetTickCount();
   const std::lock_guard lock(m_mutex);
-  const auto posted = std::find_if(m_posted.begin(), m_posted.end(), [&](const Message& message) {
-    return filter.Passes(message.m_window, message.m_message);
+  m_timers.NoteDue(now, m_posted_count);
+  const auto next = std::find_if(m_posted.begin(), m_posted.end(), [&](const auto& posted) {
+    return filter.Passes(posted.m_message.m_window, posted.m_message.m_message);
   });
-  if (posted != m_posted.end()) {
-    const Message message = *posted;
-    m_posted.erase(posted);
+  if (next != m_posted.end()) {
+    if (const auto timer = m_timers.TakeDue(now, filter, next->m_number)) return timer;
+    const Message message = next->m_message;
+    m_posted.erase(next);
     return message;
   }
   if (m_exit_code && filter.Passes(nullptr, kWmQuit)) {
     const auto exit_code = std::exchange(m_exit_code, std::nullopt);
     return Message{nullptr, kWmQuit, static_cast<WPARAM>(*exit_code), 0};
   }
-  return m_timers.TakeDue(now, filter);
+  return m_timers.TakeDue(now, filter, m_posted_count);
 }
 
 void MessageQueue::Wait() {

@@ -14,6 +14,7 @@
 namespace os {
 
 class MessageQueue;
+struct Activity;
 struct Window;
 
 // A message that another thread wants answered.
@@ -21,10 +22,13 @@ struct SentMessage {
   Message m_message;
   // Who waits; null when nobody does.
   std::shared_ptr<MessageQueue> m_sender;
-  // Set when another thread has destroyed the window and its own is still to be told.
+  // Set when another thread has destroyed the window: it ends in its own thread, which may have to
+  // be told.
   std::shared_ptr<Window> m_destroyed_window;
   // Sent while an AwaitedWork lived, or by a procedure for such a message.
   bool m_is_awaited = false;
+  // Who is running it. Guarded by the lock of all activities.
+  Activity* m_runner = nullptr;
 
   // Guarded by the sender's queue.
   bool m_is_answered = false;
@@ -40,8 +44,10 @@ class MessageQueue {
  public:
   // From any thread.
 
-  // False when as many messages wait as a queue holds, and for a queue that is closed.
-  bool Post(const Message& message);
+  // False for a queue that is closed, and when as many messages wait as one holds unless `always`.
+  bool Post(const Message& message, bool always);
+  // Takes out what is posted and passes, and returns how many messages that were.
+  UINT Remove(const MessageFilter& filter);
   // Takes the message over. False, with the message left to the caller, for a queue that is closed.
   bool Send(std::shared_ptr<SentMessage>&& sent);
   void SetTimer(HWND window, UINT timer, DWORD interval_ms, DWORD now);
@@ -49,7 +55,7 @@ class MessageQueue {
   // Drops what is queued for a window and its timers. Returns the messages sent to it, which the
   // caller answers when it holds no lock.
   SentMessages Forget(HWND window);
-  // Lets the sender go on. Once for each message taken or forgotten.
+  // Lets the sender go on, for each message taken or forgotten; only the first answer counts.
   static void Answer(SentMessage& sent, LRESULT answer);
 
   // From the thread whose queue it is.
@@ -58,9 +64,12 @@ class MessageQueue {
   SentMessages Close();
   bool IsClosed();
   void PostQuit(int exit_code);
+  // How many messages that other threads sent are waiting.
+  std::size_t CountSent();
   // The next message sent by another thread; null when there is none.
   std::shared_ptr<SentMessage> TakeSent();
-  // The next message that passes: what was posted, then the quit message, then timers.
+  // The next message that passes: what was posted, then the quit message, then timers; but timers
+  // before what was posted after they were seen to be due.
   std::optional<Message> Take(const MessageFilter& filter);
   // Returns when there may be something to take.
   void Wait();
@@ -69,11 +78,17 @@ class MessageQueue {
   bool WaitForAnswer(const SentMessage& sent);
 
  private:
+  struct PostedMessage {
+    Message m_message;
+    ULONGLONG m_number;
+  };
+
   std::mutex m_mutex;
   std::condition_variable m_changed;  // waited for by the own thread alone
   // Guarded by m_mutex.
   SentMessages m_sent;  // oldest first; seldom more than one
-  std::deque<Message> m_posted;
+  std::deque<PostedMessage> m_posted;
+  ULONGLONG m_posted_count = 0;  // ever: the number of the next one
   std::optional<int> m_exit_code;
   TimerList m_timers;
   bool m_is_closed = false;

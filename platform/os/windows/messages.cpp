@@ -10,32 +10,50 @@
 namespace os {
 namespace {
 
+// Those that wait already: threads that go on sending must not keep the loop from its own messages.
 void RunAllSent(MessageQueue& queue) {
-  while (const auto sent = queue.TakeSent()) RunSent(*sent, queue);
+  for (std::size_t count = queue.CountSent(); count > 0; --count) {
+    if (const auto sent = queue.TakeSent()) RunSent(*sent, queue);
+  }
+}
+
+int Post(const Message& message, bool always) {
+  bool posted = false;
+  WindowTable::Get().Visit(message.m_window,
+                           [&](Window& found) { posted = found.m_queue->Post(message, always); });
+  return posted ? 1 : 0;
 }
 
 }  // namespace
 
 int PostMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  bool posted = false;
+  return Post({window, message, wparam, lparam}, false);
+}
+
+int PostNotice(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  return Post({window, message, wparam, lparam}, true);
+}
+
+UINT RemoveMessages(HWND window, UINT first, UINT last) {
+  UINT removed = 0;
   WindowTable::Get().Visit(window, [&](Window& found) {
-    posted = found.m_queue->Post({window, message, wparam, lparam});
+    removed = found.m_queue->Remove({window, first, last});
   });
-  return posted ? 1 : 0;
+  return removed;
 }
 
 LRESULT SendMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   const auto queue = ThisThreadQueue();
-  WindowTable& table = WindowTable::Get();
-  if (const auto own = table.OfThread(window, *queue)) {
-    return CallProcedure(*own, {window, message, wparam, lparam});
-  }
+  if (const auto answer = CallProcedure({window, message, wparam, lparam}, *queue)) return *answer;
   const auto sent = std::make_shared<SentMessage>();
   sent->m_message = {window, message, wparam, lparam};
   sent->m_sender = queue;
   sent->m_is_awaited = IsAwaited();
+  Activity sending;
+  sending.m_sent = sent.get();
+  const ActivityScope scope(sending);
   bool is_sent = false;
-  table.Visit(window, [&, copy = sent](Window& found) mutable {
+  WindowTable::Get().Visit(window, [&, copy = sent](Window& found) mutable {
     is_sent = found.m_queue->Send(std::move(copy));
   });
   if (!is_sent) return 0;
@@ -78,8 +96,7 @@ int PeekMessage(Message* message, HWND window, UINT first, UINT last) {
 }
 
 LRESULT DispatchMessage(const Message& message) {
-  const auto window = WindowTable::Get().OfThread(message.m_window, *ThisThreadQueue());
-  return window != nullptr ? CallProcedure(*window, message) : 0;
+  return CallProcedure(message, *ThisThreadQueue()).value_or(0);
 }
 
 void PostQuitMessage(int exit_code) {

@@ -41,11 +41,22 @@ std::optional<DWORD> TimerList::MsToNext(DWORD now) {
   return next;
 }
 
-std::optional<Message> TimerList::TakeDue(DWORD now, const MessageFilter& filter) {
+void TimerList::NoteDue(DWORD now, ULONGLONG posted) {
+  for (Timer& timer : m_timers) {
+    if (timer.MsToDue(now) != 0) {
+      timer.m_posted_before.reset();
+    } else if (!timer.m_posted_before) {
+      timer.m_posted_before = posted;
+    }
+  }
+}
+
+std::optional<Message> TimerList::TakeDue(DWORD now, const MessageFilter& filter, ULONGLONG next) {
   Timer* first = nullptr;
   DWORD first_late_ms = 0;
   for (Timer& timer : m_timers) {
-    if (timer.MsToDue(now) != 0 || !filter.Passes(timer.m_window, kWmTimer)) continue;
+    const bool is_next = timer.m_posted_before && *timer.m_posted_before <= next;
+    if (!is_next || !filter.Passes(timer.m_window, kWmTimer)) continue;
     const DWORD late_ms = now - timer.m_due;
     if (first == nullptr || late_ms > first_late_ms) {
       first = &timer;
@@ -54,6 +65,7 @@ std::optional<Message> TimerList::TakeDue(DWORD now, const MessageFilter& filter
   }
   if (first == nullptr) return std::nullopt;
   first->m_due += first->m_interval_ms * (first_late_ms / first->m_interval_ms + 1);
+  first->m_posted_before.reset();
   return Message{first->m_window, kWmTimer, first->m_id, 0};
 }
 

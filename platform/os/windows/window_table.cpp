@@ -26,19 +26,19 @@ HWND WindowTable::Add(std::shared_ptr<Window> window) {
   return handle;
 }
 
-std::shared_ptr<Window> WindowTable::OfThread(HWND handle, const MessageQueue& queue) {
+std::shared_ptr<Window> WindowTable::BeginCall(const MessageQueue& own_queue, Activity& call) {
   const std::lock_guard lock(m_mutex);
-  const auto found = m_windows.find(handle);
-  return found != m_windows.end() && found->second->m_queue.get() == &queue ? found->second
-                                                                            : nullptr;
+  const auto found = m_windows.find(call.m_called);
+  if (found == m_windows.end() || found->second->m_queue.get() != &own_queue) return nullptr;
+  Activities::Get().Begin(call);
+  return found->second;
 }
 
-HWND WindowTable::AnyOfThread(const MessageQueue& queue) {
+bool WindowTable::BeginLastCall(Activity& call) {
   const std::lock_guard lock(m_mutex);
-  for (const auto& [handle, window] : m_windows) {
-    if (window->m_queue.get() == &queue && !window->m_is_dying) return handle;
-  }
-  return nullptr;
+  if (m_untold.erase(call.m_called) == 0) return false;
+  Activities::Get().Begin(call);
+  return true;
 }
 
 bool WindowTable::Condemn(HWND handle) {
@@ -47,33 +47,40 @@ bool WindowTable::Condemn(HWND handle) {
   return window != nullptr && !std::exchange(window->m_is_dying, true);
 }
 
-HWND WindowTable::TakeChild(HWND handle) {
+HWND WindowTable::CondemnChild(HWND handle) {
   const std::lock_guard lock(m_mutex);
   Window* window = Find(handle);
-  if (window == nullptr || window->m_children.empty()) return nullptr;
-  HWND child = window->m_children.back();
-  window->m_children.pop_back();
-  if (Window* found = Find(child)) found->m_parent = nullptr;
-  return child;
+  if (window == nullptr) return nullptr;
+  for (HWND child : window->m_children) {
+    if (!std::exchange(Find(child)->m_is_dying, true)) return child;
+  }
+  return nullptr;
 }
 
-SentMessages WindowTable::Remove(HWND handle) {
-  std::shared_ptr<Window> window;  // ends outside the lock, as its procedure may own anything
+WindowTable::Taken WindowTable::TakeTree(HWND root, const MessageQueue& own_queue, bool tell) {
+  Taken taken;
   const std::lock_guard lock(m_mutex);
-  window = TakeOut(handle);
-  return window != nullptr ? window->m_queue->Forget(handle) : SentMessages();
+  if (!tell) m_untold.erase(root);
+  TakeOut(root, own_queue, tell, taken);
+  return taken;
 }
 
-SentMessages WindowTable::RemoveFromOtherThread(HWND handle) {
+WindowTable::Taken WindowTable::TakeThread(const MessageQueue& own_queue) {
+  Taken taken;
   const std::lock_guard lock(m_mutex);
-  auto notice = std::make_shared<SentMessage>();
-  notice->m_message = {handle, kWmDestroy, 0, 0};
-  notice->m_destroyed_window = TakeOut(handle);
-  if (notice->m_destroyed_window == nullptr) return {};
-  const auto queue = notice->m_destroyed_window->m_queue;
-  SentMessages sent = queue->Forget(handle);
-  if (!queue->Send(std::move(notice))) sent.push_back(std::move(notice));
-  return sent;
+  std::vector<HWND> own;
+  for (const auto& [handle, window] : m_windows) {
+    if (window->m_queue.get() == &own_queue) own.push_back(handle);
+  }
+  for (HWND handle : own) TakeOut(handle, own_queue, true, taken);
+  return taken;
+}
+
+void WindowTable::ForgetUntold(const SentMessages& notices) {
+  const std::lock_guard lock(m_mutex);
+  for (const auto& notice : notices) {
+    if (notice->m_destroyed_window != nullptr) m_untold.erase(notice->m_message.m_window);
+  }
 }
 
 Window* WindowTable::Find(HWND handle) {
@@ -81,11 +88,29 @@ Window* WindowTable::Find(HWND handle) {
   return found != m_windows.end() ? found->second.get() : nullptr;
 }
 
-std::shared_ptr<Window> WindowTable::TakeOut(HWND handle) {
-  auto node = m_windows.extract(handle);
-  if (node.empty()) return nullptr;
-  if (Window* parent = Find(node.mapped()->m_parent)) std::erase(parent->m_children, handle);
-  return std::move(node.mapped());
+void WindowTable::TakeOut(HWND root, const MessageQueue& own_queue, bool tell, Taken& taken) {
+  std::vector<HWND> next = {root};
+  while (!next.empty()) {
+    HWND handle = next.back();
+    next.pop_back();
+    auto node = m_windows.extract(handle);
+    if (node.empty()) continue;
+    auto window = std::move(node.mapped());
+    if (Window* parent = Find(window->m_parent)) std::erase(parent->m_children, handle);
+    next.insert(next.end(), window->m_children.begin(), window->m_children.end());
+    taken.m_handles.push_back(handle);
+    const auto queue = window->m_queue;
+    for (auto& sent : queue->Forget(handle)) taken.m_unanswered.push_back(std::move(sent));
+    if (queue.get() == &own_queue) {
+      taken.m_own.push_back(std::move(window));
+      continue;
+    }
+    auto notice = std::make_shared<SentMessage>();
+    notice->m_message = {handle, kWmDestroy, 0, 0};
+    notice->m_destroyed_window = std::move(window);
+    if (tell) m_untold.insert(handle);
+    queue->Send(std::move(notice));
+  }
 }
 
 }  // namespace os

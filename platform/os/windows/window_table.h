@@ -4,8 +4,10 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
+#include "platform/os/windows/activities.h"
 #include "platform/os/windows/message_queue.h"
 #include "platform/os/windows/windows.h"
 
@@ -34,7 +36,8 @@ struct Window {
   bool m_is_dying = false;  // being destroyed; it still answers
 };
 
-// Any thread may call. A queue's lock may be taken while the table is locked, nothing else.
+// Any thread may call. The locks of activities and of a queue may be taken while the table is
+// locked, nothing else.
 class WindowTable {
  public:
   // The table of the process.
@@ -53,28 +56,43 @@ class WindowTable {
     return true;
   }
 
-  // The window when its thread is the one with this queue, else null.
-  std::shared_ptr<Window> OfThread(HWND handle, const MessageQueue& queue);
-  // Any window of that thread which is not dying; null when there is none.
-  HWND AnyOfThread(const MessageQueue& queue);
+  // Begins the call of a window's procedure in the calling thread, which has this queue. Null, with
+  // nothing begun, when it is not that window's thread.
+  std::shared_ptr<Window> BeginCall(const MessageQueue& own_queue, Activity& call);
+  // The same for a window that another thread destroyed. False when this thread is not to be told.
+  bool BeginLastCall(Activity& call);
 
   // Marks a window as dying, after which it gets no more children. False when it is stale or dying
   // already; who gets true takes it out.
   bool Condemn(HWND handle);
-  // Takes a child off its parent; null when none is left.
-  HWND TakeChild(HWND handle);
-  // Takes a window of the calling thread out. The caller answers what was sent to it.
-  SentMessages Remove(HWND handle);
-  // The same for a window of another thread, which gets kWmDestroy from its loop afterwards.
-  SentMessages RemoveFromOtherThread(HWND handle);
+  // The same for any child of a window that is not dying. Null when there is none.
+  HWND CondemnChild(HWND handle);
+
+  // What the caller of TakeTree does when it holds no lock.
+  struct Taken {
+    std::vector<HWND> m_handles;
+    SentMessages m_unanswered;                   // to answer with 0
+    std::vector<std::shared_ptr<Window>> m_own;  // ends with this
+  };
+  // Takes a window and everything below it out at once, with what is queued for them. Windows of
+  // other threads end in those; with `tell` they get kWmDestroy there. Nobody is called for a
+  // window any more but for that. Nothing is taken for a stale handle; without `tell`, kWmDestroy
+  // does not come for it any more, either.
+  Taken TakeTree(HWND root, const MessageQueue& own_queue, bool tell);
+  // The same, with `tell` for others, for all windows of the calling thread, which ends.
+  Taken TakeThread(const MessageQueue& own_queue);
+  // The thread of these windows ended before it was told.
+  void ForgetUntold(const SentMessages& notices);
 
  private:
   Window* Find(HWND handle);
-  std::shared_ptr<Window> TakeOut(HWND handle);
+  void TakeOut(HWND root, const MessageQueue& own_queue, bool tell, Taken& taken);
 
   std::mutex m_mutex;
   // Guarded by m_mutex.
   std::unordered_map<HWND, std::shared_ptr<Window>> m_windows;
+  std::unordered_set<HWND>
+      m_untold;  // destroyed by other threads than theirs, which get kWmDestroy
   std::uintptr_t m_last_handle = 0;
 };
 

@@ -16,26 +16,26 @@ void AnswerNothing(const SentMessages& messages) {
   for (const auto& sent : messages) MessageQueue::Answer(*sent, 0);
 }
 
-// Marks a window as dying and, with `tell`, lets one of this thread know. False as DestroyTree.
-bool BeginDestroying(HWND handle, const MessageQueue& own_queue, bool tell) {
-  WindowTable& table = WindowTable::Get();
-  if (!table.Condemn(handle)) return false;
-  const auto own = tell ? table.OfThread(handle, own_queue) : nullptr;
-  if (own != nullptr) CallProcedure(*own, {handle, kWmDestroy, 0, 0});
-  return true;
-}
-
 thread_local bool thread_has_ended = false;
 
-// A message that the thread is running for another one, inside another such message.
-struct RunningMessage {
-  SentMessage* m_unanswered;  // null once it is answered
-  RunningMessage* m_outer;
-  bool m_is_awaited;
-};
-
-thread_local RunningMessage* running_message = nullptr;
 thread_local int awaited_works = 0;
+
+bool IsRunningAwaited(const Activity& activity) {
+  return activity.m_run != nullptr && activity.m_run->m_is_awaited;
+}
+
+// Makes a call that has begun, and ends it.
+LRESULT Call(const Window& window, const Message& message, Activity& call) noexcept {
+  LRESULT answer = 0;
+  try {
+    answer =
+        window.m_procedure(message.m_window, message.m_message, message.m_wparam, message.m_lparam);
+  } catch (const std::exception& failure) {
+    ReportError(failure);
+  }
+  Activities::Get().End(call);
+  return answer;
+}
 
 // Ends with its thread.
 struct ThreadWindows {
@@ -48,8 +48,11 @@ struct ThreadWindows {
   ~ThreadWindows() {
     thread_has_ended = true;
     WindowTable& table = WindowTable::Get();
-    while (HWND window = table.AnyOfThread(*m_queue)) DestroyTree(window, *m_queue, false);
-    AnswerNothing(m_queue->Close());
+    const WindowTable::Taken taken = table.TakeThread(*m_queue);
+    AnswerNothing(taken.m_unanswered);
+    const SentMessages notices = m_queue->Close();
+    table.ForgetUntold(notices);
+    AnswerNothing(notices);
   }
 };
 
@@ -65,24 +68,26 @@ std::shared_ptr<MessageQueue> ThisThreadQueue() {
   return windows.m_queue;
 }
 
-LRESULT CallProcedure(const Window& window, const Message& message) noexcept {
-  try {
-    return window.m_procedure(window.m_handle, message.m_message, message.m_wparam,
-                              message.m_lparam);
-  } catch (const std::exception& failure) {
-    ReportError(failure);
-    return 0;
-  }
+std::optional<LRESULT> CallProcedure(const Message& message, const MessageQueue& own_queue) {
+  Activity call;
+  call.m_called = message.m_window;
+  const auto window = WindowTable::Get().BeginCall(own_queue, call);
+  if (window == nullptr) return std::nullopt;
+  return Call(*window, message, call);
 }
 
-void RunSent(SentMessage& sent, const MessageQueue& queue) {
+void RunSent(SentMessage& sent, const MessageQueue& own_queue) {
+  Activity call;
+  call.m_called = sent.m_message.m_window;
+  call.m_run = &sent;
+  WindowTable& table = WindowTable::Get();
   auto window = std::exchange(sent.m_destroyed_window, nullptr);
-  if (window == nullptr) window = WindowTable::Get().OfThread(sent.m_message.m_window, queue);
-  RunningMessage running{&sent, running_message, sent.m_is_awaited};
-  running_message = &running;
-  const LRESULT answer = window != nullptr ? CallProcedure(*window, sent.m_message) : 0;
-  running_message = running.m_outer;
-  if (running.m_unanswered != nullptr) MessageQueue::Answer(sent, answer);
+  if (window == nullptr) {
+    window = table.BeginCall(own_queue, call);
+  } else if (!table.BeginLastCall(call)) {
+    return;
+  }
+  MessageQueue::Answer(sent, window != nullptr ? Call(*window, sent.m_message, call) : 0);
 }
 
 AwaitedWork::AwaitedWork() {
@@ -94,40 +99,56 @@ AwaitedWork::~AwaitedWork() {
 }
 
 bool IsAwaited() {
-  const RunningMessage* running = running_message;
-  while (running != nullptr && !running->m_is_awaited) running = running->m_outer;
-  return awaited_works > 0 || running != nullptr;
+  const Activity* activity = Activities::Innermost();
+  while (activity != nullptr && !IsRunningAwaited(*activity)) activity = activity->m_outer;
+  return awaited_works > 0 || activity != nullptr;
 }
 
 void AnswerEarly() {
-  for (RunningMessage* running = running_message; running != nullptr; running = running->m_outer) {
-    if (!running->m_is_awaited) continue;
-    SentMessage* sent = std::exchange(running->m_unanswered, nullptr);
-    if (sent != nullptr) MessageQueue::Answer(*sent, 0);
+  const Activity* activity = Activities::Innermost();
+  for (; activity != nullptr; activity = activity->m_outer) {
+    if (IsRunningAwaited(*activity)) MessageQueue::Answer(*activity->m_run, 0);
   }
 }
 
-void AwaitAnswer(const SentMessage& sent, MessageQueue& queue) {
-  while (!queue.WaitForAnswer(sent)) {
-    if (const auto incoming = queue.TakeSent()) RunSent(*incoming, queue);
+void AwaitAnswer(const SentMessage& sent, MessageQueue& own_queue) {
+  while (!own_queue.WaitForAnswer(sent)) {
+    if (const auto incoming = own_queue.TakeSent()) RunSent(*incoming, own_queue);
   }
 }
 
-bool DestroyTree(HWND root, const MessageQueue& own_queue, bool tell) {
+bool DestroyOwnTree(HWND root, const MessageQueue& own_queue) {
   WindowTable& table = WindowTable::Get();
-  if (!BeginDestroying(root, own_queue, tell)) return false;
-  std::vector<HWND> path = {root};  // what is being destroyed, each below the one before it
+  if (!table.Condemn(root)) return false;
+  std::vector<HWND> path = {root};  // those that were told, each below the one before it
+  CallProcedure({root, kWmDestroy, 0, 0}, own_queue);
   while (!path.empty()) {
-    HWND window = path.back();
-    if (HWND child = table.TakeChild(window)) {
-      if (BeginDestroying(child, own_queue, tell)) path.push_back(child);
-      continue;
+    if (HWND child = table.CondemnChild(path.back())) {
+      CallProcedure({child, kWmDestroy, 0, 0}, own_queue);
+      path.push_back(child);
+    } else {
+      path.pop_back();
     }
-    path.pop_back();
-    const bool is_own = table.OfThread(window, own_queue) != nullptr;
-    AnswerNothing(is_own ? table.Remove(window) : table.RemoveFromOtherThread(window));
   }
+  AnswerNothing(table.TakeTree(root, own_queue, true).m_unanswered);
   return true;
+}
+
+bool CloseTree(HWND root, const std::shared_ptr<MessageQueue>& own_queue) {
+  WindowTable::Taken taken = WindowTable::Get().TakeTree(root, *own_queue, false);
+  AnswerNothing(taken.m_unanswered);
+  const bool is_closed = !taken.m_handles.empty();
+  const auto waiter = std::make_shared<SentMessage>();
+  waiter->m_sender = own_queue;
+  Activity closing;
+  closing.m_closed = is_closed ? std::move(taken.m_handles) : std::vector<HWND>{root};
+  closing.m_waiter = waiter.get();
+  if (Activities::Get().BeginClosing(closing)) {
+    AnswerEarly();
+    AwaitAnswer(*waiter, *own_queue);
+    Activities::Get().End(closing);
+  }
+  return is_closed;
 }
 
 }  // namespace os

@@ -39,8 +39,13 @@ HWND CreateWindow(HWND parent, const CString& title, const CRect& rectangle,
 
 int DestroyWindow(HWND window) {
   const auto queue = ThisThreadQueue();
-  if (WindowTable::Get().OfThread(window, *queue) == nullptr) return 0;
-  return DestroyTree(window, *queue, true) ? 1 : 0;
+  bool is_own = false;
+  WindowTable::Get().Visit(window, [&](Window& found) { is_own = found.m_queue == queue; });
+  return is_own && DestroyOwnTree(window, *queue) ? 1 : 0;
+}
+
+int CloseWindow(HWND window) {
+  return CloseTree(window, ThisThreadQueue()) ? 1 : 0;
 }
 
 int IsWindow(HWND window) {

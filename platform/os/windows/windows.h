@@ -40,16 +40,20 @@ using WindowProcedure = std::function<LRESULT(HWND, UINT, WPARAM, LPARAM)>;
 ZEBX_API HWND CreateWindow(HWND parent, const CString& title, const CRect& rectangle,
                            WindowProcedure procedure);
 // Destroys a window of the calling thread and everything below it: kWmDestroy goes to the window
-// first, then to its children; waiting senders get 0, queued messages and timers are dropped. A
-// child of another thread is gone at once and gets kWmDestroy when its thread's loop runs next. 1,
-// or 0 for a stale handle, from another thread, and while it is being destroyed already.
+// first, then to its children; then all of them go at once, waiting senders get 0, queued messages
+// and timers are dropped. A child of another thread gets kWmDestroy afterwards, when its thread's
+// loop runs next. 1, or 0 for a stale handle, from another thread, and while it is being destroyed
+// already.
 //
 // The end of a thread destroys its windows without telling them.
 ZEBX_API int DestroyWindow(HWND window);
 // The same from any thread, and for good: when it returns, no procedure of the window or of one
 // below it runs or will run, but for calls that the calling thread is itself inside of; nobody gets
-// kWmDestroy. While it waits, the calling thread answers what is sent to its windows. 1, or 0 for a
+// kWmDestroy. While it waits, the calling thread answers what is sent to its windows, and messages
+// that it is itself answering get 0 when their senders could not go on otherwise. 1, or 0 for a
 // stale handle; it waits then, too, for a procedure of that window that still runs.
+//
+// Procedures that close each other's windows: docs/threads.md.
 ZEBX_API int CloseWindow(HWND window);
 // Safe for any value: handles are never used again.
 ZEBX_API int IsWindow(HWND window);
@@ -79,24 +83,27 @@ ZEBX_API int WithWindowPicture(HWND window, const std::function<void(const Windo
 ZEBX_API int PostMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 // The same for a message that ends a wait or frees a buffer: a full queue does not refuse it.
 ZEBX_API int PostNotice(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-// Takes the window's queued messages from `first` to `last` out, from any thread, and returns how
-// many there were. What is taken by the window's thread already is not called back.
+// Takes the window's queued messages from `first` to `last` out, all of them when both are 0, from
+// any thread, and returns how many there were. Timers stay, and what is taken by the window's
+// thread already is not called back.
 ZEBX_API UINT RemoveMessages(HWND window, UINT first, UINT last);
 // Runs the window's procedure and returns its answer: directly in the window's own thread,
 // otherwise from its message loop, while the caller waits (and answers what is sent to its own
 // windows). 0 for a stale handle, and when the window or its thread ends first.
 ZEBX_API LRESULT SendMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 
-// Queues kWmTimer with `timer` as wparam every `interval_ms` (at least 1) of the clock in force,
-// for as long as nothing else waits in the thread; late ones are merged. A timer of the same number
-// starts anew. 1, or 0 for a stale handle.
+// Queues kWmTimer with `timer` as wparam every `interval_ms` (at least 1) of the clock in force;
+// late ones are merged. It comes after what was posted before, when the loop first found it due,
+// and before what is posted later. A timer of the same number starts anew. 1, or 0 for a stale
+// handle.
 ZEBX_API int SetTimer(HWND window, UINT timer, DWORD interval_ms);
 // 1, or 0 when there is no such timer. A message that is taken already is not called back.
 ZEBX_API int KillTimer(HWND window, UINT timer);
 
 // Takes the calling thread's next message, waiting for one: first what was posted, then the quit
-// message, then due timers. What other threads send is answered first and meanwhile. A clock that
-// is stepped by hand is noticed within 10 ms. 0 for the quit message, else 1.
+// message, then due timers, which do not wait for what is posted later. What other threads send is
+// answered first and meanwhile. A clock that is stepped by hand is noticed within 10 ms. 0 for the
+// quit message, else 1.
 ZEBX_API int GetMessage(Message* message);
 // The same without waiting: 1 for every message, 0 when there is none. With a window, or with
 // message numbers from `first` to `last` unless both are 0, other messages stay queued.

@@ -35,17 +35,19 @@ class ZEBX_API CWnd : public CObject {
   CWnd(const CWnd&) = delete;
   CWnd& operator=(const CWnd&) = delete;
 
-  // Null without a window; may be stale when its parent or thread has ended.
+  // Null without a window; stale when its parent or thread has ended.
   HWND GetSafeHwnd() const { return m_window; }
+  // The number given to CreateChild last, 0 before.
+  UINT GetDlgCtrlID() const { return m_id; }
 
   // Creates a window of the calling thread, never shown, with an empty rectangle, as a child of
-  // `parent`. 1, or 0 with nothing changed for a parent that does not exist and when there is a
-  // window already.
+  // `parent`. 1, or 0 with nothing changed for a parent that is null or does not exist and when
+  // there is a window already; one that ended with its parent is none.
   int CreateChild(HWND parent, const CString& title, UINT id);
-  // Closes the window for good: afterwards no handler of this object runs or will run on another
-  // thread, and its messages and timers are gone. Inside a handler of its own thread the running
-  // handler goes on to its end; it may then even delete the object if it touches nothing of it
-  // afterwards. 1, or 0 without a window.
+  // Closes the window for good, as os::CloseWindow does: afterwards no handler of this object runs
+  // or will run on another thread, and its messages and timers are gone. Inside a handler of its
+  // own thread the running handler goes on to its end; it may then even delete the object if it
+  // touches nothing of it afterwards. 1, or 0 without a window.
   int DestroyWindow();
 
  protected:
@@ -53,10 +55,12 @@ class ZEBX_API CWnd : public CObject {
   virtual LRESULT WindowProc(UINT message, WPARAM wparam, LPARAM lparam);
   // What a window does with a message that nobody handles: nothing, 0.
   LRESULT Default() { return 0; }
+  // The handlers of this class; those of its base classes have to be among them.
   virtual std::span<const os::MessageMapEntry> GetMessageMap() const;
 
  private:
   std::atomic<HWND> m_window = nullptr;
+  std::atomic<UINT> m_id = 0;
 };
 
 namespace os {
