@@ -2,8 +2,12 @@
 // are done. A host may put its own functions in front of these.
 //
 // Any thread may call. Results are 0 for success; handles are never used again, so stale ones are
-// refused for ever. What plays is a paced software device: see sound_control.h.
+// refused for ever. What plays is a paced software device: it follows the clock in force, and a
+// buffer of n bytes takes n / bytes per second. What it plays goes nowhere unless sound_control.h
+// says where.
 #pragma once
+
+#include <atomic>
 
 #include "platform/framework/export.h"
 #include "platform/framework/types.h"
@@ -19,6 +23,7 @@ inline constexpr UINT kMmWomDone = 0x3BD;
 
 enum : UINT {
   kWaveNoError = 0,
+  kWaveFailed = 1,     // told to fail: see sound_control.h
   kWaveBadDevice = 2,  // no device of this number, or it cannot be opened
   kWaveBadHandle = 5,  // a device that is not open
   kWaveNoMemory = 7,
@@ -53,34 +58,46 @@ struct WaveFormat {
   WORD m_extra_bytes = 0;
 };
 
-// One buffer of sound. The caller's; borrowed from waveOutWrite until it is reported done or the
-// device is reset. The flags are the device's while it is queued.
+// One buffer of sound. The caller's: a device keeps its address from waveOutWrite until it is done,
+// and copies the data at once. Prepare, write and unprepare change the flags in the calling thread;
+// while the buffer is queued they are the device's, which sets kWaveDone and clears kWaveQueued in
+// one step, from any thread, before it reports the buffer, and never looks at it again. Meanwhile
+// others read the flags with WaveFlags and leave the rest alone.
 struct WaveHeader {
   BYTE* m_data = nullptr;
   DWORD m_length = 0;  // bytes to play
   DWORD m_recorded = 0;
   std::uintptr_t m_user = 0;
-  DWORD m_flags = 0;
+  alignas(std::atomic_ref<DWORD>::required_alignment) DWORD m_flags = 0;
   DWORD m_loops = 0;
   WaveHeader* m_next = nullptr;
   std::uintptr_t m_reserved = 0;
 };
 
+// The flags of a header, also while it is queued.
+inline DWORD WaveFlags(const WaveHeader& header) {
+  return std::atomic_ref(const_cast<WaveHeader&>(header).m_flags).load();
+}
+
 ZEBX_API UINT waveOutGetNumDevs();
-// Opens device 0 to waveOutGetNumDevs() - 1, or asks whether it plays the format. `*handle` is set
-// only on success. `instance` is kept and not used.
+// Opens device 0 to waveOutGetNumDevs() - 1, or asks whether it plays the format: PCM of 8 or 16
+// bits, in one or two channels, of 4,000 to 192,000 samples a second. A device may be open several
+// times; each opening plays for itself, on a thread of its own. `*handle` is set only on success.
+// `callback` is a window for kCallbackWindow, else nothing is reported; `instance` is kept and not
+// used. kWaveNoMemory, too, when there is no thread for it.
 ZEBX_API UINT waveOutOpen(HWAVEOUT* handle, UINT device, const WaveFormat* format,
                           std::uintptr_t callback, std::uintptr_t instance, DWORD flags);
-// `bytes` is sizeof(WaveHeader) in these three.
+// `bytes` is sizeof(WaveHeader) in these three. Preparing a prepared header does nothing.
 ZEBX_API UINT waveOutPrepareHeader(HWAVEOUT handle, WaveHeader* header, UINT bytes);
-// Queues a prepared buffer, which is played when those before it are.
+// Queues a prepared buffer. It begins when the one before it ends, or now when that is over.
 ZEBX_API UINT waveOutWrite(HWAVEOUT handle, WaveHeader* header, UINT bytes);
 // Refused while the buffer is queued; a header that is not prepared stays as it is.
 ZEBX_API UINT waveOutUnprepareHeader(HWAVEOUT handle, WaveHeader* header, UINT bytes);
 // Ends the sound: every queued buffer is marked done and reported. Afterwards the device has no
 // buffer of the caller any more.
 ZEBX_API UINT waveOutReset(HWAVEOUT handle);
-// Refused while buffers are queued.
+// Refused while buffers are queued. Afterwards nothing is reported any more. Meanwhile the calling
+// thread answers what is sent to its windows.
 ZEBX_API UINT waveOutClose(HWAVEOUT handle);
 
 }  // namespace os
