@@ -15,16 +15,17 @@ struct Piece {
   HWAVEOUT m_device = nullptr;  // each opening of a device has a handle of its own
   UINT m_number = 0;            // of the device
   WaveFormat m_format;
-  // When it began, since the device was opened; without a gap it is the end of the last one.
+  // When it began, since the device was opened.
   ULONGLONG m_begin_ms = 0;
+  // The silence before it, since the end of the last one: 0 while buffers follow each other.
+  ULONGLONG m_silence_ms = 0;
   std::span<const BYTE> m_bytes;  // valid during the call; never empty
 };
 
 // Takes what all devices play: a sound file, a sound card. Called by one thread at a time, the
-// device's own or the one that resets or closes it, and for each device in the order of its sound.
-// No lock of the devices is held but the one that makes these calls follow each other. So a sink
-// must not reset or close a device, replace the sink, send messages, or wait for a thread that
-// does. What it throws is reported.
+// device's own or the one that resets or closes it, and for each device in the order of its sound,
+// holding the one lock that makes these calls follow each other. So a sink must not throw, reset or
+// close a device, replace the sink, send messages, or wait for a thread that does.
 class ZEBX_API Sink {
  public:
   virtual ~Sink();

@@ -65,7 +65,7 @@ struct WaveFormat {
 // others read the flags with WaveFlags and leave the rest alone.
 struct WaveHeader {
   BYTE* m_data = nullptr;
-  DWORD m_length = 0;  // bytes to play
+  DWORD m_length = 0;  // bytes to play: whole samples
   DWORD m_recorded = 0;
   std::uintptr_t m_user = 0;
   alignas(std::atomic_ref<DWORD>::required_alignment) DWORD m_flags = 0;

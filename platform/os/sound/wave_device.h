@@ -1,0 +1,73 @@
+// One opening of a wave-out device.
+#pragma once
+
+#include <mutex>
+#include <optional>
+
+#include "platform/os/sound/paced_queue.h"
+#include "platform/os/sound/sound_control.h"
+#include "platform/os/threads/event.h"
+#include "platform/os/threads/thread.h"
+
+namespace os::sound {
+
+// Where the sound of all devices goes. The lock guards the sink, and is held while that is called
+// and while buffers are reported, so that both keep the order in which the buffers were over.
+struct SoundOutlet {
+  std::mutex m_mutex;
+  Sink* m_sink = nullptr;
+};
+
+// Plays what is written on a thread of its own, which hands the sound of finished buffers to the
+// sink and reports them. Any thread may call. m_mutex guards what is played; the outlet's lock is
+// taken before it.
+class WaveDevice {
+ public:
+  // Reports to `window`, or nobody when that is null. `outlet` is borrowed.
+  WaveDevice(HWAVEOUT handle, UINT number, const WaveFormat& format, HWND window,
+             SoundOutlet& outlet);
+  ~WaveDevice();
+  WaveDevice(const WaveDevice&) = delete;
+  WaveDevice& operator=(const WaveDevice&) = delete;
+
+  // To be called once. False when there is no thread.
+  bool Start();
+
+  UINT Write(WaveHeader& header);
+  // Returns when everything was reported.
+  void Reset();
+  // Refuses every further buffer from now on. kWaveStillPlaying while there are any, and
+  // kWaveBadHandle the second time.
+  UINT Shut();
+  // Ends the thread, once it is shut, and tells the sink.
+  void End();
+
+ private:
+  void Run();
+  // Hands over what is over, one buffer after the other.
+  void Deliver();
+  // The next buffer to hand over, if there is one.
+  WrittenBuffers TakeOver();
+  void Move(DWORD tick_ms);
+  // Takes buffers out of the hands of the device.
+  void Finish(WrittenBuffers buffers);
+  // For the thread, until the next buffer is over.
+  DWORD WaitMs();
+
+  const HWAVEOUT m_handle;
+  const UINT m_number;
+  const WaveFormat m_format;
+  const HWND m_window;
+  SoundOutlet& m_outlet;
+  Event m_stop;
+  Event m_changed;
+  Thread m_thread;
+
+  std::mutex m_mutex;
+  // Guarded by m_mutex.
+  PacedQueue m_queue;
+  WrittenBuffers m_over;  // marked as done, and not handed over yet
+  bool m_is_shut = false;
+};
+
+}  // namespace os::sound
