@@ -16,7 +16,8 @@
 #include "platform/framework/time.h"
 #include "platform/framework/types.h"
 
-// The operating system: drives and files by name, windows and messages, drawing, the tick counter.
+// The operating system: drives and files by name, windows and messages, drawing, sound, the tick
+// counter.
 #include "platform/os/clock.h"
 #include "platform/os/debug_output.h"
 #include "platform/os/files/directories.h"
@@ -25,6 +26,7 @@
 #include "platform/os/files/files.h"
 #include "platform/os/graphics/bitmap_resources.h"
 #include "platform/os/graphics/graphics.h"
+#include "platform/os/sound/wave_out.h"
 #include "platform/os/windows/windows.h"
 #include "platform/os/windows/wnd.h"
 
@@ -64,6 +66,9 @@
 #include "recovery/recording_check.h"
 #include "recovery/repair.h"
 #include "recovery/salvage.h"
+
+// Playback.
+#include "playback/wave_out.h"
 
 // Storage: disks, the database, and searches.
 #include "storage/dbs.h"
