@@ -62,9 +62,13 @@ TEST_F(Messages, DoNotFillTheMemoryOfAThreadThatTakesNone) {
   int posted = 0;
   while (posted < 100000 && os::PostMessage(window, kPing, 0, 0) != 0) ++posted;
   EXPECT_EQ(posted, 10000);
-  os::Message message;
-  os::GetMessage(&message);
+  EXPECT_EQ(os::PostNotice(window, kAdd, 0, 0), 1);
+  EXPECT_EQ(os::RemoveMessages(window, kAdd + 1, kAdd + 9), 0U);
+  EXPECT_EQ(os::RemoveMessages(window, kPing, kPing), 10000U);
   EXPECT_EQ(os::PostMessage(window, kPing, 0, 0), 1);
+  EXPECT_EQ(TakeAll(), (Numbers{kAdd, kPing}));
+  os::DestroyWindow(window);
+  EXPECT_EQ(os::PostNotice(window, kAdd, 0, 0), 0);
 }
 
 TEST_F(SendMessage, RunsInTheWindowsThreadWhichTakesNothingElseMeanwhile) {

@@ -50,6 +50,29 @@ TEST_F(Timers, ComeBehindEverythingElseAndTheLatestFirst) {
   EXPECT_EQ(After(0), (Ids{2, 3, 1}));
 }
 
+TEST_F(Timers, WaitForWhatWasPostedBeforeButNotForWhatIsPostedMeanwhile) {
+  HWND other = Make();
+  os::SetTimer(m_window, 1, 10);
+  os::SetTimer(other, 2, 10);
+  const auto post = [&](HWND window) { os::PostMessage(window, os::kWmUser, 0, 0); };
+  for (HWND window : {m_window, other, m_window}) post(window);
+  m_clock.Advance(10);
+  // Every message is posted again as soon as it is taken.
+  const auto take = [&](HWND window, UINT first, UINT last) {
+    os::Message message;
+    EXPECT_EQ(os::PeekMessage(&message, window, first, last), 1);
+    if (message.m_message == os::kWmUser) post(message.m_window);
+    return message.m_message == os::kWmTimer ? message.m_wparam : 0;
+  };
+  EXPECT_EQ(take(other, 0, 0), 0U);
+  EXPECT_EQ(take(other, os::kWmUser, os::kWmUser), 0U);
+  EXPECT_EQ(take(other, 0, 0), 2U);
+  Ids ids;
+  for (int count = 0; count < 5; ++count) ids.push_back(take(nullptr, 0, 0));
+  EXPECT_EQ(ids, (Ids{0, 0, 1, 0, 0}));
+  EXPECT_EQ(os::RemoveMessages(m_window, 0, 0) + os::RemoveMessages(other, 0, 0), 3U);
+}
+
 TEST_F(Timers, StartAnewWhenSetAgainAndStopWhenKilled) {
   os::SetTimer(m_window, 1, 10);
   os::SetTimer(m_window, 2, 10);

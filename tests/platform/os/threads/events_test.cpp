@@ -1,0 +1,81 @@
+#include "platform/os/threads/event.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/framework/clock.h"
+
+using namespace zebx;
+
+namespace {
+
+// Does one thing each time it is read: first when a wait begins, then whenever the wait looks.
+class ReadClock final : public Clock {
+ public:
+  explicit ReadClock(std::vector<std::function<DWORD()>> reads) : m_reads(std::move(reads)) {
+    SetClock(this);
+  }
+  ~ReadClock() override { SetClock(nullptr); }
+  ReadClock(const ReadClock&) = delete;
+  ReadClock& operator=(const ReadClock&) = delete;
+
+  DWORD TickMs() const override { return m_reads.at(m_count++)(); }
+  DWORD WallSeconds() const override { return 0; }
+  std::size_t Count() const { return m_count; }
+
+ private:
+  const std::vector<std::function<DWORD()>> m_reads;
+  mutable std::size_t m_count = 0;
+};
+
+TEST(Events, EndAWaitWithTheLowestIndexEvenWhenTheyAreResetAtOnce) {
+  os::Event first, second, third;
+  os::Event* const events[] = {&first, &second, &third};
+  EXPECT_EQ(os::WaitForMultipleObjects(events, 0), os::kWaitTimedOut);
+  third.Set();
+  second.Set();
+  EXPECT_EQ(os::WaitForMultipleObjects(events), 1U);
+  second.Reset();
+  EXPECT_EQ(os::WaitForMultipleObjects(events, 0), 2U);
+  third.Reset();
+  EXPECT_FALSE(third.IsSet());
+
+  const ReadClock clock({[] { return 0; },
+                         [&] {
+                           third.Set();
+                           second.Set();
+                           second.Reset();
+                           return 10;
+                         }});
+  EXPECT_EQ(os::WaitForMultipleObjects(events, 1000), 1U);
+}
+
+TEST(Events, LetATimeOutPassByAClockThatWrapsAndIsSetBack) {
+  std::vector<std::function<DWORD()>> reads;
+  for (const DWORD tick : {0xFFFFFF00U, 244U, 100U, 599U, 600U}) {
+    reads.emplace_back([tick] { return tick; });
+  }
+  const ReadClock clock(reads);
+  os::Event event;
+  EXPECT_EQ(os::WaitForSingleObject(event, 1000), os::kWaitTimedOut);
+  EXPECT_EQ(clock.Count(), 5U);
+}
+
+TEST(Events, MayEndAsSoonAsTheirWaitersHaveReturned) {
+  for (int round = 0; round < 100; ++round) {
+    os::Event never;
+    auto event = std::make_unique<os::Event>();
+    std::jthread setter([borrowed = event.get()] { borrowed->Set(); });
+    os::Event* const events[] = {&never, event.get()};
+    EXPECT_EQ(os::WaitForMultipleObjects(events), 1U);
+    event.reset();
+    EXPECT_EQ(os::WaitForSingleObject(never, 0), os::kWaitTimedOut);
+  }
+}
+
+}  // namespace
