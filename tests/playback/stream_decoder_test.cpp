@@ -1,6 +1,7 @@
 // With a codec of its own, whose pictures are of one grey and whose packets all have 1024 samples.
 #include <atomic>
 #include <cstring>
+#include <functional>
 
 #include "capture/show_param.h"
 #include "capture/video_data.h"
@@ -8,6 +9,7 @@
 #include "platform/noxcodec/noxcodec.h"
 #include "platform/noxdisplay/display_record.h"
 #include "platform/noxdisplay/software/display_control.h"
+#include "platform/os/sound/sound_control.h"
 #include "playback/zeb_decode_wnd.h"
 #include "tests/capture/settings_fixture.h"
 #include "tests/support/made_recording.h"
@@ -20,15 +22,17 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+std::mutex g_mutex;
 Lines g_calls;         // of codec and display, with their numbers
 std::string g_record;  // the last that the display was given
 DWORD g_decoder_pixels = 0;
 int g_codec_result = 0;
 
-int Call(std::string call, std::initializer_list<LONGLONG> numbers, int result) {
+int Call(std::string call, std::initializer_list<LONGLONG> numbers) {
   for (const LONGLONG number : numbers) call += " " + std::to_string(number);
+  const std::lock_guard lock(g_mutex);
   g_calls.push_back(call);
-  return result;
+  return g_codec_result;
 }
 
 void KeepRecord(const tag_DISPLAYINFO* info) {
@@ -38,25 +42,23 @@ void KeepRecord(const tag_DISPLAYINFO* info) {
 }  // namespace
 
 int nxcCreateVideoDecoder(NxcHandle* decoder, DWORD type, DWORD width, DWORD height, DWORD post) {
-  if (g_codec_result == 0) *decoder = reinterpret_cast<NxcHandle>(&g_calls);
   g_decoder_pixels = width * height;
-  return Call("decoder", {type, width, height, post}, g_codec_result);
+  *decoder = reinterpret_cast<NxcHandle>(g_codec_result == 0 ? &g_calls : nullptr);
+  return Call("decoder", {type, width, height, post});
 }
 int nxcDecodeVideo(NxcHandle, WORD type, const BYTE* data, DWORD length) {
-  return Call("decode " + std::string(data, data + length), {type}, g_codec_result);
+  return Call("decode " + std::string(data, data + length), {type});
 }
 int nxcGetVideo(NxcHandle, BYTE* pixels, DWORD format, int pitch, DWORD post) {
   std::memset(pixels, 77, g_decoder_pixels * std::size_t{4});
-  return Call("get", {format, pitch, post}, g_codec_result);
+  return Call("get", {format, pitch, post});
 }
-int nxcCreateAudioDecoder(NxcHandle* decoder, BYTE flag) {
-  *decoder = reinterpret_cast<NxcHandle>(&g_calls);
-  return Call("sound", {flag}, 0);
+int nxcCreateAudioDecoder(NxcHandle*, BYTE flag) {
+  return Call("speech", {flag});
 }
-int nxcDecodeAudio(NxcHandle, const BYTE*, DWORD, std::int16_t* pcm, DWORD* samples) {
-  constexpr DWORD kSamples = 1024;
-  if (pcm != nullptr) std::fill_n(pcm, kSamples, std::int16_t{1});
-  *samples = kSamples;
+int nxcDecodeAudio(NxcHandle, const BYTE* data, DWORD length, std::int16_t*, DWORD* samples) {
+  // Looks at every byte.
+  *samples = data != nullptr && std::string(data, data + length).empty() ? 0 : 1024;
   return 0;
 }
 int nxcDestroyHandle(NxcHandle) {
@@ -70,7 +72,7 @@ decltype(noxshowDisplay) __real_noxshowDisplay, __wrap_noxshowDisplay;
 int __wrap_noxshowCreateStream(NoxshowStream* stream, const NoxshowSize* size, DWORD mode,
                                const tag_DISPLAYINFO* info) {
   KeepRecord(info);
-  Call("stream", {size->m_width, size->m_height, mode}, 0);
+  Call("stream", {size->m_width, size->m_height, mode});
   return __real_noxshowCreateStream(stream, size, mode, info);
 }
 int __wrap_noxshowDisplay(NoxshowStream stream, HWND window, const tag_DISPLAYINFO* info) {
@@ -80,15 +82,6 @@ int __wrap_noxshowDisplay(NoxshowStream stream, HWND window, const tag_DISPLAYIN
 }
 
 namespace {
-
-class Settings : public CShowParam {
- public:
-  int Show(CVideoData*) override {
-    m_shows += GetDrawStream() == nullptr ? "without " : "with ";
-    return 1;
-  }
-  std::string m_shows;
-};
 
 TestFrame Frame(WORD type, int encoder_type = 0, WORD flags = 0) {
   return {type, static_cast<WORD>(encoder_type << 4 | flags), 0, "video", flags ? "speech" : ""};
@@ -100,24 +93,42 @@ class StreamDecoder : public WindowTest {
   ~StreamDecoder() override {
     g_codec_result = 0;
     ResetDisplay();
+    os::sound::ResetControl();
   }
 
-  int Open(DWORD frame_size, CZebDecodeWnd::Notify notify = nullptr) {
-    g_calls.clear();
-    return m_decoder->OpenDecodeWnd(m_parent, notify, this, &m_settings, tag_FRAMESIZE{frame_size});
+  // The second runs when speech is asked for.
+  int Open(DWORD frame_size, const std::function<void()>& on_notified = nullptr) {
+    const CZebDecodeWnd::Notify notify = [](DWORD code, void* test, DWORD word) {
+      static_cast<StreamDecoder*>(test)->m_on_notified();
+      return static_cast<int>(code + word);
+    };
+    m_on_notified = on_notified;
+    return m_decoder->OpenDecodeWnd(m_parent, on_notified ? notify : nullptr, this, &m_settings,
+                                    tag_FRAMESIZE{frame_size});
   }
-  // The answer, and what was called for it.
+  // What was called, and the answer.
   Lines Decode(const TestFrame& frame) {
     g_calls.clear();
     Fill(m_frame, frame);
-    g_calls.push_back(std::to_string(m_decoder->DecodeOneFrame(&m_frame)));
+    Call(std::to_string(m_decoder->DecodeOneFrame(&m_frame)), {});
     return g_calls;
   }
+  // Whether sound is open after so many frames with this speech.
+  bool Speak(int frames, const TestFrame& frame = Frame(0, 0, kFrameVoice)) {
+    CVideoData speech({}, 64, 64);
+    Fill(speech, frame);
+    while (frames-- > 0) EXPECT_EQ(m_decoder->DecodeAudio(&speech, nullptr, 0), 1);
+    Decode(Frame(1, 0, kFrameVideoLost));
+    return (DwordAt(g_record, 0) & kShowAudio) != 0;
+  }
+  // As the sound device does when a buffer is done.
+  void Report() { os::SendMessage(m_decoder->GetSafeHwnd(), os::kMmWomDone, 0, 0); }
 
+  std::function<void()> m_on_notified;
   HWND m_parent = Make();
   const ScopedTimeZone m_zone{"UTC"};
   os::SteppedClock m_clock{kTestBeginSeconds, 0};
-  Settings m_settings;
+  CShowParam m_settings;
   CVideoData m_frame{{}, 352, 288};
   std::unique_ptr<CZebDecodeWnd> m_decoder = std::make_unique<CZebDecodeWnd>();
 };
@@ -207,25 +218,23 @@ TEST_F(StreamDecoder, FillsTheDisplayRecord) {
 
 // What was made stays, and the stream has the decoder's size whatever comes next.
 TEST_F(StreamDecoder, TriesAgainWhatWasRefused) {
-  EXPECT_EQ(Decode(Frame(0)), Lines{"0"}) << "not open";
   Open(9);
   EXPECT_EQ(Decode(Frame(0, 2)), Lines{"0"}) << "no such size";
   m_decoder->OpenDecodeWnd(m_parent, nullptr, nullptr, nullptr, tag_FRAMESIZE{7});
   EXPECT_EQ(Decode(Frame(0, 2)), Lines{"0"}) << "no settings";
   Open(7);
   EXPECT_EQ(m_decoder->DecodeOneFrame(nullptr) + m_decoder->IsRT8Port(), 0);
-
   g_codec_result = 1;
   EXPECT_EQ(Decode(Frame(0, 2)), (Lines{"decoder 2 352 240 0", "0"}));
   g_codec_result = 0;
-  RefuseMode(kNoxshowOverlaySurface, true);
+  FailCall(Function::kCreateStream, 1);
   FailCall(Function::kCreateStream, 2);
   EXPECT_EQ(Decode(Frame(0)),
             (Lines{"decoder 0 320 240 0", "stream 320 240 3", "stream 320 240 1", "0"}));
   EXPECT_EQ(m_settings.GetDrawStream(), nullptr);
+  FailCall(Function::kCreateStream, 1);
   EXPECT_EQ(Decode(Frame(1, 2)),
             (Lines{"stream 320 240 3", "stream 320 240 1", "decode video 1", "get 2 1280 0", "1"}));
-  EXPECT_NE(m_settings.GetDrawStream(), nullptr);
 }
 
 TEST_F(StreamDecoder, ShowsWhateverDecoderAndDisplayAnswer) {
@@ -233,49 +242,43 @@ TEST_F(StreamDecoder, ShowsWhateverDecoderAndDisplayAnswer) {
   Open(0x87);
   EXPECT_EQ(m_decoder->GetPicture(&image), 0) << "none yet";
   Decode(Frame(0));
-  for (int function = 0; function < kFunctions; ++function) {
-    SCOPED_TRACE(function);
-    FailCall(static_cast<Function>(function), 1);
-    g_codec_result = function % 2;
-    const bool is_locked = static_cast<Function>(function) != Function::kLock;
-    EXPECT_EQ(Decode(Frame(0)), (is_locked ? Lines{"decode video 0", "get 2 1408 0", "1"}
-                                           : Lines{"decode video 0", "1"}));
-    EXPECT_EQ(m_decoder->GetPicture(nullptr), 0);
-    const bool is_copied = static_cast<Function>(function) != Function::kGetPicture;
-    EXPECT_EQ(m_decoder->GetPicture(&image), is_copied ? 1 : 0);
-    ResetDisplay();
-    noxshowUnlock(m_settings.GetDrawStream());  // which has failed in one case
+  const Function functions[] = {Function::kIsSurfaceLost, Function::kRestoreSurface,
+                                Function::kLock, Function::kDisplay, Function::kGetPicture};
+  for (const Function function : functions) {
+    FailCall(function, 1);
+    g_codec_result = 1 - g_codec_result;
+    Lines calls = {"decode video 0", "get 2 1408 0", "1"};
+    if (function == Function::kLock) calls.erase(calls.begin() + 1);
+    EXPECT_EQ(Decode(Frame(0)), calls);
+    EXPECT_EQ(m_decoder->GetPicture(&image), function == Function::kGetPicture ? 0 : 1);
   }
   LoseSurfaces();
-  EXPECT_EQ(m_decoder->GetPicture(&image), 0);
   ResetDisplay();
+  EXPECT_EQ(m_decoder->GetPicture(&image), 0);
   Decode(Frame(0));
   ASSERT_EQ(m_decoder->GetPicture(&image), 1) << "the surface is back";
+  EXPECT_EQ(m_decoder->GetPicture(nullptr), 0);
   ASSERT_EQ(image.GetImageWidth() * image.GetImageHeight(), 704U * 576U);
   EXPECT_EQ(image.GetRawImage()[0] + image.GetRawImage()[704 * 576 * 3 - 1], 2 * 77);
-
-  m_frame.CreateBuffer(1, 1);
-  g_calls.clear();
-  EXPECT_EQ(m_decoder->DecodeOneFrame(&m_frame), 1);
-  EXPECT_EQ(g_calls, Lines{"get 2 1408 0"}) << "the frame has fewer bytes than it says";
 }
 
 TEST_F(StreamDecoder, OpensAndCloses) {
   const DWORD streams = CountStreams();
-  for (HWND parent : {HWND{}, reinterpret_cast<HWND>(99999)}) {
-    EXPECT_EQ(m_decoder->OpenDecodeWnd(parent, nullptr, nullptr, &m_settings, tag_FRAMESIZE{}), 0);
-    EXPECT_EQ(Decode(Frame(0)), Lines{"0"}) << "nothing is open";
-  }
+  EXPECT_EQ(m_decoder->OpenDecodeWnd(nullptr, {}, {}, &m_settings, tag_FRAMESIZE{}), 0);
+  EXPECT_EQ(Decode(Frame(0)), Lines{"0"}) << "nothing is open";
   Open(130);
-  Decode(Frame(0));
   HWND first = m_decoder->GetSafeHwnd();
   EXPECT_EQ(os::GetWindowText(first), "STREAMDECODER");
   EXPECT_EQ(Open(130), 1);
   EXPECT_EQ(os::IsWindow(first), 0) << "closed first";
   Decode(Frame(0, 2));
+  StartJournal();
   std::thread([&] { m_decoder->CloseDecodeWnd(); }).join();
   m_decoder->CloseDecodeWnd();
-  EXPECT_EQ(m_settings.m_shows, "without without ");
+  const std::vector<CString> calls = TakeJournal();
+  ASSERT_EQ(calls.size(), 2U);
+  EXPECT_TRUE(calls[0].starts_with("noxshowBitmap ") && calls[0].ends_with(" 4096 0")) << calls[0];
+  EXPECT_TRUE(calls[1].starts_with("noxshowDestroyStream ")) << calls[1];
   EXPECT_EQ(m_decoder->GetSafeHwnd(), nullptr);
   EXPECT_EQ(Decode(Frame(0)), Lines{"0"});
   EXPECT_EQ(m_decoder->IsRT8Port(), 1);
@@ -284,7 +287,90 @@ TEST_F(StreamDecoder, OpensAndCloses) {
   Decode(Frame(0));
   m_decoder.reset();
   EXPECT_EQ(CountStreams(), streams);
-  EXPECT_EQ(m_settings.m_shows, "without without ") << "settings may be gone before";
+  EXPECT_NE(m_settings.GetDrawStream(), nullptr) << "the settings may be gone before";
+}
+
+TEST_F(StreamDecoder, PlaysSpeechUntilAFrameHasNone) {
+  EXPECT_FALSE(Speak(1)) << "not open";
+  int asked = 0;
+  Open(130, [&] { ++asked; });
+  Decode(Frame(0));
+  os::sound::SetDeviceCount(0);
+  EXPECT_FALSE(Speak(1));
+  os::sound::SetDeviceCount(1);
+  EXPECT_TRUE(Speak(1));
+  m_clock.Advance(200);
+  os::Message done;
+  os::GetMessage(&done);
+  os::DispatchMessage(done);
+  EXPECT_EQ(asked, 1) << "the buffer is done";
+  m_decoder->EnableAudio(0);
+  EXPECT_FALSE(Speak(1));
+  m_decoder->EnableAudio(1);
+  EXPECT_TRUE(Speak(2));
+  Report();
+  EXPECT_EQ(asked, 1) << "two are queued";
+  EXPECT_FALSE(Speak(1, Frame(0)));
+  Report();
+  EXPECT_EQ(asked, 1) << "the sound has ended";
+  EXPECT_TRUE(Speak(1));
+  Report();
+  EXPECT_EQ(asked, 2);
+}
+
+TEST_F(StreamDecoder, ReadsNoMoreThanAFrameHas) {
+  Open(130);
+  Decode(Frame(0, 0, kFrameVoice));
+  m_frame.CreateBuffer(1, 1);
+  EXPECT_EQ(m_decoder->DecodeOneFrame(&m_frame) & m_decoder->DecodeAudio(&m_frame, nullptr, 0) &
+                m_decoder->DecodeAudio(nullptr, nullptr, 0),
+            1);
+}
+
+TEST_F(StreamDecoder, MayDoAnythingWhenItAsksForSpeech) {
+  const std::function<void()> actions[] = {
+      [this] { Speak(1); }, [this] { m_decoder->EnableAudio(0); },
+      [this] { m_decoder->CloseDecodeWnd(); }, [this] { m_decoder.reset(); }};
+  for (const auto& action : actions) {
+    bool is_asked = false;
+    Open(130, [&] {
+      if (!std::exchange(is_asked, true)) action();
+    });
+    m_decoder->EnableAudio(1);
+    Speak(1);
+    Report();
+    EXPECT_TRUE(is_asked);
+  }
+}
+
+TEST_F(StreamDecoder, ClosesBesideEverythingElse) {
+  const DWORD streams = CountStreams();
+  for (int round = 0; round < 20; ++round) {
+    std::atomic<int> closed = 0;
+    CVideoData frames[] = {{{}, 64, 64}, {{}, 64, 64}};
+    for (CVideoData& frame : frames) Fill(frame, Frame(0, 0, kFrameVoice));
+    Open(130, [&] { m_decoder->DecodeAudio(&frames[0], nullptr, 0); });
+    const std::jthread feeding([&] {
+      while (closed < 2) {
+        m_decoder->DecodeOneFrame(&frames[1]);
+        m_decoder->DecodeAudio(&frames[1], nullptr, 0);
+      }
+    });
+    const std::jthread copying([&] {
+      CImage image;
+      while (closed < 2) m_decoder->GetPicture(&image);
+    });
+    const auto close = [&] {
+      m_decoder->CloseDecodeWnd();
+      ++closed;
+    };
+    const std::jthread closers[] = {std::jthread(close), std::jthread(close)};
+    os::Message message;
+    for (; closed < 2; m_clock.Advance(10)) {
+      if (os::PeekMessage(&message) != 0) os::DispatchMessage(message);
+    }
+  }
+  EXPECT_EQ(CountStreams(), streams);
 }
 
 }  // namespace
