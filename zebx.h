@@ -68,7 +68,9 @@
 #include "recovery/salvage.h"
 
 // Playback.
+#include "playback/play_messages.h"
 #include "playback/wave_out.h"
+#include "playback/zeb_decode_wnd.h"
 
 // Storage: disks, the database, and searches.
 #include "storage/dbs.h"
