@@ -60,6 +60,13 @@ bool Activities::BeginClosing(Activity& closing) {
   return true;
 }
 
+void Activities::AnswerAwaited() {
+  const std::lock_guard lock(m_mutex);
+  for (const Activity* activity = innermost; activity != nullptr; activity = activity->m_outer) {
+    if (activity->m_run != nullptr && activity->m_run->m_is_awaited) AnswerEarly(*activity->m_run);
+  }
+}
+
 Activity* Activities::OutermostCall(HWND window) const {
   const auto found = std::find_if(m_calls.begin(), m_calls.end(),
                                   [&](const Activity* call) { return call->m_called == window; });
@@ -73,7 +80,7 @@ bool Activities::WaitsForThisThread(const Activity& activity) {
   for (const Activity* inner = &activity; inner != nullptr; inner = inner->m_inner) {
     SentMessage* sent = inner->m_sent;
     if (sent != nullptr && sent->m_runner != nullptr && WaitsForThisThread(*sent->m_runner)) {
-      MessageQueue::Answer(*sent, 0);
+      AnswerEarly(*sent);
     }
     for (HWND window : inner->m_closed) {
       const Activity* call = OutermostCall(window);
@@ -81,6 +88,12 @@ bool Activities::WaitsForThisThread(const Activity& activity) {
     }
   }
   return false;
+}
+
+// Its sender does not wait for who runs it any more, even if it has not noticed yet.
+void Activities::AnswerEarly(SentMessage& sent) {
+  sent.m_runner = nullptr;
+  MessageQueue::Answer(sent, 0);
 }
 
 }  // namespace os

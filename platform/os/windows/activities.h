@@ -17,11 +17,11 @@ struct Activity {
   // Waiting for the answer to a message to another thread.
   SentMessage* m_sent = nullptr;
   // Closing windows: waiting until no procedure of them runs. The answer to the waiter ends that.
-  std::vector<HWND> m_closed;
+  std::vector<HWND> m_closed = {};
   SentMessage* m_waiter = nullptr;
 
   // Kept by Activities.
-  std::thread::id m_thread;
+  std::thread::id m_thread = {};
   Activity* m_outer = nullptr;  // of the same thread
   Activity* m_inner = nullptr;
 };
@@ -46,10 +46,13 @@ class Activities {
   // directly or over others, for one that this thread is inside of. False, with nothing begun, when
   // there is nothing to wait for.
   bool BeginClosing(Activity& closing);
+  // Answers the awaited messages with 0 that the calling thread is running, before they are done.
+  void AnswerAwaited();
 
  private:
   Activity* OutermostCall(HWND window) const;
   bool WaitsForThisThread(const Activity& activity);
+  static void AnswerEarly(SentMessage& sent);
   void Push(Activity& activity);
 
   std::mutex m_mutex;

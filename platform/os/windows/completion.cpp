@@ -25,7 +25,7 @@ void Completion::Wait() {
     if (m_is_complete) return;
     m_waiters.push_back(waiter);
   }
-  AnswerEarly();
+  Activities::Get().AnswerAwaited();
   AwaitAnswer(*waiter, *queue);
 }
 

@@ -27,7 +27,7 @@ struct SentMessage {
   std::shared_ptr<Window> m_destroyed_window;
   // Sent while an AwaitedWork lived, or by a procedure for such a message.
   bool m_is_awaited = false;
-  // Who is running it. Guarded by the lock of all activities.
+  // Who is running it while the sender waits. Guarded by the lock of all activities.
   Activity* m_runner = nullptr;
 
   // Guarded by the sender's queue.

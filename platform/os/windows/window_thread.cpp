@@ -20,10 +20,6 @@ thread_local bool thread_has_ended = false;
 
 thread_local int awaited_works = 0;
 
-bool IsRunningAwaited(const Activity& activity) {
-  return activity.m_run != nullptr && activity.m_run->m_is_awaited;
-}
-
 // Makes a call that has begun, and ends it.
 LRESULT Call(const Window& window, const Message& message, Activity& call) noexcept {
   LRESULT answer = 0;
@@ -100,15 +96,10 @@ AwaitedWork::~AwaitedWork() {
 
 bool IsAwaited() {
   const Activity* activity = Activities::Innermost();
-  while (activity != nullptr && !IsRunningAwaited(*activity)) activity = activity->m_outer;
-  return awaited_works > 0 || activity != nullptr;
-}
-
-void AnswerEarly() {
-  const Activity* activity = Activities::Innermost();
-  for (; activity != nullptr; activity = activity->m_outer) {
-    if (IsRunningAwaited(*activity)) MessageQueue::Answer(*activity->m_run, 0);
+  while (activity != nullptr && !(activity->m_run != nullptr && activity->m_run->m_is_awaited)) {
+    activity = activity->m_outer;
   }
+  return awaited_works > 0 || activity != nullptr;
 }
 
 void AwaitAnswer(const SentMessage& sent, MessageQueue& own_queue) {
@@ -144,7 +135,7 @@ bool CloseTree(HWND root, const std::shared_ptr<MessageQueue>& own_queue) {
   closing.m_closed = is_closed ? std::move(taken.m_handles) : std::vector<HWND>{root};
   closing.m_waiter = waiter.get();
   if (Activities::Get().BeginClosing(closing)) {
-    AnswerEarly();
+    Activities::Get().AnswerAwaited();
     AwaitAnswer(*waiter, *own_queue);
     Activities::Get().End(closing);
   }

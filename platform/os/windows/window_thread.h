@@ -21,8 +21,6 @@ std::optional<LRESULT> CallProcedure(const Message& message, const MessageQueue&
 void RunSent(SentMessage& sent, const MessageQueue& own_queue);
 // True inside of an AwaitedWork, and while a message is run that was sent inside of one.
 bool IsAwaited();
-// Answers those with 0 that the calling thread is running, before they are done.
-void AnswerEarly();
 // Waits until `sent`, by the calling thread, is answered, and answers what is sent to its windows.
 void AwaitAnswer(const SentMessage& sent, MessageQueue& own_queue);
 

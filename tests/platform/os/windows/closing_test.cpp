@@ -1,6 +1,7 @@
 // Closing windows for good, from other threads than theirs.
 #include <atomic>
 #include <functional>
+#include <latch>
 
 #include "platform/os/windows/completion.h"
 #include "tests/support/window_fixture.h"
@@ -140,16 +141,18 @@ TEST_F(CloseWindow, DoesNotWaitForAProcedureThatIsClosingItsOwn) {
   os::Completion all_inside;
   constexpr std::size_t kCount = 3;
   std::atomic<int> others_ended = 0;
+  std::latch all_looked(kCount);
   for (std::size_t index = 0; index < kCount; ++index) {
     circle.push_back(std::make_unique<BusyWindow>([&, next = (index + 1) % kCount](HWND) {
       all_inside.Wait();
       EXPECT_EQ(os::CloseWindow(circle[next]->Window()), 1);
       if (circle[next]->HasEnded()) ++others_ended;
+      all_looked.count_down();
     }));
   }
   for (const auto& busy : circle) busy->Go();
   all_inside.Complete();
-  circle.clear();
+  all_looked.wait();
   EXPECT_EQ(others_ended, 2);  // all but for the one that was the last to close
 }
 
