@@ -20,7 +20,7 @@ WaveDevice::WaveDevice(HWAVEOUT handle, UINT number, const WaveFormat& format, H
 
 WaveDevice::~WaveDevice() {
   m_stop.Set();
-  m_thread.Join();
+  m_thread.JoinWithoutAnswering();
 }
 
 bool WaveDevice::Start() {
@@ -132,7 +132,7 @@ UINT WaveDevice::Shut() {
 
 void WaveDevice::End() {
   m_stop.Set();
-  m_thread.Join();
+  m_thread.JoinWithoutAnswering();
   Deliver();
   const std::lock_guard order(m_outlet.m_mutex);
   if (m_outlet.m_sink != nullptr) m_outlet.m_sink->Close(m_handle);

@@ -39,7 +39,7 @@ class WaveDevice {
   // Refuses every further buffer from now on. kWaveStillPlaying while there are any, and
   // kWaveBadHandle the second time.
   UINT Shut();
-  // Ends the thread, once it is shut, and tells the sink.
+  // Ends the thread, once it is shut, and tells the sink. Answers no messages meanwhile.
   void End();
 
  private:

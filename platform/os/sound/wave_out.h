@@ -96,8 +96,8 @@ ZEBX_API UINT waveOutUnprepareHeader(HWAVEOUT handle, WaveHeader* header, UINT b
 // Ends the sound: every queued buffer is marked done and reported. Afterwards the device has no
 // buffer of the caller any more.
 ZEBX_API UINT waveOutReset(HWAVEOUT handle);
-// Refused while buffers are queued. Afterwards nothing is reported any more. Meanwhile the calling
-// thread answers what is sent to its windows.
+// Refused while buffers are queued. Afterwards nothing is reported any more. Meanwhile what is sent
+// to windows of the calling thread waits: it may hold locks.
 ZEBX_API UINT waveOutClose(HWAVEOUT handle);
 
 }  // namespace os

@@ -68,6 +68,11 @@ bool Thread::Start(std::function<void()> body, ThreadPriority priority) {
 void Thread::Join() {
   if (!m_thread.joinable()) return;
   m_end->Wait();
+  JoinWithoutAnswering();
+}
+
+void Thread::JoinWithoutAnswering() {
+  if (!m_thread.joinable()) return;
   m_thread.join();
   m_id = std::thread::id();
 }

@@ -33,6 +33,9 @@ class Thread {
   // the calling thread answers what is sent to its windows, so that the body may be sending; a
   // message of the body that it is answering itself gets 0 now.
   void Join();
+  // The same, but messages wait meanwhile: for a body that neither sends nor waits for somebody
+  // else, where the caller may hold locks under which no procedure may run.
+  void JoinWithoutAnswering();
   // True from Start to Join, also when the body has returned.
   bool IsStarted() const { return m_thread.joinable(); }
   // True in the thread itself.

@@ -4,6 +4,7 @@
 
 #include "platform/os/clock.h"
 #include "platform/os/threads/thread.h"
+#include "platform/os/windows/window_thread.h"
 #include "tests/support/recorded_sound.h"
 #include "tests/support/window_fixture.h"
 
@@ -252,6 +253,18 @@ TEST(WaveOutThreads, ShareDevicesAndTheSink) {
   }
   EXPECT_EQ(sound.TakeClosed().size(), 80U);
   EXPECT_GE(sound.TakeHeard().size(), 160U);
+}
+
+// Players close their sound while they hold their locks.
+TEST_F(WaveOut, RunsNoProcedureWhileADeviceCloses) {
+  bool has_run = false;
+  HWND window = Make([&](HWND, UINT, WPARAM, LPARAM) -> LRESULT { return has_run = true; });
+  std::jthread sender([&] { os::SendMessage(window, os::kWmUser, 0, 0); });
+  while (os::ThisThreadQueue()->CountSent() == 0) std::this_thread::yield();
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(os::waveOutClose(Open()), 0U);
+  EXPECT_FALSE(has_run);
+  os::Message message;
+  os::PeekMessage(&message);
 }
 
 }  // namespace
