@@ -7,19 +7,12 @@
 #include "playback/decode_thread.h"
 #include "playback/decode_wnd.h"
 #include "playback/display_info.h"
+#include "playback/played_file.h"
 #include "playback/played_stream.h"
 #include "playback/playing.h"
 #include "record/zeb_file.h"
 
 using namespace zebx;
-
-namespace {
-
-// What the frame buffer is made for, whatever the recording's size: 202,752 bytes.
-constexpr DWORD kFrameWidth = 352;
-constexpr DWORD kFrameHeight = 288;
-
-}  // namespace
 
 int CDecodeWnd::OnDecode(int audio_flag, DWORD now) {
   if (!m_is_opened) return 0;
@@ -36,18 +29,12 @@ int CDecodeWnd::OnDecode(int audio_flag, DWORD now) {
 
 bool CDecodeWnd::OpenFile() {
   Playing& playing = *m_playing;
-  CZebFileInfo header;
-  header.SetFileName(playing.m_file_name);
-  auto file = std::make_unique<CZebFile>();
-  if (file->Open(&header, kZebFileRead) == 0) return false;
-  auto frame = std::make_unique<CVideoData>(file->GetCameraID(), kFrameWidth, kFrameHeight);
-  if (file->ReadOneFrame(frame.get(), -1, 0) == 0) return false;
+  std::unique_ptr<CVideoData> frame = OpenPlayedFile(playing.m_file_name);
+  if (frame == nullptr) return false;
   // Of the size that the header told when the stream was made, whatever it says now.
   playing.m_decoder.reset(
       CreatePlayedDecoder(playing.m_size, frame->GetEncoderType(), DWORD{kNxcPostPlayback}));
   if (playing.m_decoder == nullptr) return false;
-  frame->SetFile(file.get());
-  static_cast<void>(file.release());
 
   playing.m_frame = std::move(frame);
   playing.m_state.m_seek.ForgetZeros();
@@ -83,7 +70,7 @@ bool CDecodeWnd::ShowFrame(DWORD now) {
   if (playing.m_snapshot.Has(PlayState::kSingleStep)) m_is_running = false;
 
   const DWORD shown_stamp = frame.GetTimeStamp();
-  if (file.ReadOneFrame(&frame, -1, 0) == 0) return false;
+  if (file.ReadOneFrame(&frame, kNextFrame, 0) == 0) return false;
   playing.m_interval_ms =
       FrameInterval(shown_stamp, frame.GetTimeStamp(), playing.m_snapshot.m_speed);
   playing.m_last_tick_ms = now;
@@ -118,9 +105,7 @@ void CDecodeWnd::Present() {
     RestoreLostSurface(stream);
     noxshowDisplay(stream, m_settings->GetWnd(), &record);
   }
-  const int block = frame.GetBlockIndex();
-  const int index = frame.GetFrameIndex();
-  playing.m_position = {block, index, static_cast<DWORD>(file.GetFrameIndex(block, index)), time};
+  playing.m_position = PositionOf(frame);
 }
 
 // Ends playing; the notice closes in the window's thread. Without the memory for it the next pass

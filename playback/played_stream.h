@@ -11,6 +11,12 @@ class CZebFrameData;
 
 namespace zebx {
 
+// Ends what a player owns of the two libraries.
+struct DestroyHandle {
+  void operator()(NxcHandle decoder) const { nxcDestroyHandle(decoder); }
+  void operator()(NoxshowStream stream) const { noxshowDestroyStream(stream); }
+};
+
 // The size in which a recording is played: its encode size, where recordings of RT8Port boards have
 // sizes of their own for the frame sizes 7 and 0x87. Empty for an unknown frame size.
 CSize PlayedSize(tag_FRAMESIZE frame_size, bool is_rt8port);

@@ -6,37 +6,13 @@
 
 #include "capture/video_data.h"
 #include "platform/framework/geometry.h"
-#include "platform/noxcodec/noxcodec.h"
 #include "platform/noxdisplay/display_record.h"
-#include "platform/noxdisplay/streams.h"
 #include "playback/play_messages.h"
-#include "playback/seeking.h"
+#include "playback/play_state.h"
+#include "playback/played_stream.h"
 #include "record/zeb_file_info.h"
 
 namespace zebx {
-
-struct DestroyHandle {
-  void operator()(NxcHandle decoder) const { nxcDestroyHandle(decoder); }
-  void operator()(NoxshowStream stream) const { noxshowDestroyStream(stream); }
-};
-
-// How a recording is to be played.
-struct PlayState {
-  enum Flag : DWORD {
-    kOpen = 0x1,
-    kSingleStep = 0x2,
-    kSilent = 0x4,  // a mode that a host may have; nothing here sets it
-    kSound = 0x8,
-  };
-
-  DWORD m_flags = 0;
-  int m_speed = 0;
-  FramePosition m_seek;
-
-  bool Has(DWORD flags) const { return (m_flags & flags) != 0; }
-  void Set(DWORD flags) { m_flags |= flags; }
-  void Clear(DWORD flags) { m_flags &= ~flags; }
-};
 
 // Guarded by the player's lock. What the thread makes when it opens the file is null before.
 struct Playing {
