@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "capture/video_data.h"
+#include "playback/played_file.h"
 #include "playback/played_stream.h"
 #include "record/zeb_file.h"
 
@@ -15,7 +16,7 @@ namespace {
 constexpr FramePosition kBeginning = {0, 0};
 
 bool ReadNextFrame(CVideoData& frame, CZebFile& file) {
-  return file.ReadOneFrame(&frame, -1, 0) != 0;
+  return file.ReadOneFrame(&frame, kNextFrame, 0) != 0;
 }
 
 FramePosition ReadingPosition(const CZebFile& file) {

@@ -6,38 +6,32 @@
 #include "capture/mask_list.h"
 #include "capture/video_data.h"
 #include "playback/display_info.h"
-#include "playback/played_stream.h"
 
 namespace zebx {
 
 StreamPictures::StreamPictures(CShowParam* settings, tag_FRAMESIZE frame_size)
     : m_settings(settings), m_frame_size(frame_size) {}
 
-StreamPictures::~StreamPictures() {
-  nxcDestroyHandle(m_decoder);
-  noxshowDestroyStream(m_stream);
-}
-
 void StreamPictures::End() {
-  nxcDestroyHandle(std::exchange(m_decoder, nullptr));
+  m_decoder.reset();
   if (CShowParam* const settings = std::exchange(m_settings, nullptr); settings != nullptr) {
     settings->SetDrawStream(nullptr);
     settings->Show(nullptr);
   }
-  noxshowDestroyStream(std::exchange(m_stream, nullptr));
+  m_stream.reset();
 }
 
 bool StreamPictures::Show(const CVideoData& frame, bool has_sound) {
   if (m_settings == nullptr) return false;
   const bool is_begun = m_decoder != nullptr && m_stream != nullptr;
   if (!is_begun && !Begin(frame)) return false;
-  RestoreLostSurface(m_stream);
+  RestoreLostSurface(m_stream.get());
   if (frame.IsVideoLost() == 0) {
-    DecodeFrame(m_decoder, frame);
-    PutPicture(m_decoder, m_stream, RowOrder::kTopDown, 0);
+    DecodeFrame(m_decoder.get(), frame);
+    PutPicture(m_decoder.get(), m_stream.get(), RowOrder::kTopDown, 0);
   }
   RefreshRecord(frame, has_sound);
-  noxshowDisplay(m_stream, m_settings->GetWnd(), m_record.get());
+  noxshowDisplay(m_stream.get(), m_settings->GetWnd(), m_record.get());
   return true;
 }
 
@@ -51,14 +45,14 @@ bool StreamPictures::Begin(const CVideoData& frame) {
   m_is_rt8port |= is_rt8port;
   if (m_decoder == nullptr) {
     if (!frame.IsIFrame()) return false;
-    m_decoder = CreatePlayedDecoder(size, encoder_type, 0);
+    m_decoder.reset(CreatePlayedDecoder(size, encoder_type, 0));
     if (m_decoder == nullptr) return false;
     m_size = size;
   }
   if (m_record == nullptr) MakeRecord(is_rt8port);
-  m_stream = CreatePlayedStream(m_size, m_record.get());
+  m_stream.reset(CreatePlayedStream(m_size, m_record.get()));
   if (m_stream == nullptr) return false;
-  m_settings->SetDrawStream(m_stream);
+  m_settings->SetDrawStream(m_stream.get());
   return true;
 }
 

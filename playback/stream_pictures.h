@@ -7,31 +7,25 @@
 #include "capture/picture_formats.h"
 #include "capture/show_param.h"
 #include "platform/framework/geometry.h"
-#include "platform/noxcodec/noxcodec.h"
 #include "platform/noxdisplay/display_record.h"
-#include "platform/noxdisplay/streams.h"
+#include "playback/played_stream.h"
 
 class CVideoData;
 
 namespace zebx {
 
-// Used by one thread at a time.
+// Used by one thread at a time. Its end leaves the settings alone.
 class StreamPictures {
  public:
   // The settings are borrowed; they may be null.
   StreamPictures(CShowParam* settings, tag_FRAMESIZE frame_size);
-  // Leaves the settings alone.
-  ~StreamPictures();
-  StreamPictures(const StreamPictures&) = delete;
-  StreamPictures& operator=(const StreamPictures&) = delete;
-
   // As CZebDecodeWnd::DecodeOneFrame.
   bool Show(const CVideoData& frame, bool has_sound);
   // Has the settings show that there is no picture any more, and lets go of everything.
   void End();
 
   // Null before the first picture. Borrowed.
-  NoxshowStream GetStream() const { return m_stream; }
+  NoxshowStream GetStream() const { return m_stream.get(); }
   tag_FRAMESIZE GetFrameSize() const { return m_frame_size; }
   bool IsRT8Port() const { return m_is_rt8port; }
 
@@ -45,10 +39,10 @@ class StreamPictures {
   CShowParam* m_settings;
   const tag_FRAMESIZE m_frame_size;
   bool m_is_rt8port = false;
-  NxcHandle m_decoder = nullptr;
+  std::unique_ptr<NxcDecoder, DestroyHandle> m_decoder;
   CSize m_size;  // of the decoder, and so of the stream
   std::unique_ptr<tag_DISPLAYINFO> m_record;
-  NoxshowStream m_stream = nullptr;
+  std::unique_ptr<NoxshowStreamState, DestroyHandle> m_stream;
   CaptionTexts m_texts;  // of the frame at work; keeps its memory for the next
 };
 
