@@ -50,6 +50,7 @@ CDecodeWnd::CDecodeWnd() {
 }
 
 CDecodeWnd::~CDecodeWnd() {
+  CloseDecodeWnd();
   CloseVideo(0);
   if (CDecodeThread* const thread = s_pDecodeThread) thread->AwaitUnused(this);
   // Out of reach before it ends: a player that is made meanwhile makes a thread of its own.

@@ -41,7 +41,8 @@ struct Playing;
 class ZEBX_API CDecodeWnd {
  public:
   CDecodeWnd();
-  // Closes without telling anybody. The last player ends the shared thread.
+  // Closes without telling anybody and without a look at the settings, which may be gone. The last
+  // player ends the shared thread.
   virtual ~CDecodeWnd();
   CDecodeWnd(const CDecodeWnd&) = delete;
   CDecodeWnd& operator=(const CDecodeWnd&) = delete;
