@@ -5,10 +5,10 @@
 
 #include "tools/zebtool/commands/commands.h"
 #include "tools/zebtool/console/command_line.h"
+#include "tools/zebtool/console/stop_signals.h"
 #include "tools/zebtool/console/text.h"
 #include "tools/zebtool/files/output_file.h"
 #include "tools/zebtool/live/live_session.h"
-#include "tools/zebtool/live/stop_signals.h"
 
 using namespace zebx;
 

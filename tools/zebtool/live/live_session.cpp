@@ -12,10 +12,11 @@
 #include "platform/os/windows/windows.h"
 #include "record/mox_face.h"
 #include "storage/dbs.h"
+#include "tools/zebtool/console/stop_signals.h"
 #include "tools/zebtool/console/text.h"
-#include "tools/zebtool/live/contact_sheet.h"
-#include "tools/zebtool/live/status_marks.h"
-#include "tools/zebtool/live/stop_signals.h"
+#include "tools/zebtool/media/png_file.h"
+#include "tools/zebtool/screen/screen_picture.h"
+#include "tools/zebtool/screen/status_marks.h"
 
 using namespace zebx;
 
@@ -295,7 +296,7 @@ void LiveSession::SaveSheet() {
   for (const auto& camera : m_cameras) windows.push_back(camera->Window());
   const Existing existing = m_options.replaces_sheet ? Existing::kReplace : Existing::kRefuse;
   try {
-    SaveContactSheet(*m_options.sheet, existing, m_grid.screen, windows);
+    WritePng(*m_options.sheet, existing, PictureOfScreen(m_grid.screen, windows));
   } catch (const JobError& error) {
     Report(error.what());
   }

@@ -17,7 +17,7 @@
 #include "tools/zebtool/live/live_camera.h"
 #include "tools/zebtool/live/live_settings.h"
 #include "tools/zebtool/live/live_table.h"
-#include "tools/zebtool/live/window_grid.h"
+#include "tools/zebtool/screen/window_grid.h"
 
 namespace zebtool {
 

@@ -1,9 +1,12 @@
 // Ending on Ctrl-C as after the last second: orderly.
 #pragma once
 
+#include <array>
+
 namespace zebtool {
 
-// While it lives, SIGINT and SIGTERM are noted instead of ending the process. One at a time.
+// While it lives, SIGINT, SIGTERM, SIGQUIT and SIGHUP are noted instead of ending the process; a
+// SIGHUP that is ignored stays so. One at a time.
 class StopSignals {
  public:
   StopSignals();
@@ -16,8 +19,7 @@ class StopSignals {
 
  private:
   using Handler = void (*)(int);
-  Handler m_interrupt;  // what was in force before
-  Handler m_terminate;
+  std::array<Handler, 4> m_before;  // what was in force
 };
 
 }  // namespace zebtool

@@ -1,11 +1,10 @@
-#include "tools/zebtool/live/window_grid.h"
+#include "tools/zebtool/screen/window_grid.h"
 
 #include <algorithm>
 
 namespace zebtool {
 namespace {
 
-constexpr LONG kScreenWidth = 1600;
 constexpr LONG kGap = 2;
 
 struct Form {
@@ -28,7 +27,7 @@ WindowGrid MakeWindowGrid(std::size_t cameras) {
   const auto count = static_cast<LONG>(cameras);
   const Form form = FormOf(count);
   const LONG width = kScreenWidth / form.columns;
-  const LONG height = width * 3 / 4;
+  const LONG height = TelevisionHeight(width);
   const auto window = [&](LONG column, LONG row, LONG cells) {
     return CRect{column * width + kGap, row * height + kGap, (column + cells) * width - kGap,
                  (row + cells) * height - kGap};
@@ -44,6 +43,24 @@ WindowGrid MakeWindowGrid(std::size_t cameras) {
     }
   }
   return grid;
+}
+
+WindowGrid MakePaneGrid(std::size_t panes, CSize screen) {
+  if (panes <= 1) return {screen, {{0, 0, screen.cx, screen.cy}}};
+  const LONG width = (screen.cx - kGap) / 2;
+  const LONG height = TelevisionHeight(width);
+  const auto rows = static_cast<LONG>((panes + 1) / 2);
+  WindowGrid grid{{screen.cx, rows * (height + kGap) - kGap}, {}};
+  for (std::size_t pane = 0; pane < panes; ++pane) {
+    const LONG left = static_cast<LONG>(pane % 2) * (width + kGap);
+    const LONG top = static_cast<LONG>(pane / 2) * (height + kGap);
+    grid.windows.push_back({left, top, left + width, top + height});
+  }
+  return grid;
+}
+
+LONG TelevisionHeight(LONG width) {
+  return width * 3 / 4;
 }
 
 }  // namespace zebtool

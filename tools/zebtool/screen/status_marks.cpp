@@ -1,4 +1,4 @@
-#include "tools/zebtool/live/status_marks.h"
+#include "tools/zebtool/screen/status_marks.h"
 
 #include <cstdlib>
 #include <memory>
@@ -19,6 +19,7 @@ struct Rgb {
 };
 constexpr Rgb kDark = {0x18, 0x18, 0x18};
 constexpr Rgb kRed = {0xF0, 0x28, 0x28};
+constexpr Rgb kGreen = {0x50, 0xE0, 0x60};
 constexpr Rgb kAmber = {0xFF, 0xC0, 0x20};
 
 // From the top left corner.
@@ -36,6 +37,18 @@ Rgb AlarmPixel(int x, int y) {
   const bool is_inside = y >= kTop && y <= kBottom && 2 * across <= y - kTop;
   const bool is_stroke = across <= 1 && ((y >= 12 && y <= 20) || (y >= 23 && y <= 25));
   return is_inside && !is_stroke ? kAmber : kDark;
+}
+
+// A loudspeaker with two waves of sound.
+Rgb SoundPixel(int x, int y) {
+  const int down = std::abs(y - kCentre);
+  const bool is_box = x >= 4 && x <= 9 && down <= 4;
+  const bool is_cone = x >= 9 && x <= 15 && down <= x - 5;
+  const int across = x - 13;
+  const int distance = across * across + down * down;
+  const bool is_wave =
+      across > down && ((distance >= 49 && distance <= 81) || (distance >= 144 && distance <= 196));
+  return is_box || is_cone || is_wave ? kGreen : kDark;
 }
 
 std::unique_ptr<CBitmap> MakeMark(Rgb (*pixel_at)(int x, int y)) {
@@ -59,6 +72,7 @@ std::unique_ptr<CBitmap> MakeMark(Rgb (*pixel_at)(int x, int y)) {
 
 void RegisterStatusMarks() {
   CShowParam::SetRecordBmp(MakeMark(RecordPixel).release());
+  CShowParam::SetAudioBmp(MakeMark(SoundPixel).release());
   CShowParam::SetAlarmBmp(MakeMark(AlarmPixel).release());
 }
 

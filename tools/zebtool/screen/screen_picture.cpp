@@ -1,24 +1,15 @@
-#include "tools/zebtool/live/contact_sheet.h"
+#include "tools/zebtool/screen/screen_picture.h"
 
 #include <algorithm>
 #include <memory>
 
-#include "image/image.h"
 #include "platform/os/windows/windows.h"
-#include "tools/zebtool/media/png_file.h"
+#include "tools/zebtool/screen/picture_format.h"
 
 namespace zebtool {
 namespace {
 
-constexpr BYTE kBackground = 0x28;
-constexpr std::size_t kImageBytes = 3;   // of a pixel
 constexpr std::size_t kWindowBytes = 4;  // of a pixel
-
-// The index of a pixel in rows of `width`.
-std::size_t PixelAt(LONG width, LONG x, LONG y) {
-  return static_cast<std::size_t>(width) * static_cast<std::size_t>(y) +
-         static_cast<std::size_t>(x);
-}
 
 // Rows of the picture go from the bottom up.
 void CopyWindow(HWND window, CSize screen, BYTE* pixels) {
@@ -41,16 +32,13 @@ void CopyWindow(HWND window, CSize screen, BYTE* pixels) {
 
 }  // namespace
 
-void SaveContactSheet(const std::string& path, Existing existing, CSize screen,
-                      std::span<const HWND> windows) {
-  const std::size_t bytes =
-      kImageBytes * static_cast<std::size_t>(screen.cx) * static_cast<std::size_t>(screen.cy);
-  auto pixels = std::make_unique<BYTE[]>(bytes);
-  std::fill_n(pixels.get(), bytes, kBackground);
+CImage PictureOfScreen(CSize screen, std::span<const HWND> windows) {
+  auto pixels = MakeBackground(screen);
   for (HWND window : windows) CopyWindow(window, screen, pixels.get());
-  CImage sheet;
-  sheet.CreateImage(pixels.release(), static_cast<DWORD>(screen.cx), static_cast<DWORD>(screen.cy));
-  WritePng(path, existing, sheet);
+  CImage picture;
+  picture.CreateImage(pixels.release(), static_cast<DWORD>(screen.cx),
+                      static_cast<DWORD>(screen.cy));
+  return picture;
 }
 
 }  // namespace zebtool
