@@ -27,6 +27,7 @@ int RunZebtool(Arguments arguments, Console& console) {
   AddRecord(root);
   AddSearch(root);
   AddLive(root);
+  AddPlay(root);
   AddDemo(root);
   return line.Run(arguments, console);
 }

@@ -20,6 +20,7 @@ void AddStore(const Command& root);
 void AddRecord(const Command& root);
 void AddSearch(const Command& root);
 void AddLive(const Command& root);
+void AddPlay(const Command& root);
 void AddDemo(const Command& root);
 
 // Runs a whole command line, the program's name left out. Returns an ExitStatus.

@@ -80,10 +80,6 @@ class FrameFinder final : public CheckVisitor {
   FrameHeader m_largest;
 };
 
-std::string NameOf(const FramePosition& frame) {
-  return std::to_string(frame.block) + ':' + std::to_string(frame.index);
-}
-
 // The picture as 32-bit rows, the top one first. The frame is left in `data`.
 std::vector<BYTE> DecodeFrame(CZebFile& recording, const FrameFinder& finder,
                               const FramePosition& frame, PictureSize size, CZebFrameData& data) {

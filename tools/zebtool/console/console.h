@@ -2,6 +2,7 @@
 #pragma once
 
 #include <istream>
+#include <optional>
 #include <ostream>
 #include <span>
 #include <stdexcept>
@@ -21,6 +22,7 @@ struct Console {
   std::ostream& out;
   std::ostream& err;
   bool show_progress = false;  // the error stream is a terminal
+  std::optional<int> keys;     // the descriptor of a terminal whose keys are for the subcommand
 };
 
 using Arguments = std::span<const std::string>;

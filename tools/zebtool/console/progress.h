@@ -22,11 +22,11 @@ class Progress {
   void Show(std::uint64_t count, std::string_view noun = "frames");
   // "label 12 %"
   void ShowPart(std::uint64_t done, std::uint64_t total);
+  // "label text"
+  void ShowText(const std::string& text);
 
  private:
   using SteadyClock = std::chrono::steady_clock;
-
-  void ShowText(const std::string& text);
 
   Console& m_console;
   std::string m_label;

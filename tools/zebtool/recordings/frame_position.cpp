@@ -12,6 +12,12 @@ namespace {
 
 constexpr DWORD kMaxNumber = std::numeric_limits<int>::max();
 
+}  // namespace
+
+std::string NameOf(const FramePosition& position) {
+  return std::to_string(position.block) + ':' + std::to_string(position.index);
+}
+
 std::optional<FramePosition> ParseFramePosition(const std::string& text) {
   const std::size_t colon = text.find(':');
   const auto block = ParseNumber(text.substr(0, colon));
@@ -20,8 +26,6 @@ std::optional<FramePosition> ParseFramePosition(const std::string& text) {
   if (!block || !index || *block > kMaxNumber || *index > kMaxNumber) return std::nullopt;
   return FramePosition{static_cast<int>(*block), static_cast<int>(*index)};
 }
-
-}  // namespace
 
 void AddFrameOption(const Command& command, const std::string& name,
                     std::optional<FramePosition>& position, const std::string& help) {
@@ -54,6 +58,12 @@ LONGLONG Moment::MsFrom(CTime begin) const {
   const auto ms = ParseMomentMs(m_text, begin);
   if (!ms) throw UsageError("the day of the recording has no '" + m_text + "'");
   return *ms;
+}
+
+std::optional<Place> ParsePlace(const std::string& text) {
+  if (const auto position = ParseFramePosition(text)) return *position;
+  if (const auto moment = Moment::Parse(text)) return *moment;
+  return std::nullopt;
 }
 
 void AddMomentOption(const Command& command, const std::string& name, std::optional<Moment>& moment,

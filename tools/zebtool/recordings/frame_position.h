@@ -1,8 +1,10 @@
 // Places in a recording as options name them: by block and frame, or by a moment.
 #pragma once
 
+#include <compare>
 #include <optional>
 #include <string>
+#include <variant>
 
 #include "platform/framework/time.h"
 #include "platform/framework/types.h"
@@ -16,7 +18,14 @@ class Command;
 struct FramePosition {
   int block = 0;
   int index = 0;  // in its block
+
+  auto operator<=>(const FramePosition&) const = default;
 };
+
+// "3:12"
+std::string NameOf(const FramePosition& position);
+// BLOCK or BLOCK:INDEX; nothing for another text.
+std::optional<FramePosition> ParseFramePosition(const std::string& text);
 
 // Adds an option that takes BLOCK or BLOCK:INDEX, both counted from 0.
 void AddFrameOption(const Command& command, const std::string& name,
@@ -42,6 +51,10 @@ class Moment {
 // Adds an option that takes a moment, TIME in the help.
 void AddMomentOption(const Command& command, const std::string& name, std::optional<Moment>& moment,
                      const std::string& help);
+// A place in a recording by frame or by moment, "3:12" or "08:30:05".
+using Place = std::variant<FramePosition, Moment>;
+std::optional<Place> ParsePlace(const std::string& text);
+
 // Says in the help what TIME is.
 void ExplainMoments(const Command& command);
 
