@@ -32,6 +32,11 @@ execute_process(COMMAND ${WORK}/build/list_recording ${WORK}/copy.zebz OUTPUT_VA
 if(NOT listed MATCHES "block 0 frame 0 at .* I-frame\n  decoded.*block 0 frame 1 at ")
   message(FATAL_ERROR "the example printed:\n${listed}")
 endif()
+execute_process(COMMAND ${WORK}/build/play_recording ${WORK}/copy.zebz WORKING_DIRECTORY ${WORK}
+                OUTPUT_VARIABLE played COMMAND_ERROR_IS_FATAL ANY)
+if(NOT played MATCHES "block0.bmp: .*\n2 frames played" OR NOT EXISTS ${WORK}/block0.bmp)
+  message(FATAL_ERROR "the example printed:\n${played}")
+endif()
 
 # The cameras are virtual ones.
 set(ENV{ZEBX_DEVICES} 7:2)
