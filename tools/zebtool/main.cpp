@@ -14,7 +14,7 @@ int main(int count, char** values) {
   // A reader of our output that goes away shows as a failed write, which is reported.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   std::ios::sync_with_stdio(false);
-  zebtool::Console console{std::cin, std::cout, std::cerr, isatty(STDERR_FILENO) != 0, {}};
+  zebtool::Console console{std::cin, std::cout, std::cerr, isatty(STDERR_FILENO) != 0};
   // In the background a terminal's keys are the shell's.
   if (tcgetpgrp(STDIN_FILENO) == getpgrp()) console.keys = STDIN_FILENO;
 

@@ -22,7 +22,8 @@ struct Console {
   std::ostream& out;
   std::ostream& err;
   bool show_progress = false;  // the error stream is a terminal
-  std::optional<int> keys;     // the descriptor of a terminal whose keys are for the subcommand
+  std::optional<int> keys =
+      std::nullopt;  // the descriptor of a terminal whose keys are for the subcommand
 };
 
 using Arguments = std::span<const std::string>;
