@@ -48,7 +48,7 @@ class Play : public testing::Test {
 TEST_F(Play, StepsForwardsAndBackwardsShowTheFramesThatInfoLists) {
   const std::string path = Import("steps.zebz", 24, "00");
   std::vector<std::string> listed;
-  for (const Json& part : Json::parse(RunTool({"info", path, "--frames", "--json"}).out)["parts"]) {
+  for (const Json& part : Json::parse(RunTool({"info", path, "--frames", "--json"}).out)["chain"]) {
     if (part.contains("frame")) listed.push_back(part["frame"]);
   }
   ASSERT_EQ(listed.size(), 24U);
@@ -157,11 +157,10 @@ TEST_F(Play, PanesOfDifferentBeginningsStayWithinASecond) {
     EXPECT_EQ(report["ended"], speed == "-1" ? "until" : "end");
     for (std::size_t pane = 1; pane < files.size(); ++pane) {
       const Json& file = report["files"][pane];
-      if (speed == "-1" && pane == 3) continue;  // its beginning is not reached
+      if (speed == "-1" && pane == 3) continue;  // its beginning may not be reached
       ASSERT_GT(file["frames_shown"], 0) << report;
       EXPECT_GE(file["frames_together"].get<int>() * 10, file["frames_shown"].get<int>() * 8)
           << report;
-      EXPECT_GE(file["first"]["time"], "2024-05-01 08:30:10") << report;
     }
   }
 }
@@ -208,7 +207,7 @@ TEST_F(Play, LinesThatCannotBeginSayWhatToDo) {
       {{path, "--sheet", text}, 1, "it is there already"},
       {{path, "--sound", text}, 1, "it is there already"},
       {{path, "--sound", m_dir.File("no/out.wav")}, 1, "cannot write"},
-      {{path, "--sheet", path, "--force"}, 1, "one file"},
+      {{path, "--sheet", path, "--force"}, 1, "is the input"},
       {{text}, 1, "no readable header"},
       {{path, m_dir.File("none")}, 1, "cannot open"},
       {{path, "--from", "0:4"}, 1, "there is no frame 4"},

@@ -123,9 +123,10 @@ void AddPlay(const Command& root) {
       "picture, up and down change the speed, and q ends, as Ctrl-C does.");
   ExplainMoments(command);
   command.Explain(
-      "PLACE is BLOCK:INDEX, counted from 0, or a TIME in whole seconds; --from TIME begins with "
-      "the last picture before. A recording that is still being written plays up to what was "
-      "there when it ran out.");
+      "PLACE is BLOCK:INDEX, counted from 0, or a TIME in whole seconds. --from TIME begins with "
+      "the last picture before that second, or with the last block that begins in it; the last "
+      "block of a recording that is still being written is not searched. Such a recording plays "
+      "up to where it ended when that was reached.");
   command.Does([options](Console& console) { return Play(*options, console); });
 }
 

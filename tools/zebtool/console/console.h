@@ -21,9 +21,8 @@ struct Console {
   std::istream& in;
   std::ostream& out;
   std::ostream& err;
-  bool show_progress = false;  // the error stream is a terminal
-  std::optional<int> keys =
-      std::nullopt;  // the descriptor of a terminal whose keys are for the subcommand
+  bool show_progress = false;    // the error stream is a terminal
+  std::optional<int> keys = {};  // a terminal's descriptor: its keys are for the subcommand
 };
 
 using Arguments = std::span<const std::string>;
