@@ -48,7 +48,8 @@ class Play : public testing::Test {
 TEST_F(Play, StepsForwardsAndBackwardsShowTheFramesThatInfoLists) {
   const std::string path = Import("steps.zebz", 24, "00");
   std::vector<std::string> listed;
-  for (const Json& part : Json::parse(RunTool({"info", path, "--frames", "--json"}).out)["chain"]) {
+  const Json info = Json::parse(RunTool({"info", path, "--frames", "--json"}).out);
+  for (const Json& part : info["chain"]) {
     if (part.contains("frame")) listed.push_back(part["frame"]);
   }
   ASSERT_EQ(listed.size(), 24U);
