@@ -181,7 +181,7 @@ TEST_F(DecodeThread, AsksTheAudioOwnerWhenSoundRunsShortAndTheOthersWhenDue) {
   int other_shown = 0;
   const auto count = [](int& frames) {
     return [&frames](HWND, UINT message, WPARAM code, LPARAM) -> LRESULT {
-      frames += message == ZEBX_MSG_VIDEOPLAY && code == ZEBX_PLAY_FRAME ? 1 : 0;
+      if (message == ZEBX_MSG_VIDEOPLAY && code == ZEBX_PLAY_FRAME) ++frames;
       return 0;
     };
   };

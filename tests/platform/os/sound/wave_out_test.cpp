@@ -265,6 +265,7 @@ TEST_F(WaveOut, RunsNoProcedureWhileADeviceCloses) {
   EXPECT_FALSE(has_run);
   os::Message message;
   os::PeekMessage(&message);
+  os::DestroyWindow(window);
 }
 
 }  // namespace
