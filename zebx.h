@@ -69,6 +69,7 @@
 
 // Playback.
 #include "playback/multi_decode_wnd.h"
+#include "playback/decode_wnd.h"
 #include "playback/play_messages.h"
 #include "playback/wave_out.h"
 #include "playback/zeb_decode_wnd.h"
