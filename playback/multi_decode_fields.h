@@ -43,7 +43,7 @@ struct CMultiDecodeWnd::Fields {
   zebx::PaneState m_state;
   CTime m_pending_time;      // to be sought when the file is ready; 0 for none. Outlives a closing
   tag_PLAYPOS m_position{};  // of the frame shown last
-  // Changed by who has the gate, and by the stream thread, under the lock.
+  // Changed under the lock by who has the gate; the frame by the stream thread, too.
   HWND m_host_window = nullptr;
   bool m_has_thread = false;
   DWORD m_opening = 0;  // counts closings: what was posted before the last one is out of date

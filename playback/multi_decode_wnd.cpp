@@ -41,8 +41,8 @@ std::span<const os::MessageMapEntry> CMultiDecodeWnd::GetMessageMap() const {
 int CMultiDecodeWnd::OpenDecodeWnd(HWND host_window, CShowParam* settings, int pane) {
   if (pane < 0 || pane >= kPanes) return 0;
   CloseDecodeWnd();
-  if (CreateChild(host_window, "VideoPlayWnd", kWindowId) == 0) return 0;
   const OpeningTurn turn(m_fields->m_gate);
+  if (!turn || CreateChild(host_window, "VideoPlayWnd", kWindowId) == 0) return 0;
   const std::lock_guard lock(m_fields->m_lock);
   m_fields->m_host_window = host_window;
   m_fields->m_settings = settings;

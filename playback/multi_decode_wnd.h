@@ -30,10 +30,10 @@ class OpeningTurn;
 // the host may call everything, and even delete the player. Window and display settings stay the
 // host's, and alive until CloseDecodeWnd.
 //
-// OpenVideo and CloseVideo wait for each other. They also wait for the player's thread, so that a
-// host must not call them while it holds Lock(): both may then wait for ever. Called in the midst
-// of themselves, by the display settings or by a message that is answered meanwhile, they do
-// nothing, and OpenVideo is 0.
+// Opening and closing wait for each other. They also wait for the player's thread, so that a host
+// must not call them while it holds Lock(): both may then wait for ever. Called in the midst of
+// themselves, by the display settings or by a message that is answered meanwhile, they do nothing,
+// and opening is 0; the player must not be deleted there.
 class ZEBX_API CMultiDecodeWnd : public CWnd {
  public:
   CMultiDecodeWnd();

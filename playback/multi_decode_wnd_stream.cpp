@@ -35,7 +35,8 @@ int FramesLeftOut(int speed) {
 // the frame, which this alone replaces and reads into, is looked at and decoded without the lock.
 class CMultiDecodeWnd::Run {
  public:
-  explicit Run(CMultiDecodeWnd& player) : m_player(player), m_own(*player.m_fields) {}
+  explicit Run(CMultiDecodeWnd& player)
+      : m_player(player), m_own(*player.m_fields), m_opening(m_own.m_opening) {}
 
   // Ends with the opening, or with the file, which the window is told then.
   void Play() {
@@ -63,7 +64,6 @@ class CMultiDecodeWnd::Run {
       m_decoder.reset(CreatePlayedDecoder(m_own.m_size, frame->GetEncoderType(), kNxcPostPlayback));
     }
     const std::lock_guard lock(m_own.m_lock);
-    m_opening = m_own.m_opening;
     m_own.m_ready.Set();
     if (m_decoder == nullptr) return false;
     m_own.m_state.m_seek.ForgetZeros();
@@ -209,7 +209,7 @@ class CMultiDecodeWnd::Run {
 
   CMultiDecodeWnd& m_player;
   Fields& m_own;
-  DWORD m_opening = 0;
+  const DWORD m_opening;
   std::unique_ptr<NxcDecoder, DestroyHandle> m_decoder;
   PaneState m_snapshot;  // of the state, for the frame that is played
   DWORD m_last_tick_ms = 0;
