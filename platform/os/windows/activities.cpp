@@ -75,6 +75,7 @@ Activity* Activities::OutermostCall(HWND window) const {
 
 // Whether an activity cannot end before one of this thread does. Where only the answer to a message
 // keeps it, that is given here. An activity waits for those inside of it, never for outer ones.
+// NOLINTNEXTLINE(misc-no-recursion): as deep as threads wait for each other
 bool Activities::WaitsForThisThread(const Activity& activity) {
   if (activity.m_thread == std::this_thread::get_id()) return true;
   for (const Activity* inner = &activity; inner != nullptr; inner = inner->m_inner) {

@@ -53,7 +53,7 @@ class Activities {
   Activity* OutermostCall(HWND window) const;
   bool WaitsForThisThread(const Activity& activity);
   static void AnswerEarly(SentMessage& sent);
-  void Push(Activity& activity);
+  static void Push(Activity& activity);
 
   std::mutex m_mutex;
   // Guarded by m_mutex.
@@ -61,15 +61,13 @@ class Activities {
   std::vector<Activity*> m_closings;
 };
 
-// An activity for the length of a block.
-class ActivityScope {
+// Ends an activity with its block.
+class ActivityEnd {
  public:
-  explicit ActivityScope(Activity& activity) : m_activity(activity) {
-    Activities::Get().Begin(m_activity);
-  }
-  ~ActivityScope() { Activities::Get().End(m_activity); }
-  ActivityScope(const ActivityScope&) = delete;
-  ActivityScope& operator=(const ActivityScope&) = delete;
+  explicit ActivityEnd(Activity& activity) : m_activity(activity) {}
+  ~ActivityEnd() { Activities::Get().End(m_activity); }
+  ActivityEnd(const ActivityEnd&) = delete;
+  ActivityEnd& operator=(const ActivityEnd&) = delete;
 
  private:
   Activity& m_activity;

@@ -51,7 +51,8 @@ LRESULT SendMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   sent->m_is_awaited = IsAwaited();
   Activity sending;
   sending.m_sent = sent.get();
-  const ActivityScope scope(sending);
+  Activities::Get().Begin(sending);
+  const ActivityEnd end(sending);
   bool is_sent = false;
   WindowTable::Get().Visit(window, [&, copy = sent](Window& found) mutable {
     is_sent = found.m_queue->Send(std::move(copy));

@@ -134,11 +134,10 @@ bool CloseTree(HWND root, const std::shared_ptr<MessageQueue>& own_queue) {
   Activity closing;
   closing.m_closed = is_closed ? std::move(taken.m_handles) : std::vector<HWND>{root};
   closing.m_waiter = waiter.get();
-  if (Activities::Get().BeginClosing(closing)) {
-    Activities::Get().AnswerAwaited();
-    AwaitAnswer(*waiter, *own_queue);
-    Activities::Get().End(closing);
-  }
+  if (!Activities::Get().BeginClosing(closing)) return is_closed;
+  const ActivityEnd end(closing);
+  Activities::Get().AnswerAwaited();
+  AwaitAnswer(*waiter, *own_queue);
   return is_closed;
 }
 

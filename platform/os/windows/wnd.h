@@ -54,7 +54,7 @@ class ZEBX_API CWnd : public CObject {
   // Looks the message up in the map; what is not there goes to Default.
   virtual LRESULT WindowProc(UINT message, WPARAM wparam, LPARAM lparam);
   // What a window does with a message that nobody handles: nothing, 0.
-  LRESULT Default() { return 0; }
+  static LRESULT Default() { return 0; }
   // The handlers of this class; those of its base classes have to be among them.
   virtual std::span<const os::MessageMapEntry> GetMessageMap() const;
 

@@ -16,16 +16,19 @@ TEST_F(Activities, FollowNoMessageThatWasAnsweredEarly) {
   os::SentMessage message, first_waiter, second_waiter;
   std::jthread sender([&] {
     os::Activity call{.m_called = sending};
-    const os::ActivityScope outer(call);
+    os::Activities::Get().Begin(call);
+    const os::ActivityEnd call_end(call);
     os::Activity send{.m_sent = &message};
-    const os::ActivityScope inner(send);
+    os::Activities::Get().Begin(send);
+    const os::ActivityEnd send_end(send);
     is_sent.count_down();
     is_over.wait();
   });
   std::jthread closer([&] {
     is_sent.wait();
     os::Activity run{.m_called = answering, .m_run = &message};
-    const os::ActivityScope outer(run);
+    os::Activities::Get().Begin(run);
+    const os::ActivityEnd run_end(run);
     os::Activity closing{.m_closed = {sending}, .m_waiter = &first_waiter};
     ASSERT_TRUE(os::Activities::Get().BeginClosing(closing));
     is_closing.count_down();

@@ -23,7 +23,9 @@ class Adder final : public CWnd {
         {os::kWmDestroy, os::HandleWith<Adder, &Adder::OnDestroy>}};
     return kMap;
   }
-  LRESULT OnAdd(WPARAM wparam, LPARAM lparam) { return AddParameters(nullptr, 0, wparam, lparam); }
+  LRESULT OnAdd(WPARAM wparam, LPARAM lparam) {
+    return static_cast<LRESULT>(wparam) + lparam + *m_told;
+  }
   LRESULT OnEnd(WPARAM depth, LPARAM) {
     if (depth > 0) return os::SendMessage(GetSafeHwnd(), kEnd, depth - 1, 0) + 1;
     delete this;
