@@ -1,6 +1,7 @@
 // Keeps what the wave-out devices play.
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -26,23 +27,18 @@ class RecordedSound final : public os::sound::Sink {
     m_heard.push_back(
         {piece.m_begin_ms, piece.m_silence_ms, {piece.m_bytes.begin(), piece.m_bytes.end()}});
   }
-  void Close(HWAVEOUT device) override {
-    const std::lock_guard lock(m_mutex);
-    m_closed.push_back(device);
-  }
+  void Close(HWAVEOUT /*device*/) override { ++m_closed; }
 
   std::vector<Heard> TakeHeard() {
     const std::lock_guard lock(m_mutex);
     return std::exchange(m_heard, {});
   }
-  std::vector<HWAVEOUT> TakeClosed() {
-    const std::lock_guard lock(m_mutex);
-    return std::exchange(m_closed, {});
-  }
+  // Devices so far.
+  DWORD Closed() const { return m_closed; }
 
  private:
+  std::atomic<DWORD> m_closed = 0;
   std::mutex m_mutex;
   // Guarded by m_mutex.
   std::vector<Heard> m_heard;
-  std::vector<HWAVEOUT> m_closed;
 };

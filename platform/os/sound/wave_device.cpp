@@ -1,13 +1,23 @@
 #include "platform/os/sound/wave_device.h"
 
-#include <array>
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <utility>
 
 #include "platform/os/clock.h"
 #include "platform/os/windows/windows.h"
 
 namespace os::sound {
+
+namespace {
+
+// How long the thread sleeps at most before it looks at the clock again while it has something to
+// play. The moment that it waits for is one of the clock in force, which may be stepped or set back
+// at any time, also just before it begins to wait.
+constexpr DWORD kClockSliceMs = 10;
+
+}  // namespace
 
 WaveDevice::WaveDevice(HWAVEOUT handle, UINT number, const WaveFormat& format, HWND window,
                        SoundOutlet& outlet)
@@ -19,27 +29,39 @@ WaveDevice::WaveDevice(HWAVEOUT handle, UINT number, const WaveFormat& format, H
       m_queue(format, GetTickCount()) {}
 
 WaveDevice::~WaveDevice() {
-  m_stop.Set();
-  m_thread.JoinWithoutAnswering();
+  Stop();
 }
 
 bool WaveDevice::Start() {
   return m_thread.Start([this] { Run(); });
 }
 
-void WaveDevice::Run() {
-  const std::array<Event*, 2> events = {&m_stop, &m_changed};
-  do {
-    m_changed.Reset();
-    Deliver();
-  } while (WaitForMultipleObjects(events, WaitMs()) != 0);
+void WaveDevice::Stop() {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_is_stopped = true;
+  }
+  m_changed.notify_one();
+  m_thread.JoinWithoutAnswering();
 }
 
-DWORD WaveDevice::WaitMs() {
+void WaveDevice::Run() {
+  do {
+    Deliver();
+  } while (WaitForNext());
+}
+
+bool WaveDevice::WaitForNext() {
   const DWORD now = GetTickCount();
-  const std::lock_guard lock(m_mutex);
+  std::unique_lock lock(m_mutex);
   Move(now);
-  return m_over.empty() ? m_queue.MsToNextEnd().value_or(kInfinite) : 0;
+  if (m_is_stopped || !m_over.empty()) return !m_is_stopped;
+  if (const std::optional<DWORD> wait_ms = m_queue.MsToNextEnd()) {
+    m_changed.wait_for(lock, std::chrono::milliseconds(std::min(*wait_ms, kClockSliceMs)));
+  } else {
+    m_changed.wait(lock);
+  }
+  return true;
 }
 
 void WaveDevice::Move(DWORD tick_ms) {
@@ -55,9 +77,7 @@ void WaveDevice::Finish(WrittenBuffers buffers) {
 }
 
 WrittenBuffers WaveDevice::TakeOver() {
-  const DWORD now = GetTickCount();
   const std::lock_guard lock(m_mutex);
-  Move(now);
   WrittenBuffers first;
   if (!m_over.empty()) first.splice(first.begin(), m_over, m_over.begin());
   return first;
@@ -102,7 +122,7 @@ UINT WaveDevice::Write(WaveHeader& header) {
     flags = (flags & ~DWORD{kWaveDone}) | kWaveQueued;
     m_queue.Write(std::move(buffer));
   }
-  m_changed.Set();
+  m_changed.notify_one();
   return kWaveNoError;
 }
 
@@ -121,18 +141,13 @@ UINT WaveDevice::Shut() {
   const std::lock_guard lock(m_mutex);
   if (m_is_shut) return kWaveBadHandle;
   Move(now);
-  if (!m_queue.IsEmpty()) {
-    // The thread may have begun to wait when the clock was not set back yet.
-    m_changed.Set();
-    return kWaveStillPlaying;
-  }
+  if (!m_queue.IsEmpty()) return kWaveStillPlaying;
   m_is_shut = true;
   return kWaveNoError;
 }
 
 void WaveDevice::End() {
-  m_stop.Set();
-  m_thread.JoinWithoutAnswering();
+  Stop();
   Deliver();
   const std::lock_guard order(m_outlet.m_mutex);
   if (m_outlet.m_sink != nullptr) m_outlet.m_sink->Close(m_handle);

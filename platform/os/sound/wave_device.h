@@ -1,12 +1,12 @@
 // One opening of a wave-out device.
 #pragma once
 
+#include <condition_variable>
 #include <mutex>
 #include <optional>
 
 #include "platform/os/sound/paced_queue.h"
 #include "platform/os/sound/sound_control.h"
-#include "platform/os/threads/event.h"
 #include "platform/os/threads/thread.h"
 
 namespace os::sound {
@@ -51,23 +51,24 @@ class WaveDevice {
   void Move(DWORD tick_ms);
   // Takes buffers out of the hands of the device.
   void Finish(WrittenBuffers buffers);
-  // For the thread, until the next buffer is over.
-  DWORD WaitMs();
+  // For the thread: false when it is to end, else true when it is to look again.
+  bool WaitForNext();
+  void Stop();
 
   const HWAVEOUT m_handle;
   const UINT m_number;
   const WaveFormat m_format;
   const HWND m_window;
   SoundOutlet& m_outlet;
-  Event m_stop;
-  Event m_changed;
   Thread m_thread;
+  std::condition_variable m_changed;  // with m_mutex: written, or stopped
 
   std::mutex m_mutex;
   // Guarded by m_mutex.
   PacedQueue m_queue;
   WrittenBuffers m_over;  // marked as done, and not handed over yet
   bool m_is_shut = false;
+  bool m_is_stopped = false;
 };
 
 }  // namespace os::sound
