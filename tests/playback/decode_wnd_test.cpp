@@ -10,6 +10,7 @@
 #include "platform/noxdisplay/display_record.h"
 #include "platform/noxdisplay/software/display_control.h"
 #include "platform/os/clock.h"
+#include "platform/os/sound/sound_control.h"
 #include "tests/support/counted_memory.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/memory_file_system.h"
@@ -247,6 +248,9 @@ TEST_F(FilePlayer, HasTheSoundWhileItPlaysVoicedFramesAtTheirPace) {
     undo();
   }
   EXPECT_EQ(frames_until(true), 2);
+  os::sound::StartJournal();
+  Show(1);
+  EXPECT_FALSE(os::sound::TakeJournal().empty()) << "it is heard";
   m_player->PlayFrom(0, 40);
   EXPECT_EQ(frames_until(false), 2) << "the frame read ahead is not voiced";
 }
@@ -263,7 +267,7 @@ TEST_F(FilePlayer, TellsInTheWindowsThreadWhatTheSharedThreadPlays) {
       const auto* const frame = reinterpret_cast<const CVideoData*>(argument);
       EXPECT_EQ(frame->GetFile(), m_player->GetZebFile());
       const int index = frame->GetFrameIndex();
-      for (int i = 0; i < 100; ++i, m_clock.Advance(5)) std::this_thread::yield();
+      EXPECT_EQ(m_player->OnDecode(0, m_now), 1);
       EXPECT_EQ(frame->GetFrameIndex(), index) << "waits while the host is told";
     }
     if (code != ZEBX_PLAY_FRAME) return;
@@ -282,6 +286,11 @@ TEST_F(FilePlayer, TellsInTheWindowsThreadWhatTheSharedThreadPlays) {
   m_player->CloseVideo(1);
   Pump();
   EXPECT_EQ(told_closed, 2) << "once at the end, once when asked for";
+  Open({5, 0});
+  const DWORD opening = m_player->GetOpening();
+  m_player->CloseVideo(0);
+  m_player->OnVideoPlay(ZEBX_PLAY_CLOSED, opening);
+  EXPECT_EQ(told_closed, 2) << "that opening has ended";
 }
 
 // On the window's thread and on another one; the last player goes on any thread.
