@@ -19,6 +19,7 @@
 #include "tools/zebtool/media/sound_file.h"
 #include "tools/zebtool/media/y4m.h"
 #include "tools/zebtool/recordings/recording_file.h"
+#include "tools/zebtool/screen/contact_sheet.h"
 
 using namespace zebx;
 
@@ -29,16 +30,17 @@ constexpr int kWidth = 352;
 constexpr int kHeight = 288;
 constexpr DWORD kSeconds = 10;
 constexpr DWORD kLiveSeconds = 4;
+constexpr DWORD kPaneSeconds = 6;
 constexpr DWORD kRate = zebdev::StreetScene::kFramesPerSecond;
 
-void WriteVideo(const std::string& path, Console& console) {
+void WriteVideo(const std::string& path, DWORD seed, DWORD seconds, Console& console) {
   OutputStream output(path, Existing::kRefuse, console);
   Y4mWriter writer(output, {kWidth, kHeight, {kRate, 1}, 1, 1});
-  const zebdev::StreetScene scene(kWidth, kHeight);
+  const zebdev::StreetScene scene(kWidth, kHeight, seed);
   noxcodec::Picture picture(kWidth, kHeight);
   std::vector<BYTE> bytes;
   Progress progress(console, "generate");
-  for (DWORD frame = 0; frame < kSeconds * kRate; ++frame) {
+  for (DWORD frame = 0; frame < seconds * kRate; ++frame) {
     scene.Render(frame, picture);
     bytes.clear();
     for (int index = 0; index < noxcodec::kPlaneCount; ++index) {
@@ -102,19 +104,23 @@ class Demo {
     }
     Say("# generate " + std::to_string(kSeconds) + " s of video and sound: " + Path("street.y4m") +
         ", " + Path("street.wav"));
-    WriteVideo(Path("street.y4m"), m_console);
+    WriteVideo(Path("street.y4m"), 0, kSeconds, m_console);
     WriteSound(Path("street.wav"));
     Record();
     Cut();
     Repair();
     KeepOnDisk();
     Watch();
+    Play();
     SavePictures("street-back.y4m", "street", {0, 125, 249});
     SavePictures("clip.y4m", "clip", {0});
     SavePictures("saved.y4m", "saved", {0});
+    ShowAll();
     Say("\nThe results lie in " + m_folder +
         ": recordings (.zebz), video (.y4m), sound (.wav) and\n"
-        "pictures (.png, and .bmp with where and when they were taken).");
+        "pictures (.png, and .bmp with where and when they were taken). All windows, live and\n"
+        "played, are on " +
+        Path("demo.png") + '.');
     return kExitGood;
   }
 
@@ -185,6 +191,36 @@ class Demo {
     Step({"search", "--db", database, "--from", "2000-01-01 00:00:00"});
   }
 
+  // One recording with sound, steps over the end of a block, and four cameras together, each of
+  // which begins a second after the one before.
+  void Play() {
+    Step({"play", Path("street.zebz"), "--from", "1:25", "--sound", Path("played.wav"), "--sheet",
+          Path("played.png"), "--pictures", "4"});
+    Step({"play", Path("street.zebz"), "--from", "0:123", "--steps", "n n p"});
+    std::vector<std::string> line = {"play", Path("street.zebz")};
+    for (const std::string name : {"yard", "gate", "park"}) {
+      const std::string number = std::to_string(line.size() - 1);
+      const std::string video = Path(name + ".y4m");
+      Say("\n# generate " + std::to_string(kPaneSeconds) + " s of another street: " + video);
+      WriteVideo(video, static_cast<DWORD>(line.size()), kPaneSeconds, m_console);
+      line.push_back(Path(name + ".zebz"));
+      Step({"import", video, line.back(), "--begin", "2024-05-01 08:30:0" + number, "--camera-name",
+            name, "--camera", number});
+      std::filesystem::remove(ToHostPath(video));  // large, and not needed any more
+    }
+    line.insert(line.end(), {"--until", "+6", "--sheet", Path("panes.png"), "--pictures", "3"});
+    Step(line);
+  }
+
+  // The windows of live cameras and those of players on one sheet.
+  void ShowAll() {
+    std::vector<CImage> sheets;
+    for (const char* const name : {"live.png", "played.png", "panes.png"}) {
+      sheets.push_back(ReadPng(Path(name)));
+    }
+    WritePng(Path("demo.png"), Existing::kRefuse, MakeContactSheet(sheets, 1));
+  }
+
   std::string Path(const std::string& name) const { return m_folder + '/' + name; }
 
   void Say(const std::string& line) { m_console.out << line << '\n' << std::flush; }
@@ -229,9 +265,9 @@ void AddDemo(const Command& root) {
   command.Describe(
       "Generates 10 seconds of a street with sound and shows on it what the tool does: import, "
       "info, verify, clip, export of both, salvage of a recording that was cut off in the middle, "
-      "a small disk that records for days, deletes the oldest and is searched, and a few seconds "
-      "of "
-      "live cameras that are recorded with their alarms.");
+      "a small disk that records for days, deletes the oldest and is searched, a few seconds of "
+      "live cameras that are recorded with their alarms, and playing: with sound, step by step, "
+      "and four cameras together.");
   command.OptionalArgument("DIR", *folder,
                            "where the files and the disk are left, default ./demo; an empty "
                            "directory or none yet; about 110 MB are needed");

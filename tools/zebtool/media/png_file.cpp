@@ -4,10 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <vector>
 
-#include "image/image.h"
 #include "tools/zebtool/console/console.h"
+#include "tools/zebtool/files/host_paths.h"
 
 namespace zebtool {
 namespace {
@@ -61,6 +62,22 @@ void WritePng(const std::string& path, Existing existing, const noxcodec::Pictur
 void WritePng(const std::string& path, Existing existing, const CImage& image) {
   Write(path, existing, image.GetRawImage(), image.GetImageWidth(), image.GetImageHeight(),
         -static_cast<int>(image.GetImageWidth()) * kPixelBytes, PNG_FORMAT_BGR);
+}
+
+CImage ReadPng(const std::string& path) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  if (png_image_begin_read_from_file(&image, ToHostPath(path).c_str()) != 0) {
+    image.format = PNG_FORMAT_BGR;
+    auto pixels = std::make_unique<BYTE[]>(PNG_IMAGE_SIZE(image));
+    const int pitch = -static_cast<int>(image.width) * kPixelBytes;
+    if (png_image_finish_read(&image, nullptr, pixels.get(), pitch, nullptr) != 0) {
+      CImage picture;
+      picture.CreateImage(pixels.release(), image.width, image.height);
+      return picture;
+    }
+  }
+  throw JobError("cannot read '" + path + "': " + image.message);
 }
 
 }  // namespace zebtool

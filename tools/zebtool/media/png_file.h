@@ -3,10 +3,9 @@
 
 #include <string>
 
+#include "image/image.h"
 #include "platform/noxcodec/software/picture.h"
 #include "tools/zebtool/files/output_file.h"
-
-class CImage;
 
 namespace zebtool {
 
@@ -16,5 +15,7 @@ void WritePng(const std::string& path, Existing existing,
               const zebx::noxcodec::PictureView& picture);
 // The picture of a snapshot, without its names and times.
 void WritePng(const std::string& path, Existing existing, const CImage& image);
+// Throws JobError for what is no such picture.
+CImage ReadPng(const std::string& path);
 
 }  // namespace zebtool

@@ -14,20 +14,22 @@ CSize SizeOf(const CImage& image) {
   return {static_cast<LONG>(image.GetImageWidth()), static_cast<LONG>(image.GetImageHeight())};
 }
 
-// `left` and `top` from the sheet's upper corner; rows go from the bottom up in both.
-void CopyPicture(const CImage& picture, LONG left, LONG top, CSize sheet, BYTE* pixels) {
+// The place counts from the sheet's upper corner; rows go from the bottom up in both.
+void CopyPicture(const CImage& picture, CPoint place, CSize sheet, BYTE* pixels) {
   const CSize size = SizeOf(picture);
   for (LONG y = 0; y < size.cy; ++y) {
-    const LONG row = sheet.cy - top - size.cy + y;
+    const LONG row = sheet.cy - place.y - size.cy + y;
     std::copy_n(picture.GetRawImage() + kImageBytes * PixelAt(size.cx, 0, y),
                 kImageBytes * static_cast<std::size_t>(size.cx),
-                pixels + kImageBytes * PixelAt(sheet.cx, left, row));
+                pixels + kImageBytes * PixelAt(sheet.cx, place.x, row));
   }
 }
 
 }  // namespace
 
 std::size_t SheetColumns(std::size_t pictures) {
+  constexpr std::size_t kInOneRow = 4;
+  if (pictures <= kInOneRow) return std::max<std::size_t>(pictures, 1);
   std::size_t columns = 1;
   while (columns * columns < pictures) ++columns;
   return columns;
@@ -38,19 +40,22 @@ LONG SheetCellWidth(std::size_t columns) {
 }
 
 CImage MakeContactSheet(std::span<const CImage> pictures, std::size_t columns) {
-  CSize cell;
-  for (const CImage& picture : pictures) {
-    cell.cx = std::max(cell.cx, SizeOf(picture).cx + kGap);
-    cell.cy = std::max(cell.cy, SizeOf(picture).cy + kGap);
+  LONG width = 0;
+  for (const CImage& picture : pictures) width = std::max(width, SizeOf(picture).cx + kGap);
+  std::vector<CPoint> places;
+  CSize sheet = {width * static_cast<LONG>(columns), 0};
+  for (std::size_t begin = 0; begin < pictures.size(); begin += columns) {
+    LONG height = 0;
+    for (std::size_t at = begin; at < std::min(begin + columns, pictures.size()); ++at) {
+      const auto column = static_cast<LONG>(at - begin);
+      places.push_back({column * width + kGap / 2, sheet.cy + kGap / 2});
+      height = std::max(height, SizeOf(pictures[at]).cy + kGap);
+    }
+    sheet.cy += height;
   }
-  const std::size_t rows = (pictures.size() + columns - 1) / columns;
-  const CSize sheet = {cell.cx * static_cast<LONG>(columns), cell.cy * static_cast<LONG>(rows)};
   auto pixels = MakeBackground(sheet);
   for (std::size_t at = 0; at < pictures.size(); ++at) {
-    const auto column = static_cast<LONG>(at % columns);
-    const auto row = static_cast<LONG>(at / columns);
-    CopyPicture(pictures[at], column * cell.cx + kGap / 2, row * cell.cy + kGap / 2, sheet,
-                pixels.get());
+    CopyPicture(pictures[at], places[at], sheet, pixels.get());
   }
   CImage image;
   image.CreateImage(pixels.release(), static_cast<DWORD>(sheet.cx), static_cast<DWORD>(sheet.cy));

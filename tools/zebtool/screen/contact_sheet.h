@@ -10,12 +10,14 @@
 
 namespace zebtool {
 
-// How many columns so many pictures of one size are laid out in, as wide as high or wider.
+// How many columns so many pictures of one size are laid out in: one row of up to four, and as many
+// columns as rows or a few more.
 std::size_t SheetColumns(std::size_t pictures);
 // How wide each of them is, with its share of the gaps, when the sheet is as wide as a screen.
 LONG SheetCellWidth(std::size_t columns);
 
-// The pictures in rows from the left to the right, a little apart.
+// The pictures in rows from the left to the right, a little apart; every row is as high as its
+// highest picture, every column as wide as the widest of all.
 CImage MakeContactSheet(std::span<const CImage> pictures, std::size_t columns);
 
 // A few pictures out of a row whose length nobody knows beforehand, spread evenly over it.
