@@ -198,7 +198,7 @@ class Demo {
           Path("played.png"), "--pictures", "4"});
     Step({"play", Path("street.zebz"), "--from", "0:123", "--steps", "n n p"});
     std::vector<std::string> line = {"play", Path("street.zebz")};
-    for (const std::string name : {"yard", "gate", "park"}) {
+    for (const std::string name : {"lane", "gate", "park"}) {
       const std::string number = std::to_string(line.size() - 1);
       const std::string video = Path(name + ".y4m");
       Say("\n# generate " + std::to_string(kPaneSeconds) + " s of another street: " + video);
