@@ -124,9 +124,9 @@ void AddPlay(const Command& root) {
   ExplainMoments(command);
   command.Explain(
       "PLACE is BLOCK:INDEX, counted from 0, or a TIME in whole seconds. --from TIME begins with "
-      "the last picture before that second, or with the last block that begins in it; the last "
-      "block of a recording that is still being written is not searched. Such a recording plays "
-      "up to where it ended when that was reached.");
+      "the last picture before that second, or with the last block that begins in it. A recording "
+      "that is still being written plays the blocks that were finished when it was opened; the "
+      "last of them is not searched for a TIME.");
   command.Does([options](Console& console) { return Play(*options, console); });
 }
 
