@@ -48,17 +48,18 @@ std::string TextOf(std::span<const BYTE> bytes) {
   return {bytes.begin(), bytes.end()};
 }
 
-// The seeds of one target, numbered.
+// The seeds of one target, numbered, each with the same beginning.
 class Seeds {
  public:
-  Seeds(const fs::path& root, const std::string& target) : m_directory(root / target) {
+  Seeds(const fs::path& root, const std::string& target, std::string beginning = {})
+      : m_directory(root / target), m_beginning(std::move(beginning)) {
     fs::create_directories(m_directory);
   }
 
   void Add(const std::string& bytes) {
     const fs::path path = m_directory / std::to_string(m_count++);
-    std::ofstream(path, std::ios::binary) << bytes;
-    Require(fs::file_size(path) == bytes.size(), "cannot write a seed");
+    std::ofstream(path, std::ios::binary) << m_beginning << bytes;
+    Require(fs::file_size(path) == m_beginning.size() + bytes.size(), "cannot write a seed");
   }
 
   // A file, and what becomes of it: cut, a piece lost, and longer than the bytes it has.
@@ -76,6 +77,7 @@ class Seeds {
 
  private:
   fs::path m_directory;
+  std::string m_beginning;
   int m_count = 0;
 };
 
@@ -138,8 +140,9 @@ void MakeVideoSeeds(const fs::path& root) {
 
 // Recordings of a camera with sound: one that was closed, one whose writer stopped in the middle,
 // one of short frames in several blocks; and the buffer form of a frame.
-void MakeRecordingSeeds(const fs::path& root, const std::string& target) {
-  Seeds seeds(root, target);
+void MakeRecordingSeeds(const fs::path& root, const std::string& target,
+                        const std::string& beginning = {}) {
+  Seeds seeds(root, target, beginning);
   SparseDisk disk;
   CZebFileInfo info = MakeInfo("r");
   CZebFile file;
@@ -157,6 +160,29 @@ void MakeRecordingSeeds(const fs::path& root, const std::string& target) {
   file.Close();
   seeds.AddWithDamage(disk.Get("r"));
   seeds.AddWithDamage(RawRecording({3, 1, 2, 0}));
+}
+
+// What a host does with a recording in playback_fuzz and panes_fuzz: opening it with captions and
+// sound, then the operations, two bytes each. Between them the player is driven on by 80 ms.
+std::string ControlOperations() {
+  constexpr std::array<std::array<char, 2>, 15> kOperations = {{{15, 10},
+                                                                {9, 0},
+                                                                {15, 10},
+                                                                {9, 0},
+                                                                {3, 0},
+                                                                {4, 0},
+                                                                {7, 0},
+                                                                {2, 5},
+                                                                {9, 0},
+                                                                {5, 2},
+                                                                {10, 0},
+                                                                {1, 25},
+                                                                {8, 1},
+                                                                {6, 0},
+                                                                {0, 0}}};
+  std::string bytes;
+  for (const auto& [what, how] : kOperations) bytes += {what, how, 15, 10};
+  return Little(bytes.size() / 2, 1) + "\3" + bytes;
 }
 
 // A live frame with speech and masks, its masks alone, and both forms of those.
@@ -326,6 +352,8 @@ int main(int argc, char** argv) {
   Seeds(root, "noxcodec_speech_fuzz").AddWithDamage(SpeechPacket());
   MakeRecordingSeeds(root, "recording_fuzz");
   MakeRecordingSeeds(root, "salvage_fuzz");
+  MakeRecordingSeeds(root, "playback_fuzz", ControlOperations());
+  MakeRecordingSeeds(root, "panes_fuzz", ControlOperations());
   MakeLiveDataSeeds(root);
   MakeChannelCallSeeds(root);
   MakeFaceSeeds(root);
