@@ -205,6 +205,27 @@ void MakeLiveDataSeeds(const fs::path& root) {
   seeds.AddWithDamage(TextOf(file.GetBytes()));
 }
 
+// Live frames with speech and masks, shown and heard in the stream decoder.
+void MakeStreamDecoderSeeds(const fs::path& root) {
+  Seeds seeds(root, "stream_decoder_fuzz");
+  CVideoData data({1, 2}, kPictureSide, kPictureSide);
+  for (LONG left = 0; left < 6; ++left) {
+    auto mask = std::make_unique<CMaskInfo>();
+    mask->SetMaskRect({0, 0, 22, 18}, {left, 4, 11, 9}, tag_FRAMESIZE{130}, 6);
+    data.GetMaskList()->AddMaskInfo(mask.release());
+  }
+  std::string input;
+  WORD type = kIFrame;
+  for (const std::string& packet : VideoPackets()) {
+    FillFrame(data, type, 1000, packet, SpeechPacket());
+    type = 1;
+    const std::string frame = BufferFormOf(data, data.GetSize());
+    const std::string after("\x03\x00\x04\xFF\x01\x01", 6);  // a picture, sound, no surface
+    input += std::string("\x06\x00", 2) + frame + std::string("\x05\x00", 2) + frame + after;
+  }
+  seeds.AddWithDamage(input);
+}
+
 void MakeFaceSeeds(const fs::path& root) {
   Seeds seeds(root, "mox_file_fuzz");
   const std::string faces = std::string("face\4\0\3\0\1\0\1\0\0\0\0\0", 16) + "twelve bytes";
@@ -355,6 +376,7 @@ int main(int argc, char** argv) {
   MakeRecordingSeeds(root, "playback_fuzz", ControlOperations());
   MakeRecordingSeeds(root, "panes_fuzz", ControlOperations());
   MakeLiveDataSeeds(root);
+  MakeStreamDecoderSeeds(root);
   MakeChannelCallSeeds(root);
   MakeFaceSeeds(root);
   MakeBitmapSeeds(root);
