@@ -87,23 +87,26 @@ class PlaybackFaults : public testing::Test {
   std::string Play(const std::function<void(DWORD number)>& meanwhile = [](DWORD) {}) {
     Player player;
     if constexpr (std::is_same_v<Player, CDecodeWnd>) {
+      // Nothing is shown while the clock stands still.
       player.OpenDecodeWnd(m_host, 0, &m_show);
+      EXPECT_EQ(player.OpenVideo(Path(), 0, 0, 0), 1);
+      player.StepNext();
     } else {
+      // The pane's thread begins when the lock is free.
       player.OpenDecodeWnd(m_host, &m_show, 0);
-    }
-    player.Lock();  // until it plays in steps
-    EXPECT_EQ(player.OpenVideo(Path(), 0, 0, 0), 1);
-    std::string all;
-    for (m_is_over = false; !m_is_over; player.Lock()) {
+      player.Lock();
+      EXPECT_EQ(player.OpenVideo(Path(), 0, 0, 0), 1);
       player.StepNext();
       player.Unlock();
+    }
+    std::string all;
+    for (m_is_over = false; !m_is_over; player.StepNext()) {
       Until([&] { return m_shown || m_is_over; });
       if (const auto shown = std::exchange(m_shown, {})) {
         all += std::to_string(*shown) + ":" + std::to_string(Shade()) + " ";
         meanwhile(*shown);
       }
     }
-    player.Unlock();
     return all;
   }
   std::string Path() const { return m_directory.File("r"); }
