@@ -5,8 +5,12 @@
 
 #include <sys/resource.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <string>
 #include <vector>
 
 using BenchClock = std::chrono::steady_clock;
@@ -41,3 +45,29 @@ inline double ProcessorSeconds() {
   };
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
+
+// The same of all processes: what was at work on the machine, this process included.
+inline double MachineSeconds() {
+  std::ifstream stat("/proc/stat");
+  std::string name;
+  double user = 0;
+  double nice = 0;
+  double system = 0;
+  stat >> name >> user >> nice >> system;
+  return (user + nice + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+// Processor time from its making on. What others took tells how far lateness is the machine's.
+class ProcessorUse {
+ public:
+  void Report(benchmark::State& state, double milliseconds) const {
+    const double own = ProcessorSeconds() - m_own_seconds;
+    const double others = MachineSeconds() - m_machine_seconds - own;
+    state.counters["percent_of_core"] = own / milliseconds * 1e5;
+    state.counters["percent_of_others"] = std::max(others, 0.0) / milliseconds * 1e5;
+  }
+
+ private:
+  double m_own_seconds = ProcessorSeconds();
+  double m_machine_seconds = MachineSeconds();
+};

@@ -103,11 +103,10 @@ void PlayFile(benchmark::State& state) {
   const Recording recording("play", 400);
   for ([[maybe_unused]] auto _ : state) {
     const auto screens = OpenScreens<CDecodeWnd>(host, players, recording.Path());
-    const double before = ProcessorSeconds();
+    const ProcessorUse use;
     Host::RunFor(kMs);
-    const double seconds = ProcessorSeconds() - before;
+    use.Report(state, kMs);
     const std::size_t shown = ReportPace(state, screens, kMs);
-    state.counters["percent_of_core"] = seconds / kMs * 1e5;
     state.counters["bare_percent_of_core"] = BareSeconds(host, players, shown) / kMs * 1e5;
   }
 }
@@ -124,9 +123,9 @@ void PlayersOwnWork(benchmark::State& state) {
   });
   for ([[maybe_unused]] auto _ : state) {
     const auto screens = OpenScreens<CDecodeWnd>(host, kPlayers, recording.Path(), false);
-    const double before = ProcessorSeconds();
+    const ProcessorUse use;
     Host::RunFor(kMs);
-    state.counters["percent_of_core"] = (ProcessorSeconds() - before) / kMs * 1e5;
+    use.Report(state, kMs);
     ReportPace(state, screens, kMs);
   }
 }
@@ -145,7 +144,9 @@ void PlayPanes(benchmark::State& state) {
         screens[i]->m_player.SetPlayTime(shown.m_position.m_time);
       }
     };
+    const ProcessorUse use;
     Host::RunFor(kMs);
+    use.Report(state, kMs);
     ReportPace(state, screens, kMs);
     const auto& master = screens[0]->m_shown;
     Require(master.size() > 1, "nothing was shown");

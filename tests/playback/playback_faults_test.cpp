@@ -69,7 +69,7 @@ class PlaybackFaults : public testing::Test {
   void Until(const std::function<bool()>& holds) {
     constexpr int kEnough = 1'000'000;
     for (int i = 0; i < kEnough && !holds(); ++i, std::this_thread::yield()) {
-      m_clock.Advance(1);
+      m_clock.Advance(5);
       for (os::Message message; os::PeekMessage(&message) != 0;) os::DispatchMessage(message);
     }
     ASSERT_TRUE(holds());
