@@ -46,6 +46,7 @@ void Timer(benchmark::State& state) {
     // On a grid that starts with the timer, whose clock is up to 1 ms behind; what comes a whole
     // interval late is merged.
     std::vector<double> late_ms;
+    late_ms.reserve(times.size());
     for (const auto& time : times) {
       late_ms.push_back(std::fmod(MillisecondsBetween(begin, time) + 1, kIntervalMs) - 1);
     }

@@ -1,12 +1,12 @@
 // What playing takes, in real time: how late frames come, what the players themselves cost next to
 // decoding and drawing, what a seek reads, what a player holds, and when its first picture is
 // there.
-#include <cstdio>
 #include <fstream>
 #include <memory>
 
 #include "bench/played_street.h"
 #include "platform/noxdisplay/display_record.h"
+#include "playback/display_info.h"
 #include "playback/played_stream.h"
 #include "tests/support/counted_memory.h"
 #include "tests/support/faulty_file_system.h"
@@ -59,8 +59,8 @@ class BarePane {
     nxcCreateVideoDecoder(&m_decoder, kEncoder, kWidth, kHeight, kNxcPostPlayback);
     m_record.m_flags =
         noxdisplay::kShowCameraName | noxdisplay::kShowClock | noxdisplay::kShowSmooth;
-    std::snprintf(m_record.m_camera_name, sizeof m_record.m_camera_name, "Street");
-    std::snprintf(m_record.m_clock, sizeof m_record.m_clock, "12:34:56");
+    SetText(m_record.m_camera_name, "Street");
+    SetText(m_record.m_clock, "12:34:56");
   }
   ~BarePane() {
     nxcDestroyHandle(m_decoder);
@@ -179,6 +179,7 @@ void SeekByTime(benchmark::State& state) {
   const Host host;
   ULONGLONG second_bytes = 0;
   for (const Packet& packet : Street()) second_bytes += packet.m_bytes.size();
+  Require(second_bytes != 0, "no packets");
   const auto frames = static_cast<int>(kFileBytes / second_bytes) * kGroup;
   std::unique_ptr<FaultyFileSystem> holes = std::make_unique<FaultyFileSystem>();
   const Recording recording("seek", frames, [&](CZebFile& file, CZebFrameData&) {

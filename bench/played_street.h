@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -102,16 +103,16 @@ struct Shown {
 // A player with its windows, and when each of its frames was shown.
 template <typename Player>
 struct Screen {
-  explicit Screen(HWND main, bool is_drawn = true) {
-    m_host = os::CreateWindow(
-        main, "host", {}, [this](HWND, UINT message, WPARAM code, LPARAM position) -> LRESULT {
-          if (message != ZEBX_MSG_VIDEOPLAY || code != ZEBX_PLAY_FRAME) return 0;
-          m_shown.push_back({BenchClock::now(), *reinterpret_cast<const tag_PLAYPOS*>(position)});
-          if (m_on_frame) m_on_frame(m_shown.back());
-          return 0;
-        });
-    m_screen = os::CreateWindow(main, "screen", {0, 0, kWidth, kHeight},
-                                [](HWND, UINT, WPARAM, LPARAM) -> LRESULT { return 0; });
+  explicit Screen(HWND main, bool is_drawn = true)
+      : m_host(os::CreateWindow(main, "host", {},
+                                [this](HWND, UINT message, WPARAM code, LPARAM position) {
+                                  if (message == ZEBX_MSG_VIDEOPLAY && code == ZEBX_PLAY_FRAME) {
+                                    OnFrame(*std::bit_cast<const tag_PLAYPOS*>(position));
+                                  }
+                                  return LRESULT{0};
+                                })),
+        m_screen(os::CreateWindow(main, "screen", {0, 0, kWidth, kHeight},
+                                  [](HWND, UINT, WPARAM, LPARAM) { return LRESULT{0}; })) {
     m_show.ShowCaption(1);
     if (is_drawn) m_show.Create(m_screen, 0);
   }
@@ -133,6 +134,10 @@ struct Screen {
     }
     Require(is_open == 1 && m_player.OpenVideo(path, 0, 0, 0) == 1, "cannot play");
   }
+  void OnFrame(const tag_PLAYPOS& position) {
+    m_shown.push_back({BenchClock::now(), position});
+    if (m_on_frame) m_on_frame(m_shown.back());
+  }
   // Against the frame before: a player counts from when it showed that one.
   std::vector<double> LateMs() const {
     std::vector<double> late_ms;
@@ -142,8 +147,8 @@ struct Screen {
     return late_ms;
   }
 
-  HWND m_host = nullptr;
-  HWND m_screen = nullptr;
+  HWND m_host;
+  HWND m_screen;
   CShowParam m_show;
   std::vector<Shown> m_shown;
   std::function<void(const Shown&)> m_on_frame;

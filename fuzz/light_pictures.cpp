@@ -15,6 +15,8 @@
 
 using namespace zebx;
 
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*)
+
 // The linker puts __wrap_NAME in the place of NAME, which is __real_NAME then.
 extern "C" {
 int __real_nxcDestroyHandle(NxcHandle handle);
@@ -184,3 +186,5 @@ int __wrap_noxshowGetPicture(NoxshowStream stream, const tag_PICTUREDESC* pictur
   return 0;
 }
 }
+
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl*)

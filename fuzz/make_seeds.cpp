@@ -221,7 +221,9 @@ void MakeStreamDecoderSeeds(const fs::path& root) {
     type = 1;
     const std::string frame = BufferFormOf(data, data.GetSize());
     const std::string after("\x03\x00\x04\xFF\x01\x01", 6);  // a picture, sound, no surface
-    input += std::string("\x06\x00", 2) + frame + std::string("\x05\x00", 2) + frame + after;
+    for (const std::string& part :
+         {std::string("\x06\x00", 2), frame, std::string("\x05\x00", 2), frame, after})
+      input += part;
   }
   seeds.AddWithDamage(input);
 }
@@ -351,7 +353,8 @@ void MakeTextSeeds(const fs::path& root) {
   Seeds played(root, "y4m_loop_fuzz");
   const std::string picture = "FRAME\n" + std::string(4 * 2 + 2 * 2 * 1, 'p');
   for (const char* header : {"W4 H2 F25:1 Ip A1:1 C420jpeg", "W4 H2", "H2 F30000:1001 W4 C420"}) {
-    const std::string video = "YUV4MPEG2 " + std::string(header) + '\n' + picture + picture;
+    std::string video = "YUV4MPEG2 ";
+    video.append(header).append("\n").append(picture).append(picture);
     videos.Add(video);
     videos.Add(video.substr(0, video.size() - 1));
     played.AddWithDamage(video);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <numeric>
 #include <span>
@@ -88,10 +89,10 @@ class PlayerHost {
   }
   static void OnVideoPlay(WPARAM code, LPARAM what) {
     if (code == ZEBX_PLAY_FRAME) {
-      const auto& position = *reinterpret_cast<const tag_PLAYPOS*>(what);
+      const auto& position = *std::bit_cast<const tag_PLAYPOS*>(what);
       Require(position.m_block >= 0 && position.m_frame >= 0);
     } else if (code == ZEBX_PLAY_OPENED) {
-      const auto& frame = *reinterpret_cast<const CVideoData*>(what);
+      const auto& frame = *std::bit_cast<const CVideoData*>(what);
       Require(frame.IsWritable() && frame.GetFile() != nullptr);
       Look({frame.GetVideoBuf(), frame.GetVideoLength()});
       if (frame.IsVoice() != 0) Look({frame.GetSpeechBuf(), frame.GetSpeechLength()});

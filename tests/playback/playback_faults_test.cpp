@@ -2,6 +2,7 @@
 // shown, frame by frame, with the codec and the display that there are.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -124,7 +125,7 @@ class PlaybackFaults : public testing::Test {
         if (message != ZEBX_MSG_VIDEOPLAY) return LRESULT{0};
         if (code == ZEBX_PLAY_CLOSED) m_is_over = true;
         if (code == ZEBX_PLAY_FRAME) {
-          m_shown = reinterpret_cast<const tag_PLAYPOS*>(position)->m_file_frame;
+          m_shown = std::bit_cast<const tag_PLAYPOS*>(position)->m_file_frame;
         }
         return LRESULT{0};
       });
