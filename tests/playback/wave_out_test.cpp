@@ -25,6 +25,7 @@ bool IsToFail() {
 
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 int __wrap_nxcCreateAudioDecoder(NxcHandle* decoder, BYTE /*flag*/) {
   if (IsToFail()) return 1;
   *decoder = reinterpret_cast<NxcHandle>(&g_decoders);
@@ -43,6 +44,7 @@ int __wrap_nxcDecodeAudio(NxcHandle, const BYTE* data, DWORD, std::int16_t* pcm,
 int __wrap_nxcDestroyHandle(NxcHandle) {
   return --g_decoders, 0;
 }
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 }
 
 namespace {
@@ -60,8 +62,10 @@ class WaveOutRing : public WindowTest {
   int TakeDone() {
     os::Message message;
     os::GetMessage(&message);
+    // NOLINTBEGIN(performance-no-int-to-ptr)
     m_device = reinterpret_cast<HWAVEOUT>(message.m_wparam);
     m_header = reinterpret_cast<os::WaveHeader*>(message.m_lparam);
+    // NOLINTEND(performance-no-int-to-ptr)
     return m_out.OnDone(m_device, m_header);
   }
 
@@ -144,7 +148,7 @@ TEST_F(WaveOutRing, LeavesNothingBehindWhenCallsFail) {
   EXPECT_EQ(m_out.Open(m_window, 0), 0);
   EXPECT_EQ(m_sound.Closed(), 1U);
   EXPECT_EQ(Play(1, 1) + m_out.GetQueuedCount(), 0);
-  for (const DWORD nth : {1, 2}) {  // the question, and the opening, of device 0
+  for (const DWORD nth : {1U, 2U}) {  // the question, and the opening, of device 0
     os::sound::StartJournal();
     os::sound::FailCall(Function::kOpen, nth);
     EXPECT_EQ(m_out.Open(m_window, 0), 1);
@@ -159,7 +163,7 @@ TEST_F(WaveOutRing, LeavesNothingBehindWhenCallsFail) {
     EXPECT_EQ(m_out.GetQueuedCount(), 1);
   }
   for (const int nth : {1, 2}) {
-    for (const DWORD samples : {10, 2000}) {
+    for (const DWORD samples : {10U, 2000U}) {
       g_fails_at = nth;
       EXPECT_EQ(Play(samples, samples), 0);
     }
@@ -167,7 +171,7 @@ TEST_F(WaveOutRing, LeavesNothingBehindWhenCallsFail) {
   EXPECT_EQ(m_out.GetQueuedCount(), 1);
   os::RemoveMessages(m_window, os::kMmWomDone, os::kMmWomDone);
   // A device that does not give its buffers back may still touch them.
-  for (const DWORD nth : {1, 2}) os::sound::FailCall(Function::kReset, nth);
+  for (const DWORD nth : {1U, 2U}) os::sound::FailCall(Function::kReset, nth);
   EXPECT_EQ(m_out.Close(), 1);
   m_clock.Advance(1000);
   EXPECT_EQ(TakeDone() + g_decoders, 0);

@@ -18,7 +18,9 @@ constexpr os::WaveFormat kSpeech;
 constexpr os::WaveFormat kUneven = {os::kWaveFormatPcm, 1, 11025, 11025, 1, 8};
 
 std::vector<BYTE> Sound(std::size_t bytes) {
-  return std::vector<BYTE>(bytes, 7);
+  std::vector<BYTE> sound;
+  sound.resize(bytes, 7);
+  return sound;
 }
 
 class WaveOut : public WindowTest {
@@ -40,11 +42,12 @@ class WaveOut : public WindowTest {
   }
 
   // The header that is reported next.
-  const os::WaveHeader* NextDone(HWAVEOUT device) const {
+  static const os::WaveHeader* NextDone(HWAVEOUT device) {
     os::Message message;
     os::GetMessage(&message);
     EXPECT_EQ(message.m_message, os::kMmWomDone);
     EXPECT_EQ(message.m_wparam, reinterpret_cast<WPARAM>(device));
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     return reinterpret_cast<const os::WaveHeader*>(message.m_lparam);
   }
 
@@ -80,7 +83,7 @@ TEST_F(WaveOut, PlaysBackToBackWithoutDrift) {
 TEST_F(WaveOut, BeginsAtTheWriteWhenItRanDry) {
   HWAVEOUT device = Open();
   // After a pause; 16 bytes are a millisecond.
-  for (const auto& [pause_ms, bytes, heard] : std::vector<std::tuple<int, std::size_t, Heard>>{
+  for (const auto& [pause_ms, bytes, heard] : std::vector<std::tuple<DWORD, std::size_t, Heard>>{
            {5, 160, {{5, 5, Sound(160)}}},
            {0, 1600, {{15, 0, Sound(1600)}}},
            {20, 0, {}},
@@ -185,7 +188,7 @@ TEST(WaveOutThreads, ShareDevicesAndTheSink) {
       EXPECT_EQ(os::waveOutClose(device), 0U);
     }
   };
-  std::vector<std::jthread> threads;
+  std::list<std::jthread> threads;
   for (int thread = 0; thread < 4; ++thread) threads.emplace_back(play);
   threads.clear();
   EXPECT_EQ(sound.Closed(), 80U);
