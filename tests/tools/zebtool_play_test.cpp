@@ -8,10 +8,12 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "platform/noxdisplay/software/display_control.h"
 #include "tests/tools/sound_fixture.h"
 #include "tests/tools/tool_fixture.h"
 #include "tools/zebtool/console/keys.h"
 #include "tools/zebtool/media/png_file.h"
+#include "tools/zebtool/play/sound_recorder.h"
 #include "tools/zebtool/screen/contact_sheet.h"
 
 using namespace zebx;
@@ -149,6 +151,28 @@ TEST_F(Play, SoundIsThatOfTheSourceWithoutAGap) {
   }
 }
 
+TEST_F(Play, SoundThatCameTooLateIsSilenceOfThatLength) {
+  const std::string path = m_dir.File("late.wav");
+  zebtool::SoundRecorder recorder(path, zebtool::Existing::kRefuse);
+  os::sound::Sink& sink = recorder;
+  const std::vector<std::int16_t> sound(80, 1000);  // 10 ms
+  const auto play = [&](ULONGLONG begin_ms) {
+    os::sound::Piece piece;
+    piece.m_begin_ms = begin_ms;
+    piece.m_bytes = {reinterpret_cast<const BYTE*>(sound.data()), 2 * sound.size()};
+    sink.Play(piece);
+  };
+  for (const ULONGLONG begin_ms : {5U, 15U, 40U}) play(begin_ms);
+  sink.Close(nullptr);
+  play(2000);  // of another device
+  const auto recorded = recorder.Finish();
+  EXPECT_EQ(recorded.samples, 440U);
+  ASSERT_EQ(recorded.gaps.size(), 1U);
+  std::vector<std::int16_t> wanted(440, 1000);
+  std::fill(wanted.begin() + 160, wanted.begin() + 280, std::int16_t{0});
+  EXPECT_EQ(ReadSound(path), wanted);
+}
+
 TEST_F(Play, PanesOfDifferentBeginningsStayWithinASecond) {
   // The second one has begun long before, the last one begins when the first one is on its way.
   const std::vector<std::string> files = {Import("0", 75, "10"), Import("1", 125, "08"),
@@ -221,6 +245,10 @@ TEST_F(Play, LinesThatCannotBeginSayWhatToDo) {
     line.insert(line.end(), test.arguments.begin(), test.arguments.end());
     ExpectFailure(RunTool(line), test.text, test.status);
   }
+  for (const DWORD nth : {1U, 2U}) {
+    noxdisplay::FailCall(noxdisplay::Function::kCreateStream, nth);
+  }
+  ExpectFailure(RunTool({"play", path}), "made.zebz' cannot be played");
   EXPECT_EQ(ReadWholeFile(text), "no recording");
 }
 

@@ -139,8 +139,7 @@ void PlaySession::Handle(const Event& event) {
   Pane& pane = *m_panes[event.pane];
   if (event.code == ZEBX_PLAY_CLOSED) {
     if (!pane.GetState().is_opened) {
-      if (leads) throw JobError("'" + pane.Path() + "' cannot be played: its first frame is bad");
-      m_troubles.push_back("'" + pane.Path() + "' cannot be played");
+      throw JobError("'" + pane.Path() + "' cannot be played: its first frame cannot be read");
     }
     if (leads) m_end = End::kRecording;
   }

@@ -43,8 +43,6 @@ class PlaySession {
   const ShownPictures& Pictures() const { return m_pictures; }
   // Nothing before Close and without a sound file.
   const std::optional<SoundRecorder::Recorded>& Sound() const { return m_recorded; }
-  // One for each thing that went wrong.
-  const std::vector<std::string>& Troubles() const { return m_troubles; }
 
  private:
   struct Event {
@@ -96,7 +94,6 @@ class PlaySession {
   std::optional<CTime> m_said;  // the second of the last line
   std::vector<Shown> m_stepped;
   std::vector<ULONGLONG> m_together;
-  std::vector<std::string> m_troubles;
   std::optional<SoundRecorder::Recorded> m_recorded;
 };
 
