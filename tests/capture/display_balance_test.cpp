@@ -31,8 +31,7 @@ TEST(DisplayBalance, WantsAPictureThatFitsTheWindow) {
       {Open(599, 450), "110112"},
       {Open(600, 449), "110112"},
       {{true, true, CRect{300, 300, 0, 0}}, "221222"},
-      {{true, true, CRect{-kFar, -kFar, kFar, kFar}}, "110002"},
-  };
+      {{true, true, CRect{-kFar, -kFar, kFar, kFar}}, "110002"}};
   for (const auto& [camera, expected] : rows) {
     CString wanted;
     for (const BYTE type : std::initializer_list<BYTE>{6, 8, 10, 7, 11, 9}) {
@@ -55,7 +54,6 @@ TEST(DisplayBalance, TellsOfABoardWhatItsFirstFourCamerasNeed) {
       {8, {small, large, kClosed, small}, {8, 1, 1, 0, 2, 1, 2, 2, 1, 1, 0, 1}},
       {10, {small, kOpenWithoutSettings, kClosed}, {10, 1, 1, 0, 1, 2, 1, 0, 1, 1}},
       {0x8A, {small, small, small, small, large}, {10, 1, 1, 0, 1, 1, 1, 1, 1, 1, 1, 1}},
-      {10, {large}, {10, 0, 1, 0, 0, 0, 0, 0, 1}},
       {0x8B, {large, kClosed, small}, {11, 0, 1, 0, 0, 2, 2, 0, 1, 0, 1}},
       {9, {large}, {9}},
   };

@@ -20,8 +20,7 @@ TEST(MaskInfo, DrawnMasksBecomeThousandthsAndMacroblocksOfTheBoardsPictures) {
   EXPECT_EQ(drawn(kWindow, kMask, 9, 0), "250 250 1000 500 = 0 0 0 0") << "of an unknown size";
   // Some boards encode wider pictures than their frame size says.
   EXPECT_EQ(drawn(kWindow, kMask, 2, 6), "250 250 1000 500 = 5 3 22 7");
-  EXPECT_EQ(drawn(kWindow, kMask, 2, 0x8A), "250 250 1000 500 = 5 3 22 7");
-  EXPECT_EQ(drawn(kWindow, kMask, 3, 10), "250 250 1000 500 = 11 3 44 7");
+  EXPECT_EQ(drawn(kWindow, kMask, 3, 0x8A), "250 250 1000 500 = 11 3 44 7");
   EXPECT_EQ(drawn(kWindow, kMask, 3, 6), "250 250 1000 500 = 10 3 40 7");
   // Rounded toward 0, then down; turned over, outside the picture, beside a window's origin.
   EXPECT_EQ(drawn({10, 20, 310, 320}, {1, 2, -1, -2}, 130, 0), "3 6 -3 -6 = 0 0 268435 268435");
@@ -36,8 +35,6 @@ TEST(MaskInfo, DrawnMasksBecomeThousandthsAndMacroblocksOfTheBoardsPictures) {
   mask.SetMaskRect({0, 0, 1000, 1000}, {-333, 250, 999, 500}, kPal, 0);
   EXPECT_EQ(mask.GetMaskRect({100, 1000, 110, 1007}, rect), 1);
   EXPECT_EQ(TextOf(rect), "97 1001 109 1003");
-  mask.GetMaskRect({0, 0, 2000000000, 0}, rect);
-  EXPECT_EQ(TextOf(rect), "-666000000 0 1998000000 0");
   mask.ClrStatus(0);  // without a version
   mask.SetMaskRect(kWindow, kMask, tag_FRAMESIZE{2}, 6);
   EXPECT_EQ(TextOf(mask), "250 250 1000 500 = 5 3 20 7");
@@ -51,12 +48,10 @@ TEST(MaskInfo, TakesMacroblocksThatLeaveTheLastColumnAndRowFree) {
     if (mask.SetMBRect(&rect, tag_FRAMESIZE{frame_size}) == 0) return "refused " + TextOf(mask);
     return TextOf(mask) + (mask.IsValid() != 0 ? " valid" : "");
   };
-  for (const CRect& rect : {CRect{0, 0, 22, 17}, {0, 0, 21, 18}, {5, 0, 5, 17}}) {
+  for (const CRect& rect : {CRect{0, 0, 22, 17}, {0, 0, 21, 18}, {5, 0, 5, 17}})
     EXPECT_EQ(placed(rect, 130), "refused 0 0 0 0 = 0 0 0 0");
-  }
   EXPECT_EQ(placed({0, 0, 21, 17}, 130), "0 0 954 944 = 0 0 21 17 valid");
   EXPECT_EQ(placed({20, 15, 21, 17}, 130), "909 833 954 944 = 20 15 21 17");
-  EXPECT_EQ(placed({2, 0, 21, 14}, 2), "90 0 954 933 = 2 0 21 14 valid");  // 352 wide here
   EXPECT_EQ(placed({-1, 0, 1, 2}, 130), "12201566 0 45 111 = -1 0 1 2 valid");
   BYTE bytes[4];
   EXPECT_EQ(mask.GetMBRect(bytes), 1);
@@ -99,9 +94,7 @@ class MaskList : public testing::Test {
 
 TEST_F(MaskList, OwnsMasksThatDifferAndLeavesEqualOnesToTheCaller) {
   const std::unique_ptr<CMaskInfo> equal(NewMask(100)), other(NewMask(1));
-  EXPECT_TRUE(*equal != *other);
   EXPECT_EQ(m_list.AddMaskInfo(equal.get()) + 2 * m_list.AddMaskInfo(nullptr), 1);
-  EXPECT_EQ(m_list.IsMaskInfo(equal.get()), 1);
   EXPECT_EQ(m_list.IsMaskInfo(other.get()) + m_list.IsMaskInfo(nullptr), 0);
   CMaskList copy;
   copy.AddMaskInfo(NewMask(7));
@@ -123,10 +116,6 @@ TEST_F(MaskList, HasAByteFormWithEveryBitOfItsMasksAndReadsAllOrNothing) {
   EXPECT_EQ(ReadBufferForm(read, Little(0x0AAAAAAB) + form),
             0U);  // times 24 it is 8 more than 2^32
   EXPECT_TRUE(read.IsEmpty());
-  CMaskInfo mask;
-  mask.SetFrameSize(kPal);  // derived all the same
-  ReadBufferForm(mask, form.substr(4, 24));
-  EXPECT_EQ(TextOf(mask), "100 250 500 500 = 2 4 11 9");
 }
 
 TEST_F(MaskList, HasAnArchiveFormWithoutMotionThatKeepsWhatItLoadedWhole) {

