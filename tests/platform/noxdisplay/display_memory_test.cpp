@@ -1,5 +1,4 @@
-// What the display does of memory: none for the next picture, and nothing left behind when it runs
-// out.
+// Nothing of the display is left behind when memory runs out.
 #include "tests/platform/noxdisplay/display_fixture.h"
 #include "tests/support/counted_memory.h"
 
@@ -8,27 +7,6 @@ using namespace zebx::noxdisplay;
 namespace {
 
 using DisplayMemory = DisplayTest;
-
-TEST_F(DisplayMemory, IsNotTakenForTheNextPicture) {
-  NoxshowStream stream = MakeStream(64, 48);
-  HWND windows[] = {MakeWindow(128, 96), MakeWindow(50, 30)};
-  const Canvas mark(8, 24, 8);
-  noxshowSetBitmap(mark.m_bitmap, kNoxshowAlarmPicture);
-  tag_DISPLAYINFO info = {};
-  info.m_flags = 0xFFFFFFFF & ~DWORD{kShowVideoLost};
-  SetText(info.m_camera_name, "T\u00fcr 3 \u2013 Empfang");
-  const auto present = [&] {
-    tag_SURFACELOCK lock;
-    noxshowLock(stream, &lock);
-    noxshowUnlock(stream);
-    for (HWND window : windows) EXPECT_EQ(noxshowDisplay(stream, window, &info), 0);
-  };
-  for (int i = 0; i < 3; ++i) present();
-  constexpr int kMany = 1000;
-  counted_memory::calls_left = kMany;
-  for (int i = 0; i < 100; ++i) present();
-  EXPECT_EQ(counted_memory::calls_left.exchange(-1), kMany);
-}
 
 TEST_F(DisplayMemory, ThatRunsOutFailsTheCallAndNothingElse) {
   const Canvas mark(4);
