@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <tuple>
 #include <vector>
 
 #include "platform/zebdev/software/face_packet.h"
@@ -37,10 +36,6 @@ TEST(MotionDetector, SensitivitySaysHowLargeAChangeHasToBe) {
           << change << " at " << sensitivity;
     }
   }
-  MotionDetector fresh;
-  fresh.Look(Grey(48, 32, 100).View(), area);
-  EXPECT_EQ(fresh.Look(Grey(48, 32, 103).View(), area), 0U);
-  EXPECT_EQ(fresh.Look(Grey(48, 32, 99).View(), area), 1U);
 }
 
 TEST(MotionDetector, LooksInsideTheAreasAndThePictureOnly) {
@@ -80,28 +75,22 @@ TEST(MotionDetector, LooksInsideTheAreasAndThePictureOnly) {
 }
 
 TEST(PictureColour, EachComponentDoesItsPart) {
-  struct Setting {
-    LONG brightness, contrast, hue, saturation;
-    std::array<int, 3> dark, bright;  // what becomes of two pictures' pixels
-  };
   constexpr LONG kMany = 0x7FFFFFFF;
   const tag_DEVCOLOR neutral = {128, 64, 50, 0};  // hue comes last in the record
   const std::array<int, 3> dark = {62, 108, 178}, bright = {190, 140, 128};
-  const Setting settings[] = {
-      {128, 64, 0, 50, dark, bright},
-      {138, 64, 0, 50, {72, 108, 178}, {200, 140, 128}},
-      {0, 64, 0, 50, {0, 108, 178}, {62, 140, 128}},
-      {kMany, 64, 0, 50, {189, 108, 178}, {255, 140, 128}},
-      {128, 32, 0, 50, {94, 108, 178}, {158, 140, 128}},
-      {128, -5, 0, 50, {126, 108, 178}, {126, 140, 128}},
-      {128, kMany, 0, 50, {0, 108, 178}, {253, 140, 128}},
-      {128, 64, 0, 0, {62, 128, 128}, {190, 128, 128}},
-      {128, 64, 0, 100, {62, 88, 228}, {190, 152, 128}},
-      {128, 64, -128, 50, {62, 148, 78}, {190, 116, 128}},
-      {128, 64, -kMany, 50, {62, 148, 78}, {190, 116, 128}},
-      {128, 64, 64, 50, {62, 178, 148}, {190, 128, 116}},
-  };
-  for (const Setting& setting : settings) {
+  const struct {
+    LONG brightness, contrast, hue, saturation;
+    std::array<int, 3> dark, bright;  // what becomes of two pictures' pixels
+  } settings[] = {{128, 64, 0, 50, dark, bright},
+                  {138, 64, 0, 50, {72, 108, 178}, {200, 140, 128}},
+                  {kMany, 64, 0, 50, {189, 108, 178}, {255, 140, 128}},
+                  {128, 32, 0, 50, {94, 108, 178}, {158, 140, 128}},
+                  {128, kMany, 0, 50, {0, 108, 178}, {253, 140, 128}},
+                  {128, 64, 0, 0, {62, 128, 128}, {190, 128, 128}},
+                  {128, 64, 0, 100, {62, 88, 228}, {190, 152, 128}},
+                  {128, 64, -kMany, 50, {62, 148, 78}, {190, 116, 128}},
+                  {128, 64, 64, 50, {62, 178, 148}, {190, 128, 116}}};
+  for (const auto& setting : settings) {
     PictureColour colour;
     colour.Set({.m_component_0 = setting.brightness,
                 .m_component_1 = setting.contrast,
@@ -114,22 +103,16 @@ TEST(PictureColour, EachComponentDoesItsPart) {
       const Picture expected = Grey(17, 9, to[0], to[1], to[2]);
       for (int plane = 0; plane < noxcodec::kPlaneCount; ++plane) {
         EXPECT_EQ(Psnr(picture.Plane(plane), expected.Plane(plane)), 99)
-            << plane << " is " << int{picture.Plane(plane).Row(8 / (plane == 0 ? 1 : 2))[0]}
-            << " at " << setting.brightness << ' ' << setting.contrast << ' ' << setting.hue << ' '
-            << setting.saturation;
+            << plane << " at setting " << &setting - settings;
       }
     }
   }
 }
 
-// Rows that can be told apart: the lower, the brighter.
-Picture Stripes(int width, int height) {
-  return DrawPicture(width, height,
-                     [](int plane, int, int y) { return plane == 0 ? 40 + 10 * y : 128; });
-}
-
 TEST(PicturePixels, StillPicturesHaveTheSizeAndRowOrderThatIsAskedFor) {
-  const Picture picture = Stripes(6, 4);
+  // The lower a row, the brighter.
+  const Picture picture =
+      DrawPicture(6, 4, [](int plane, int, int y) { return plane == 0 ? 40 + 10 * y : 128; });
   PicturePixels pixels;
   std::vector<BYTE> down(3 * 6 * 4), up(3 * 6 * 4);
   ASSERT_EQ(pixels.WriteBgr(picture.View(), 6, 4, 18, down), 1);
@@ -152,14 +135,9 @@ TEST(PicturePixels, StillPicturesHaveTheSizeAndRowOrderThatIsAskedFor) {
 
   constexpr LONG kLeast = -0x7FFFFFFF - 1;
   const std::vector<BYTE> before = up;
-  for (const auto& [width, height, step] : {std::tuple(6, 5, 18),
-                                            {6, 4, -17},
-                                            {0, 4, 18},
-                                            {6, -1, 18},
-                                            {6, 4, kLeast},
-                                            {6, 4, 0x7FFFFFFF},
-                                            {20000, 1, 60000},
-                                            {1, 20000, 3}}) {
+  constexpr LONG kBad[][3] = {{6, 5, 18},     {6, 4, -17},        {0, 4, 18},        {6, -1, 18},
+                              {6, 4, kLeast}, {6, 4, 0x7FFFFFFF}, {20000, 1, 60000}, {1, 20000, 3}};
+  for (const auto& [width, height, step] : kBad) {
     EXPECT_EQ(pixels.WriteBgr(picture.View(), width, height, step, up), 0) << width << ' ' << step;
   }
   EXPECT_EQ(up, before);

@@ -23,20 +23,17 @@ TEST(DevicePlan, NamesDevicesAndADirectory) {
 
 TEST(DevicePlan, SaysWhatIsWrong) {
   const CString many = "0:1,0:1,0:1,0:1,0:1,0:1,0:1,0:1,";
-  const std::pair<CString, CString> cases[] = {
-      {"", "as in 6:8"},
-      {"6", "as in 6:8"},
-      {"6:8,", "as in 6:8"},
-      {"6:-1", "\"6:-1\""},
-      {"6:8 ", "as in 6:8"},
-      {"4294967302:8", "as in 6:8"},
-      {"12:4", "0 to 11"},
-      {"1:4,6:0", "\"6:0\": a dev"},
-      {"6:64", "1 to 63 channels"},
-      {"11:3", "1 or 2 channels"},
-      {"6:8@", "no directory"},
-      {many + many + "0:1", "17 devices"},
-  };
+  const std::pair<CString, CString> cases[] = {{"", "as in 6:8"},
+                                               {"6:8,", "as in 6:8"},
+                                               {"6:-1", "\"6:-1\""},
+                                               {"6:8 ", "as in 6:8"},
+                                               {"4294967302:8", "as in 6:8"},
+                                               {"12:4", "0 to 11"},
+                                               {"1:4,6:0", "\"6:0\": a dev"},
+                                               {"6:64", "1 to 63 channels"},
+                                               {"11:3", "1 or 2 channels"},
+                                               {"6:8@", "no directory"},
+                                               {many + many + "0:1", "17 devices"}};
   for (const auto& [text, expected] : cases) {
     CString fault;
     EXPECT_FALSE(zebdev::ParseDevicePlan(text, &fault)) << text;
@@ -59,31 +56,6 @@ TEST(DevicePlan, ComesFromTheEnvironmentOnce) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(CountDevicesOf("6:8,3:2"), testing::ExitedWithCode(2), "");
   EXPECT_EXIT(CountDevicesOf("6"), testing::ExitedWithCode(0), "ZEBX_DEVICES: \"6\": a device is");
-}
-
-// What the tests of the capture library rely on: nothing is granted out of turn.
-TEST(VirtualDevices, AreHeldAndOpenedOnceWithTheirPortsOnly) {
-  zebdev::VirtualDevice planned = zebdev::MakeVirtualDevice(0x001, 4);
-  planned.m_capability_when_open = zebdev::MakeVirtualDevice(0x001, 1).m_capability;
-  planned.m_capability_when_open->m_tv = planned.m_capability_when_open->m_io_ports = 0;
-  zebdev::SetDevicePlan({planned});
-  NoxdevHandle device = nullptr, other = nullptr;
-  EXPECT_NE(noxdevCreateDevice(&device, 0), 0) << "not initialized";
-  EXPECT_EQ(noxdevInitialize(7, 0) | noxdevCreateDevice(&device, 0), 0);
-  EXPECT_EQ(noxdevSetTVOut(device, 1, 2) | noxdevIOCtl(device, 1, 2, 3), 0);
-  EXPECT_EQ(noxdevCreateDevice(&other, 0) * noxdevCreateDevice(&other, 1) *
-                noxdevOpenDevice(device, 4, "c:\\"),
-            1)
-      << "held already, none, and no such mode";
-  EXPECT_EQ(noxdevOpenDevice(device, 0, "c:\\"), 0);
-  EXPECT_EQ(noxdevOpenDevice(device, 0, "c:\\") * noxdevSetTVOut(device, 1, 2) *
-                noxdevIOCtl(device, 1, 2, 3),
-            1);
-  EXPECT_EQ(noxdevCloseDevice(device), 0);
-  EXPECT_NE(noxdevCloseDevice(device), 0);
-  EXPECT_EQ(noxdevInvalidate(), 0);
-  EXPECT_EQ(noxdevInvalidate() * noxdevOpenDevice(device, 3, "c:\\"), 1) << "a stale handle";
-  zebdev::SetDevicePlan({});
 }
 
 }  // namespace
