@@ -29,7 +29,7 @@ class Play : public testing::Test {
   // Groups of 2 and encoder type 2: a block of 18 frames, then blocks of 20.
   std::string Import(const std::string& name, int frames, const std::string& second,
                      std::vector<std::string> options = {}) const {
-    const std::string path = m_dir.File(name);
+    std::string path = m_dir.File(name);
     options.insert(options.begin(),
                    {"import", "-", path, "--frame-size", "128", "--gop", "2", "--encoder-type", "2",
                     "--begin", "2024-05-01 08:30:" + second});
@@ -254,11 +254,7 @@ TEST_F(Play, LinesThatCannotBeginSayWhatToDo) {
 
 // A terminal whose other end is the keyboard.
 struct Terminal {
-  Terminal() {
-    grantpt(keyboard);
-    unlockpt(keyboard);
-    terminal = open(ptsname(keyboard), O_RDWR | O_NOCTTY);
-  }
+  Terminal() = default;
   ~Terminal() {
     close(terminal);
     close(keyboard);
@@ -275,8 +271,14 @@ struct Terminal {
     return mode.c_lflag;
   }
 
+  static int OtherEnd(int keyboard) {
+    grantpt(keyboard);
+    unlockpt(keyboard);
+    return open(ptsname(keyboard), O_RDWR | O_NOCTTY);
+  }
+
   int keyboard = posix_openpt(O_RDWR | O_NOCTTY);
-  int terminal = -1;
+  int terminal = OtherEnd(keyboard);
 };
 
 // Presses the next key whenever something was shown.

@@ -81,8 +81,9 @@ class Pane {
   template <class AnyPlayer>
   bool HasReadOn(AnyPlayer& player) const;
   template <class Use>
-  decltype(auto) With(Use use) {
-    return std::visit(std::move(use), m_player);
+  auto With(const Use& use) {
+    if (auto* const alone = std::get_if<CDecodeWnd>(&m_player)) return use(*alone);
+    return use(*std::get_if<CMultiDecodeWnd>(&m_player));
   }
 
   std::string m_path;

@@ -189,7 +189,8 @@ void PlaySession::HandleLeadersFrame(const Shown& shown) {
 }
 
 bool PlaySession::HasReached(const Place& place, const Shown& shown) const {
-  if (const auto* position = std::get_if<FramePosition>(&place)) return shown.position >= *position;
+  if (const auto* position = std::get_if<FramePosition>(&place))
+    return !(shown.position < *position);
   const LONGLONG at_ms = std::get<Moment>(place).MsFrom(m_begin);
   return (LONGLONG{shown.time.GetTime()} - m_begin.GetTime()) * kMsPerSecond >= at_ms;
 }

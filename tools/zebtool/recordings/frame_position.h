@@ -1,9 +1,9 @@
 // Places in a recording as options name them: by block and frame, or by a moment.
 #pragma once
 
-#include <compare>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <variant>
 
 #include "platform/framework/time.h"
@@ -19,7 +19,9 @@ struct FramePosition {
   int block = 0;
   int index = 0;  // in its block
 
-  auto operator<=>(const FramePosition&) const = default;
+  bool operator<(const FramePosition& other) const {
+    return std::tie(block, index) < std::tie(other.block, other.index);
+  }
 };
 
 // "3:12"
