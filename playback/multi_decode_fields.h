@@ -21,6 +21,8 @@ namespace zebx {
 struct PaneState : PlayState {
   bool m_is_started = false;
   CTime m_play_time;  // what a follower follows
+  // A search has left reading elsewhere. The seek that it asked for brings reading back.
+  bool m_is_reading_moved = false;
 };
 
 }  // namespace zebx

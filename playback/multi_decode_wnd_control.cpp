@@ -68,7 +68,10 @@ int CMultiDecodeWnd::SearchAndPlay(CTime time) {
   const auto frame = MakePlayedFrame(*own.m_frame->GetCameraID());
   const TimeSearch found =
       FindTime(*frame, *own.m_frame->GetFile(), own.m_header->GetBeginTime(), time);
-  if (found.m_seek) own.m_state.m_seek = *found.m_seek;
+  if (found.m_seek) {
+    own.m_state.m_seek = *found.m_seek;
+    own.m_state.m_is_reading_moved = true;
+  }
   if (found.m_ends_mode) own.m_state.Clear(PlayState::kSilent);
   if (found.m_result == 0) return 0;
   own.m_run.Set();

@@ -109,6 +109,7 @@ class CMultiDecodeWnd::Run {
       return Next::kGoOn;  // the first frame is played as the state at the opening says
     }
     if (m_own.m_pane != 0 && IsAdrift(state.m_play_time)) m_player.PlayFrom(state.m_play_time);
+    state.m_is_reading_moved = false;
     if (const FramePosition target = std::exchange(state.m_seek, {}); target.IsSeek()) {
       if (!SeekTo(*m_own.m_frame, File(), m_decoder.get(), target)) return Next::kFileEnds;
     }
@@ -193,8 +194,11 @@ class CMultiDecodeWnd::Run {
     return os::WaitForMultipleObjects({events.begin(), events.size()});
   }
 
+  // The frame stays while a seek is to come from where a search has moved reading: what is there is
+  // no successor, which would be due after the whole way, or missing at the file's end.
   bool ReadNext() {
     const std::lock_guard lock(m_own.m_lock);
+    if (m_own.m_state.m_is_reading_moved && m_own.m_state.m_seek.IsSeek()) return true;
     return File().ReadOneFrame(m_own.m_frame.get(), kNextFrame, 0) != 0;
   }
 

@@ -304,6 +304,12 @@ TEST_F(MultiDecodeWndTest, FollowsTheTimeThatItIsTold) {
   ExpectTold("0@2090");
   m_player->SetPlayTime(CTime(kBegin + 2));
   ExpectTold("60@2130");
+  // A search before its time comes: the first frame does not stay for as long as the search leads.
+  Open("file");
+  ExpectTold("opened");
+  EXPECT_EQ(m_player->PlayFrom(CTime(kBegin + 2)), 1);
+  m_player->SetPlayTime(CTime(kBegin + 1));
+  ExpectTold("0@2130 60@2135");
 }
 
 TEST_F(MultiDecodeWndTest, OpensNothingWhereSomethingIsMissing) {
