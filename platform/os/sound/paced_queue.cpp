@@ -8,9 +8,6 @@ namespace os::sound {
 namespace {
 
 constexpr ULONGLONG kMsPerSecond = 1000;
-// Threads read the clock before they take the device's lock, so one may come with a tick a little
-// behind the last one's. A clock that is further behind was set back.
-constexpr DWORD kLateTicksMs = 1000;
 
 }  // namespace
 
@@ -22,11 +19,7 @@ PacedQueue::PacedQueue(const WaveFormat& format, DWORD tick_ms)
 void PacedQueue::MoveTo(DWORD tick_ms) {
   const DWORD forward_ms = tick_ms - m_tick_ms;
   const DWORD back_ms = m_tick_ms - tick_ms;
-  if (forward_ms <= back_ms) {
-    m_now_ms += forward_ms;
-  } else if (back_ms < kLateTicksMs) {
-    return;
-  }
+  if (forward_ms <= back_ms) m_now_ms += forward_ms;
   m_tick_ms = tick_ms;
 }
 

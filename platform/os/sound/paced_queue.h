@@ -32,7 +32,8 @@ class PacedQueue {
   // Appends one buffer, which begins now when nothing is left to play. To be called when TakeOver
   // has taken what is over by now.
   void Write(WrittenBuffers buffer);
-  // Moves the time on and takes the buffers that are over.
+  // Moves the time on and takes the buffers that are over. A tick before the last one's is that of
+  // a clock that was set back: the time goes on from there.
   WrittenBuffers TakeOver(DWORD tick_ms);
   // Takes all that is left. Only of the first one, something may have been heard.
   WrittenBuffers Reset();

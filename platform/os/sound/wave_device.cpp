@@ -52,9 +52,7 @@ void WaveDevice::Run() {
 }
 
 bool WaveDevice::WaitForNext() {
-  const DWORD now = GetTickCount();
-  std::unique_lock lock(m_mutex);
-  Move(now);
+  std::unique_lock lock = LockAtNow();
   if (m_is_stopped || !m_over.empty()) return !m_is_stopped;
   if (const std::optional<DWORD> wait_ms = m_queue.MsToNextEnd()) {
     m_changed.wait_for(lock, std::chrono::milliseconds(std::min(*wait_ms, kClockSliceMs)));
@@ -64,8 +62,18 @@ bool WaveDevice::WaitForNext() {
   return true;
 }
 
-void WaveDevice::Move(DWORD tick_ms) {
-  Finish(m_queue.TakeOver(tick_ms));
+// The clock is read without the lock, since it may be a host's. A tick is good only when no other
+// thread has moved the time meanwhile: an older one looks like a clock that was set back.
+std::unique_lock<std::mutex> WaveDevice::LockAtNow() {
+  while (true) {
+    const ULONGLONG moves = m_moves;
+    const DWORD now = GetTickCount();
+    std::unique_lock lock(m_mutex);
+    if (m_moves != moves) continue;
+    ++m_moves;
+    Finish(m_queue.TakeOver(now));
+    return lock;
+  }
 }
 
 void WaveDevice::Finish(WrittenBuffers buffers) {
@@ -111,14 +119,12 @@ UINT WaveDevice::Write(WaveHeader& header) {
   WrittenBuffers buffer(1);
   buffer.front().m_header = &header;
   buffer.front().m_bytes.assign(header.m_data, header.m_data + header.m_length);
-  const DWORD now = GetTickCount();
   {
-    const std::lock_guard lock(m_mutex);
+    const auto lock = LockAtNow();
     if (m_is_shut) return kWaveBadHandle;
     const std::atomic_ref flags(header.m_flags);
     if ((flags & kWavePrepared) == 0) return kWaveUnprepared;
     if ((flags & kWaveQueued) != 0) return kWaveStillPlaying;
-    Move(now);
     flags = (flags & ~DWORD{kWaveDone}) | kWaveQueued;
     m_queue.Write(std::move(buffer));
   }
@@ -127,20 +133,16 @@ UINT WaveDevice::Write(WaveHeader& header) {
 }
 
 void WaveDevice::Reset() {
-  const DWORD now = GetTickCount();
   {
-    const std::lock_guard lock(m_mutex);
-    Move(now);
+    const auto lock = LockAtNow();
     Finish(m_queue.Reset());
   }
   Deliver();
 }
 
 UINT WaveDevice::Shut() {
-  const DWORD now = GetTickCount();
-  const std::lock_guard lock(m_mutex);
+  const auto lock = LockAtNow();
   if (m_is_shut) return kWaveBadHandle;
-  Move(now);
   if (!m_queue.IsEmpty()) return kWaveStillPlaying;
   m_is_shut = true;
   return kWaveNoError;

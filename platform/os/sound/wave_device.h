@@ -1,6 +1,7 @@
 // One opening of a wave-out device.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
@@ -48,7 +49,8 @@ class WaveDevice {
   void Deliver();
   // The next buffer to hand over, if there is one.
   WrittenBuffers TakeOver();
-  void Move(DWORD tick_ms);
+  // The lock of m_mutex, with what is over by now finished.
+  std::unique_lock<std::mutex> LockAtNow();
   // Takes buffers out of the hands of the device.
   void Finish(WrittenBuffers buffers);
   // For the thread: false when it is to end, else true when it is to look again.
@@ -64,6 +66,8 @@ class WaveDevice {
   std::condition_variable m_changed;  // with m_mutex: written, or stopped
 
   std::mutex m_mutex;
+  // Changed under m_mutex: how often the time was moved on.
+  std::atomic<ULONGLONG> m_moves = 0;
   // Guarded by m_mutex.
   PacedQueue m_queue;
   WrittenBuffers m_over;  // marked as done, and not handed over yet

@@ -17,7 +17,7 @@ constexpr DWORD kSlowest = 4000;
 constexpr DWORD kFastest = 192000;
 
 bool IsPlayable(const WaveFormat& format) {
-  const DWORD block_align = format.m_channels * format.m_bits_per_sample / 8U;
+  const DWORD block_align = DWORD{format.m_channels} * format.m_bits_per_sample / 8;
   return format.m_format_tag == kWaveFormatPcm &&
          (format.m_channels == 1 || format.m_channels == 2) &&
          (format.m_bits_per_sample == 8 || format.m_bits_per_sample == 16) &&

@@ -1,5 +1,6 @@
 // The paced device behind the wave-out functions, by a clock that is stepped by hand.
 #include <array>
+#include <functional>
 #include <list>
 #include <utility>
 
@@ -22,6 +23,25 @@ std::vector<BYTE> Sound(std::size_t bytes) {
   sound.resize(bytes, 7);
   return sound;
 }
+
+// Runs once, in its thread, behind the next reading of the clock.
+thread_local std::function<void()> g_meanwhile;
+
+class LateClock final : public zebx::Clock {
+ public:
+  explicit LateClock(const Clock& clock) : m_clock(clock) { SetClock(this); }
+  ~LateClock() override { SetClock(&m_clock); }
+
+  DWORD TickMs() const override {
+    const DWORD tick = m_clock.TickMs();
+    if (const auto run = std::exchange(g_meanwhile, nullptr)) run();
+    return tick;
+  }
+  DWORD WallSeconds() const override { return m_clock.WallSeconds(); }
+
+ private:
+  const Clock& m_clock;
+};
 
 class WaveOut : public WindowTest {
  protected:
@@ -95,13 +115,32 @@ TEST_F(WaveOut, BeginsAtTheWriteWhenItRanDry) {
     NextDone(device);
     EXPECT_EQ(m_sound.TakeHeard(), heard);
   }
-  // A clock that is set back counts on from there.
-  Write(device, 1600);
-  m_clock.MoveTo(0);
-  EXPECT_EQ(os::waveOutClose(device), UINT{os::kWaveStillPlaying});
-  m_clock.Advance(100);
-  NextDone(device);
+  // A clock that is set back, by much and by little, counts on from there.
+  for (const ULONGLONG moment : {0, 50}) {
+    const os::WaveHeader* const header = Write(device, 1600);
+    m_clock.MoveTo(moment);
+    EXPECT_EQ(os::waveOutClose(device), UINT{os::kWaveStillPlaying});
+    m_clock.Advance(100);
+    EXPECT_EQ(os::waveOutReset(device), 0U);
+    EXPECT_EQ(NextDone(device), header);
+  }
+  EXPECT_EQ(m_sound.TakeHeard().back().m_bytes, Sound(1600));
   EXPECT_EQ(os::waveOutClose(device), 0U);
+}
+
+// What one thread has read of the clock may be used after another has read it again.
+TEST_F(WaveOut, IsNotMovedTwiceByAThreadThatIsLate) {
+  const LateClock clock(m_clock);
+  HWAVEOUT device = Open();
+  g_meanwhile = [&] {
+    m_clock.Advance(2000);
+    Write(device, 1600);
+  };
+  Write(device, 1600);
+  EXPECT_EQ(g_meanwhile, nullptr);
+  m_clock.Advance(199);
+  EXPECT_EQ(os::waveOutClose(device), UINT{os::kWaveStillPlaying});
+  EXPECT_EQ(os::waveOutReset(device) + os::waveOutClose(device), 0U);
 }
 
 TEST_F(WaveOut, GivesEverythingBackAtAReset) {
@@ -131,14 +170,16 @@ TEST_F(WaveOut, RefusesWhatItDoesNotPlay) {
   };
   const os::WaveFormat stereo = {1, 2, 48000, 192000, 4, 16};
   EXPECT_EQ(open(0, &stereo, os::kWaveFormatQuery, nullptr), 0U);
-  for (const os::WaveFormat& format : std::vector<os::WaveFormat>{{2},
-                                                                  {1, 3, 8000, 48000, 6},
-                                                                  {1, 1, 8000, 24000, 3, 24},
-                                                                  {1, 1, 3999, 7998},
-                                                                  {1, 1, 192001, 384002},
-                                                                  {1, 1, 8000, 16001},
-                                                                  {1, 1, 8000, 16000, 4},
-                                                                  {1, 0, 8000, 0, 0}}) {
+  for (const os::WaveFormat& format :
+       std::vector<os::WaveFormat>{{2},
+                                   {1, 3, 8000, 48000, 6},
+                                   {1, 1, 8000, 24000, 3, 24},
+                                   {1, 1, 3999, 7998},
+                                   {1, 1, 192001, 384002},
+                                   {1, 1, 8000, 16001},
+                                   {1, 1, 8000, 16000, 4},
+                                   {1, 0, 8000, 0, 0},
+                                   {1, 0xFFFF, 8000, 0, 0, 0xFFFF}}) {
     EXPECT_EQ(open(0, &format, 0, nullptr), UINT{os::kWaveBadFormat});
   }
   EXPECT_EQ(open(1, &kSpeech, os::kWaveFormatQuery, nullptr), UINT{os::kWaveBadDevice});
