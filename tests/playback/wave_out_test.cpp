@@ -78,35 +78,26 @@ class WaveOutRing : public WindowTest {
 };
 
 TEST_F(WaveOutRing, SplitsPacketsAndNeverLeavesTheBuffer) {
-  struct Row {
-    DWORD m_announced;
-    DWORD m_decoded;
-    int m_result;
-    int m_buffers;
-    DWORD m_samples;
+  // Announced, decoded; the result, the buffers and the samples queued.
+  constexpr DWORD kRows[][5] = {
+      {0, 9, 1, 0, 0},          {1024, 1024, 1, 1, 1024},     {1025, 1025, 1, 2, 1025},
+      {1024, 0, 1, 0, 0},       {10241, 10241, 0, 10, 10240}, {100, 0xFFFFFFFF, 1, 1, 1024},
+      {2000, 3000, 1, 2, 2000}, {0xFFFFFFFF, 5, 1, 1, 5},
   };
-  for (const Row& row : std::vector<Row>{{0, 9, 1, 0, 0},
-                                         {1, 1, 1, 1, 1},
-                                         {1024, 1024, 1, 1, 1024},
-                                         {1025, 1025, 1, 2, 1025},
-                                         {10241, 10241, 0, 10, 10240},
-                                         {100, 0xFFFFFFFF, 1, 1, 1024},
-                                         {1024, 0, 1, 0, 0},
-                                         {2000, 3000, 1, 2, 2000},
-                                         {0xFFFFFFFF, 5, 1, 1, 5}}) {
-    SCOPED_TRACE(row.m_announced);
+  for (const auto& [announced, decoded, result, buffers, samples] : kRows) {
+    SCOPED_TRACE(announced);
     ASSERT_EQ(m_out.Open(m_window, 0), 1);
-    EXPECT_EQ(Play(row.m_announced, row.m_decoded), row.m_result);
-    EXPECT_EQ(m_out.GetQueuedCount(), row.m_buffers);
+    EXPECT_EQ(Play(announced, decoded), static_cast<int>(result));
+    EXPECT_EQ(m_out.GetQueuedCount(), static_cast<int>(buffers));
     m_clock.Advance(2000);
-    for (int buffer = 0; buffer < row.m_buffers; ++buffer) EXPECT_EQ(TakeDone(), 1);
+    for (DWORD buffer = 0; buffer < buffers; ++buffer) EXPECT_EQ(TakeDone(), 1);
     EXPECT_EQ(m_out.GetQueuedCount(), 0);
     std::vector<BYTE> bytes;
     for (const auto& heard : m_sound.TakeHeard()) {
       bytes.insert(bytes.end(), heard.m_bytes.begin(), heard.m_bytes.end());
     }
-    EXPECT_EQ(bytes.size(), row.m_samples * 2);
-    for (std::size_t i = 0; i < std::min(row.m_announced, row.m_samples); ++i) {
+    EXPECT_EQ(bytes.size(), samples * 2);
+    for (std::size_t i = 0; i < std::min(announced, samples); ++i) {
       ASSERT_EQ(bytes[2 * i] + 256U * bytes[2 * i + 1], i);
     }
     m_out.Close();
