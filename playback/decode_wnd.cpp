@@ -8,6 +8,7 @@
 #include "platform/os/windows/windows.h"
 #include "playback/decode_thread.h"
 #include "playback/display_info.h"
+#include "playback/opening_turn.h"
 #include "playback/played_stream.h"
 #include "playback/playing.h"
 
@@ -38,15 +39,13 @@ DWORD NextOpening() {
 constinit std::atomic<CDecodeThread*> CDecodeWnd::s_pDecodeThread = nullptr;
 constinit DWORD CDecodeWnd::s_dwObjNum = 0;
 
-CDecodeWnd::CDecodeWnd() {
-  const std::lock_guard lock(g_players_mutex);
-  ++s_dwObjNum;
-  if (s_pDecodeThread != nullptr) return;
-  try {
-    s_pDecodeThread = MakeThread().release();
-  } catch (const std::exception& failure) {
-    ReportError(failure);
-  }
+CDecodeWnd::CDecodeWnd() : m_gate(std::make_unique<OpeningGate>()) {
+  Guarded([] {
+    const std::lock_guard lock(g_players_mutex);
+    ++s_dwObjNum;
+    if (s_pDecodeThread == nullptr) s_pDecodeThread = MakeThread().release();
+    return 1;
+  });
 }
 
 CDecodeWnd::~CDecodeWnd() {
@@ -63,7 +62,7 @@ CDecodeWnd::~CDecodeWnd() {
 }
 
 int CDecodeWnd::OpenDecodeWnd(HWND host_window, int /*reserved*/, CShowParam* settings) {
-  const std::lock_guard opening(m_opening_mutex);
+  const OpeningTurn turn(*m_gate);
   const std::lock_guard lock(m_mutex);
   m_host_window = host_window;
   m_settings = settings;
@@ -71,7 +70,7 @@ int CDecodeWnd::OpenDecodeWnd(HWND host_window, int /*reserved*/, CShowParam* se
 }
 
 void CDecodeWnd::CloseDecodeWnd() {
-  const std::lock_guard opening(m_opening_mutex);
+  const OpeningTurn turn(*m_gate);
   const std::lock_guard lock(m_mutex);
   m_settings = nullptr;
 }
@@ -81,7 +80,7 @@ int CDecodeWnd::OpenVideo(const CString& file, int speed, int sound, int /*reser
 }
 
 int CDecodeWnd::Open(const CString& file, int speed, int sound) {
-  const std::lock_guard opening(m_opening_mutex);
+  const OpeningTurn turn(*m_gate);
   CloseVideo(0);
   const CDecodeThread* const thread = s_pDecodeThread;
   if (thread == nullptr || thread->GetCount() >= kMaxPlayers) return 0;

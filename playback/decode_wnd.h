@@ -18,6 +18,7 @@ class CZebFile;
 
 namespace zebx {
 
+class OpeningGate;
 struct Playing;
 
 }  // namespace zebx
@@ -138,16 +139,16 @@ class ZEBX_API CDecodeWnd {
   static std::atomic<CDecodeThread*> s_pDecodeThread;
   static DWORD s_dwObjNum;
 
-  // Held while a video is opened and while the settings change, so that they stay while they are
-  // used without the lock below. Taken before it. One thread may take it several times: settings of
-  // the host may open and close videos when they are called.
-  std::recursive_mutex m_opening_mutex;
+  // Passed while a video is opened and while the settings change, so that they stay while they are
+  // used without the lock below. Passed before that is taken. Settings of the host, when they are
+  // called, may open and close videos: that belongs to the turn of their thread.
+  const std::unique_ptr<zebx::OpeningGate> m_gate;
 
   // The player's lock. Guards what follows; held while a frame is read, decoded and presented.
   // Nobody is told anything while it is held, but for errors that are reported.
   std::recursive_mutex m_mutex;
   HWND m_host_window = nullptr;
-  CShowParam* m_settings = nullptr;          // changes under both mutexes
+  CShowParam* m_settings = nullptr;          // changes in a turn, under the lock
   std::unique_ptr<zebx::Playing> m_playing;  // null while closed
   tag_PLAYPOS m_told_position = {};          // changes in the window's thread only
 

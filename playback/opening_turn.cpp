@@ -17,6 +17,7 @@ OpeningTurn::OpeningTurn(OpeningGate& gate) {
   gate.m_is_taken = true;
   gate.m_owner = std::this_thread::get_id();
   m_gate = &gate;
+  m_work.emplace();
 }
 
 OpeningTurn::~OpeningTurn() {
@@ -25,6 +26,7 @@ OpeningTurn::~OpeningTurn() {
 
 void OpeningTurn::End() {
   if (m_gate == nullptr) return;
+  m_work.reset();
   std::shared_ptr<os::Completion> turn_ends;
   {
     OpeningGate& gate = *std::exchange(m_gate, nullptr);

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "platform/os/windows/completion.h"
@@ -22,7 +23,8 @@ class OpeningGate {
 };
 
 // The gate is the calling thread's from the construction, which may wait, to the end. Meanwhile
-// what others send to the thread's windows is answered.
+// what others send to the thread's windows is answered. What the thread sends during its turn is
+// answered with 0 when the receiver comes to wait for the turn's end.
 class OpeningTurn {
  public:
   explicit OpeningTurn(OpeningGate& gate);
@@ -37,6 +39,7 @@ class OpeningTurn {
 
  private:
   OpeningGate* m_gate = nullptr;
+  std::optional<os::AwaitedWork> m_work;
 };
 
 }  // namespace zebx

@@ -361,9 +361,36 @@ TEST_F(FilePlayer, EndsOrGoesOnWhereSomethingFails) {
     const std::string answer = told(call);
     EXPECT_TRUE(answer.ends_with(" 0") || answer == "refused") << call;
   }
+  m_player.reset();
+  MakePlayer();
+  Open({5, 0});
+  counted_memory::calls_left = 0;  // of the thread: in its first wait or before its first call
+  for (int i = 0; i < 1'000'000 && m_player->GetZebFile() == nullptr; ++i) {
+    m_clock.Advance(5);
+    std::this_thread::yield();
+  }
+  EXPECT_NE(m_player->GetZebFile(), nullptr) << "the thread goes on";
   SetErrorSink(nullptr);
   m_disk.Put("played", RawRecording({5, 0}).replace(22, 1, "\x50"));
   EXPECT_EQ(told(), "refused");
+}
+
+TEST_F(FilePlayer, OpensWhileItsSettingsAskAThreadThatWaitsForItsTurn) {
+  struct Asking : CShowParam {
+    int Show(CVideoData*) override { return static_cast<int>(os::SendMessage(m_asked, 1, 0, 0)); }
+    HWND m_asked = nullptr;
+  } settings;
+  m_disk.Put("played", RawRecording({5, 0}));
+  {
+    LoopThread elsewhere([&](HWND, UINT message, WPARAM, LPARAM) {
+      return LRESULT{message == 1 ? m_player->OpenDecodeWnd(m_host, 0, &settings) : 0};
+    });
+    settings.m_asked = elsewhere.Window();
+    m_player->OpenDecodeWnd(m_host, 0, &settings);
+    EXPECT_EQ(m_player->OpenVideo("played", 0, 1, 0), 1);
+    settings.m_asked = nullptr;
+  }
+  m_player->CloseVideo(0);
 }
 
 TEST_F(FilePlayer, LeaksNothingInAThousandOpeningsAndNeedsTheMainWindow) {
