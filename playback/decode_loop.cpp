@@ -19,18 +19,28 @@ enum : DWORD { kStopped = 0, kAudioAsked = 1 };
 }  // namespace
 
 void CDecodeThread::Run() {
+  bool goes_on = true;
+  while (goes_on) {
+    try {
+      goes_on = RunPass();
+    } catch (const std::exception& failure) {
+      // All players go on with the next pass.
+      ReportError(failure);
+    }
+  }
+}
+
+bool CDecodeThread::RunPass() {
   // The order decides: a player that the sound waits for goes before the tick.
   const std::array<os::Event*, 3> events = {&m_stop, &m_audio, &m_tick};
-  while (true) {
-    const DWORD ended_by = os::WaitForMultipleObjects(events, kTimeOutMs);
-    if (ended_by == kStopped) return;
-    const DWORD now = os::GetTickCount();
-    m_audio.Reset();
-    Decode(PlayerTable::kOwnerPlace, ended_by == kAudioAsked ? 1 : 0, now);
-    if (ended_by == kAudioAsked) continue;
-    m_tick.Reset();
-    if (!DecodeSlots(now)) return;
-  }
+  const DWORD ended_by = os::WaitForMultipleObjects(events, kTimeOutMs);
+  if (ended_by == kStopped) return false;
+  const DWORD now = os::GetTickCount();
+  m_audio.Reset();
+  Decode(PlayerTable::kOwnerPlace, ended_by == kAudioAsked ? 1 : 0, now);
+  if (ended_by == kAudioAsked) return true;
+  m_tick.Reset();
+  return DecodeSlots(now);
 }
 
 bool CDecodeThread::DecodeSlots(DWORD now) {
@@ -51,10 +61,5 @@ void CDecodeThread::Decode(std::size_t place, int audio_flag, DWORD now) {
   if (player == nullptr) return;
   const PlayerCall call(m_calls, player);
   lock.unlock();
-  try {
-    player->OnDecode(audio_flag, now);
-  } catch (const std::exception& failure) {
-    // The other players go on, and this one is called again.
-    ReportError(failure);
-  }
+  player->OnDecode(audio_flag, now);
 }

@@ -83,6 +83,7 @@ class CDecodeThread final : public CWnd {
   // The thread's body.
   void Run();
   // False when the thread has to end.
+  bool RunPass();
   bool DecodeSlots(DWORD now);
   // Calls OnDecode of the player at a place of the table, if there is one.
   void Decode(std::size_t place, int audio_flag, DWORD now);

@@ -36,13 +36,13 @@ bool CDecodeWnd::OpenFile() {
       CreatePlayedDecoder(playing.m_size, frame->GetEncoderType(), DWORD{kNxcPostPlayback}));
   if (playing.m_decoder == nullptr) return false;
 
+  s_pDecodeThread.load()->PostVideoPlay(this, ZEBX_PLAY_OPENED, m_opening);
   playing.m_frame = std::move(frame);
   playing.m_state.m_seek.ForgetZeros();
   playing.m_interval_ms = 0;
   playing.m_snapshot = playing.m_state;
   playing.m_last_tick_ms = 0;
   m_is_ready = true;
-  s_pDecodeThread.load()->PostVideoPlay(this, ZEBX_PLAY_OPENED, m_opening);
   return true;
 }
 
@@ -111,8 +111,8 @@ void CDecodeWnd::Present() {
 // Ends playing; the notice closes in the window's thread. Without the memory for it the next pass
 // comes here again.
 int CDecodeWnd::End() {
-  m_is_ready = true;
   s_pDecodeThread.load()->PostVideoPlay(this, ZEBX_PLAY_CLOSED, m_opening);
+  m_is_ready = true;
   m_is_opened = false;
   return 1;
 }
