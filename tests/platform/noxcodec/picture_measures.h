@@ -3,10 +3,7 @@
 
 #include <cmath>
 #include <cstddef>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "platform/noxcodec/noxcodec.h"
@@ -26,14 +23,6 @@ inline OwnedDecoder MakeAudioDecoder() {
   NxcHandle handle = nullptr;
   nxcCreateAudioDecoder(&handle, 0);
   return {handle, nxcDestroyHandle};
-}
-
-// The path of a file in the directory that the environment variable ZEBX_MEDIA_DIR names; empty
-// when there is none.
-inline std::string MediaFile(const std::string& name) {
-  const char* const directory = std::getenv("ZEBX_MEDIA_DIR");
-  const std::string path = std::string(directory == nullptr ? "" : directory) + "/" + name;
-  return directory != nullptr && std::filesystem::exists(path) ? path : "";
 }
 
 // The next number of `bits` bits that looks random and is the same on every machine.

@@ -3,14 +3,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <vector>
 
 #include "platform/noxcodec/noxcodec.h"
 #include "platform/noxcodec/software/speech_encoder.h"
 #include "tests/platform/noxcodec/picture_measures.h"
 #include "tests/support/bytes.h"
-#include "tests/support/temp_dir.h"
 
 using namespace zebx;
 
@@ -71,12 +69,6 @@ TEST(SpeechCodec, KeepsSpeechCloseInPacketsOfAnyLength) {
   EXPECT_EQ(encoder.Encode(Samples{}).size(), 11U);
   EXPECT_EQ(encoder.Encode(Samples(99)).size(), 11U + 50U) << "an odd count is made even";
   for (const std::size_t length : {160U, 800U, 4000U}) EXPECT_GT(Quality(Voice(), length), 30);
-  const std::string path = MediaFile("speech_8khz_mono.wav");
-  if (path.empty()) GTEST_SKIP() << "no real speech in ZEBX_MEDIA_DIR";
-  const std::string wave = ReadWholeFile(path);
-  Samples speech((wave.size() - 44) / 2);
-  std::memcpy(speech.data(), wave.data() + 44, 2 * speech.size());
-  EXPECT_GE(Quality(speech, 320), 26);
 }
 
 TEST(SpeechCodec, BadPacketIsAnErrorThatWritesNothing) {
