@@ -219,7 +219,8 @@ TEST_F(Repair, FinishesWhatAWriterLeavesThatDiesAtAnyWrite) {
       std::size_t written = 0;
       {
         FaultyFileSystem faulty;
-        faulty.CutPowerAt(FaultyFileSystem::kWrite, write, prefix);
+        faulty.FailCall(FaultyFileSystem::kWrite, write, prefix);
+        faulty.CutPowerAfter(0);
         CZebFileInfo info = MakeInfo("r.zebz");
         CZebFile file;
         file.Open(&info, kZebFileWrite);

@@ -60,11 +60,6 @@ class FaultyFileSystem final : public zebx::FileSystem {
                 std::uint64_t calls = 1) {
     m_plan = {kinds, n, prefix_bytes, calls};
   }
-  // The n-th such call fails, and every call of any kind behind it: the power is cut.
-  void CutPowerAt(unsigned kinds, std::uint64_t n, std::size_t prefix_bytes = 0) {
-    FailCall(kinds, n, prefix_bytes);
-    CutPowerAfter(0);
-  }
   // After the first call that this plan fails, so many writes and resizes more reach the disk, and
   // nothing behind them: the power is cut.
   void CutPowerAfter(std::uint64_t changes) { m_plan.m_changes_to_cut = changes; }
