@@ -101,17 +101,14 @@ TEST(BrokenRecording, IsToldOfInTextAndInJson) {
       {{"info", "broken", "--blocks", "--frames"}, 1, ""},
       {{"salvage", "broken", "s1"}, 0, "header     the header is damaged"},
       {{"salvage", "broken", "s2"}, 0, "lost       19 bytes at " + std::to_string(ends[4])},
-      {{"salvage", "broken", "s3"}, 0, "time stamp of the frame at " + std::to_string(ends[20])},
+      {{"salvage", "broken", "s3", "--json"}, 0, R"("saved_frames": 43)"},
+      {{"salvage", "broken", "s4"}, 0, "time stamp of the frame at " + std::to_string(ends[20])},
   };
   for (const auto& [arguments, status, said] : cases) {
     const ToolRun run = RunTool(arguments);
     EXPECT_EQ(run.status, status) << run.err;
     EXPECT_TRUE(Contains(run.out, said)) << run.out;
   }
-  const std::string json = RunTool({"salvage", "broken", "saved", "--json"}).out;
-  EXPECT_EQ(JsonNumber(json, "saved_frames"), 43);
-  EXPECT_EQ(JsonNumber(json, "restored_frames"), 1);
-  EXPECT_EQ(JsonNumber(json, "hole_bytes"), 19);
 }
 
 TEST(Clip, HoldsTheFramesOfATimeOrOfBlocks) {

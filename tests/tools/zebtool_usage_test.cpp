@@ -27,6 +27,14 @@ TEST(ZebtoolUsage, WrongCommandLinesEndWithTwoAndSayWhy) {
       {{"search", "--db", "a"}, "one of --date, --from and --at"},
       {{"clip", "a", "b", "--from", "+1", "--to-block", "2"}, "not both"},
       {{"clip", "a", "b", "--from-block", "3", "--to-block", "2"}, "nothing between"},
+      {{"live", "--devices", "6:99"}, "--devices takes a plan such as 6:8,10:4@/srv/clips"},
+      {{"live", "--record"}, "need --db FILE"},
+      {{"live", "--db", "a"}, "--db is for --record"},
+      {{"live", "--frame-size", "130"}, "131 or 135 (PAL)"},
+      {{"live", "--mask", "0,0,0,50"}, "--mask takes left, top, right and bottom"},
+      {{"live", "--mask", "0:0,0,50,50"}, "--mask takes left, top, right and bottom"},
+      {{"live", "--seconds", "1", "--mask", "9:0,0,50,50"}, "camera 9, but there are 4"},
+      {{"live", "--name", "Gate"}, "the number of a camera from 1 on"},
   };
   for (const auto& [arguments, text] : cases) {
     const ToolRun run = RunTool(arguments);
@@ -74,6 +82,10 @@ TEST_F(ZebtoolJob, ThatCannotBeginEndsWithOneAndSaysWhy) {
       {{"clip", m_good, m_good, "--from", "+0"}, "is the input"},
       {{"salvage", m_good, m_link}, "is the input"},
       {{"demo", m_good + "/x"}, "cannot make the directory"},
+      {{"live", "--devices", "6:1@/not/there"}, "there is no directory '/not/there'"},
+      {{"live", "--device-dir", m_out}, "make it or leave it out"},
+      {{"live", "--record", "--db", m_out}, "'zebtool store init' makes one"},
+      {{"live", "--sheet", m_dir.Path().string()}, "it is a directory"},
   };
   std::filesystem::create_hard_link(m_good, m_link);
   const std::string before = ReadWholeFile(m_good);
