@@ -68,8 +68,8 @@
 #include "recovery/salvage.h"
 
 // Playback.
-#include "playback/multi_decode_wnd.h"
 #include "playback/decode_wnd.h"
+#include "playback/multi_decode_wnd.h"
 #include "playback/play_messages.h"
 #include "playback/wave_out.h"
 #include "playback/zeb_decode_wnd.h"

@@ -13,7 +13,6 @@ StreamPictures::StreamPictures(CShowParam* settings, tag_FRAMESIZE frame_size)
     : m_settings(settings), m_frame_size(frame_size) {}
 
 void StreamPictures::End() {
-  m_decoder.reset();
   if (CShowParam* const settings = std::exchange(m_settings, nullptr); settings != nullptr) {
     settings->SetDrawStream(nullptr);
     settings->Show(nullptr);

@@ -21,7 +21,9 @@ class StreamPictures {
   StreamPictures(CShowParam* settings, tag_FRAMESIZE frame_size);
   // As CZebDecodeWnd::DecodeOneFrame.
   bool Show(const CVideoData& frame, bool has_sound);
-  // Has the settings show that there is no picture any more, and lets go of everything.
+  // Ends decoding, before the sound ends; then End has the settings show that there is no picture
+  // any more, and lets go of everything.
+  void EndDecoding() { m_decoder.reset(); }
   void End();
 
   // Null before the first picture. Borrowed.

@@ -49,8 +49,10 @@ int CZebDecodeWnd::OpenDecodeWnd(HWND parent, Notify notify, void* user_data, CS
 void CZebDecodeWnd::CloseDecodeWnd() {
   {
     const std::lock_guard lock(m_closing_mutex);
+    const auto pictures = TakePictures();
+    if (pictures != nullptr) pictures->EndDecoding();
     EndSound();
-    if (const auto pictures = TakePictures(); pictures != nullptr) pictures->End();
+    if (pictures != nullptr) pictures->End();
   }
   DestroyWindow();
 }
