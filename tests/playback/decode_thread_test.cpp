@@ -1,10 +1,6 @@
 #include "playback/decode_thread.h"
 
-#include <algorithm>
 #include <array>
-#include <atomic>
-#include <filesystem>
-#include <iterator>
 #include <memory>
 
 #include "capture/show_param.h"
@@ -14,7 +10,6 @@
 #include "platform/os/clock.h"
 #include "platform/os/sound/sound_control.h"
 #include "platform/os/threads/thread.h"
-#include "platform/os/windows/window_table.h"
 #include "playback/decode_wnd.h"
 #include "tests/support/made_recording.h"
 #include "tests/support/temp_dir.h"
@@ -114,14 +109,6 @@ class DecodeThread : public WindowTest {
     }
     return m_open_devices;
   }
-  std::size_t HiddenWindows() {
-    std::size_t count = 0;
-    os::WindowTable::Get().Visit(m_main, [&](const auto& main) { count = main.m_children.size(); });
-    return count;
-  }
-  static std::ptrdiff_t Threads() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
-  }
   void Open(CDecodeWnd& player, HWND host) {
     player.OpenDecodeWnd(host, 0, &m_settings);
     ASSERT_EQ(player.OpenVideo(m_file, 0, 1, 0), 1);
@@ -211,39 +198,6 @@ TEST_F(DecodeThread, GoesOnWithoutItsWindow) {
   };
   const auto before = position();
   EXPECT_TRUE(Pump([&] { return position() != before; }, kFrameMs));
-}
-
-// The last player ends where its end is told, on the thread of the hidden window or another one, or
-// on a thread that has no window, while messages are taken here.
-TEST_F(DecodeThread, EndsWithTheLastPlayerOnAnyThread) {
-  std::unique_ptr<CDecodeWnd> player;
-  std::atomic<bool> is_gone = false;
-  const auto end = [&](HWND, UINT message, WPARAM code, LPARAM) -> LRESULT {
-    if (message != ZEBX_MSG_VIDEOPLAY || code != ZEBX_PLAY_CLOSED) return 0;
-    player = nullptr;
-    is_gone = true;
-    return 0;
-  };
-  HWND here = Make(end);
-  const LoopThread elsewhere(end);
-  const std::ptrdiff_t threads = Threads();
-  for (int round = 0; round < 300; ++round) {
-    is_gone = false;
-    player = std::make_unique<CDecodeWnd>();
-    Open(*player, round % 3 == 0 ? here : elsewhere.Window());
-    if (round % 3 == 2) {
-      std::jthread ender([&] {
-        player = nullptr;
-        is_gone = true;
-      });
-      ASSERT_TRUE(Pump([&] { return is_gone.load(); }));
-    } else {
-      ASSERT_TRUE(Pump([&] { return is_gone.load(); }, kFrameMs)) << round;
-    }
-    ASSERT_EQ(HiddenWindows(), 0U);
-    ASSERT_EQ(OpenDevices(), 0);
-  }
-  EXPECT_TRUE(Pump([&] { return Threads() == threads; })) << "what is joined may still be listed";
 }
 
 }  // namespace
