@@ -300,6 +300,7 @@ class Hand : public std::stringbuf {
 
 TEST_F(Play, KeysSteerItAndTheTerminalIsAsBeforeAfterwards) {
   const Terminal terminal;
+  if (terminal.terminal < 0) GTEST_SKIP() << "this machine has no pseudo-terminals";
   const tcflag_t before = terminal.Mode();
   {
     zebtool::Keys keys(terminal.terminal);
