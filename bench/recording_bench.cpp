@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -85,7 +86,8 @@ BENCHMARK(AppendFrames)
 // Pieces in which a file lies on the disk.
 double Extents(const std::string& path) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  fiemap map{};
+  fiemap map;
+  std::memset(&map, 0, sizeof(map));
   map.fm_length = FIEMAP_MAX_OFFSET;
   map.fm_flags = FIEMAP_FLAG_SYNC;
   Require(ioctl(descriptor, FS_IOC_FIEMAP, &map) == 0, "the disk does not tell extents");

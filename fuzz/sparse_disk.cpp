@@ -61,7 +61,7 @@ class SparseHandle final : public FileHandle {
 SparseBytes SparseBytes::Of(std::span<const BYTE> input, ULONGLONG max_gap_bytes) {
   SparseBytes file{{input.begin(), input.end()}};
   const std::size_t size = input.size();
-  if (size < kGapInstructionBytes || !std::string_view(file.m_bytes)
+  if (size < kGapInstructionBytes || !std::string_view{file.m_bytes}
                                           .substr(size - kGapInstructionBytes)
                                           .starts_with(kInstruction)) {
     return file;

@@ -17,8 +17,8 @@ struct Level {
 
 class TreeWalk {
  public:
-  TreeWalk(FileSystem& file_system, const CString& root, TreeVisitor& visitor)
-      : m_file_system(file_system), m_path(root), m_visitor(visitor) {}
+  TreeWalk(FileSystem& file_system, CString root, TreeVisitor& visitor)
+      : m_file_system(file_system), m_path(std::move(root)), m_visitor(visitor) {}
 
   bool Run() {
     if (!Enter()) return false;
